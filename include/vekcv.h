@@ -1,0 +1,345 @@
+/**
+ * @file vekcv.h
+ * vekcv: computer-vision primitives on images that the caller owns.
+ *
+ * Every function performs one operation on a rectangular region of interest (ROI) inside images that the caller
+ * allocates, and returns a Status. The library allocates nothing that it was not asked for, keeps no state between
+ * calls, and may be called from any number of threads at once as long as no two calls write to the same memory.
+ *
+ * Images. An image argument is a pointer to the first pixel of the region and a step: the bytes from the start of one
+ * row to the start of the next, at least the length of a row of the region and a whole number of elements. Rows may be
+ * padded; images need no alignment beyond that of their element type; nothing outside the region is read or written.
+ * One RoiSize holds the size in pixels of all images of a call. Channel k of pixel (x, y) of an image with n
+ * interleaved channels lies at the byte address pointer + y * step + (x * n + k) * elementSize.
+ *
+ * Names. veki, the operation, the element types and the layout, as in vekiAdd_8u32f_C1IMR. Types: 8u, 8s, 16u, 16s,
+ * 32s, 32f and 64f are unsigned and signed integers and floats of so many bits; a second type is that of the result.
+ * Layout: C1, C3, C4 interleaved channels; C3C one channel of interest (1 to 3) of three; I in place, that is the last
+ * image is read and written; M with a mask, where pixels whose mask byte is not 0 take part; R a region of interest;
+ * Sfs an integer result that is divided by 2 to the power of a scale factor, then saturated.
+ *
+ * Arguments. Sources, mask, destination or in-place image, region, parameters, results, work buffer: in this order.
+ *
+ * Statuses. 0 is success; a negative status is an error, and nothing was written; a positive status is a warning, and
+ * the results are defined. Arguments are checked before anything else happens, in the order of the list of the family,
+ * and the first failing check gives the status. The arithmetic of the checks cannot overflow.
+ *
+ * Threads. Large regions are split into stripes of rows that the threads of an OpenMP team work on; the call returns
+ * when all are done. vekSetNumThreads of vekcore.h gives the size of the team. Each family states from which size on.
+ *
+ * Exactness. The library holds several variants of its code, for several processors, and chooses one when it is loaded.
+ * All variants, both widths and all numbers of threads give the same bits, except where a family says otherwise. A NaN
+ * is a NaN everywhere, but its sign and payload are not promised.
+ */
+#ifndef VEKCV_H
+#define VEKCV_H
+
+#include <stdint.h>
+
+#if defined(_WIN32)
+#define VEKCV_CALL __cdecl
+#if defined(VEKCV_BUILD)
+#define VEKCV_API __declspec(dllexport)
+#elif defined(VEKCV_STATIC)
+#define VEKCV_API
+#else
+#define VEKCV_API __declspec(dllimport)
+#endif
+#else
+#define VEKCV_CALL
+#define VEKCV_API __attribute__((visibility("default")))
+#endif
+
+#ifdef __cplusplus
+extern "C" {
+#endif
+
+/** Result of a call: 0 success, negative an error, positive a warning. vekGetStatusString of vekcore.h explains it. */
+typedef int32_t Status;
+
+enum {
+    StatusOk = 0,                       /**< success */
+    StatusDivideByZeroWarning = 6,      /**< the divisor is zero; the result is infinite or not a number */
+    StatusBufferSizeWarning = 12,       /**< the buffer size does not fit its type and was stored wrapped */
+    StatusCountOverflow = -2,           /**< the number of points does not fit its type */
+    StatusBadArgument = -5,             /**< a parameter is outside the set of values that it may have */
+    StatusSizeError = -6,               /**< a width, a height or another size is outside its range */
+    StatusRangeError = -7,              /**< the lower end of a range is above its upper end */
+    StatusNullPointer = -8,             /**< a required pointer is null */
+    StatusMemoryAllocation = -9,        /**< there is not enough memory */
+    StatusOutOfRange = -11,             /**< a point, an index or a value is outside its range */
+    StatusDataTypeError = -12,          /**< the element type is not supported */
+    StatusStepError = -14,              /**< a row step is smaller than a row */
+    StatusMaskSizeError = -33,          /**< the kernel size is not supported */
+    StatusAnchorError = -34,            /**< the anchor is outside the kernel */
+    StatusChannelOfInterestError = -52, /**< the channel of interest is not 1, 2 or 3 */
+    StatusChannelError = -53,           /**< the number of channels is not supported */
+    StatusMetricError = -56,            /**< a distance metric is below 1 */
+    StatusStepNotMultiple = -108        /**< a row step is not a whole number of elements */
+};
+
+/** Width and height of a region of interest, in pixels. */
+typedef struct RoiSize {
+    int32_t width;
+    int32_t height;
+} RoiSize;
+
+/** Position of a pixel. */
+typedef struct ImagePoint {
+    int32_t x;
+    int32_t y;
+} ImagePoint;
+
+/** Rectangle of pixels: first column, first row, size. */
+typedef struct ImageRect {
+    int32_t x;
+    int32_t y;
+    int32_t width;
+    int32_t height;
+} ImageRect;
+
+/** Norms and metrics; passed as an int32_t. */
+enum NormType {
+    NormInf = 0, /**< maximum of absolute values; as a distance, the chessboard metric; as connectivity, 8 neighbours */
+    NormL1 = 1,  /**< sum of absolute values; as a distance, the city-block metric; as connectivity, 4 neighbours */
+    NormL2 = 2   /**< square root of the sum of squares; as a distance, the Euclidean metric */
+};
+
+/** What a filter reads outside of the image; passed as an int32_t. */
+enum BorderType {
+    BorderConstant = 0,          /**< a constant: v v | a b c d | v v */
+    BorderReplicate = 1,         /**< the nearest pixel: a a | a b c d | d d */
+    BorderPeriodic = 2,          /**< the image repeated: c d | a b c d | a b */
+    BorderReflect = 3,           /**< mirrored at the edge pixel: c b | a b c d | c b */
+    BorderReflectEdge = 4,       /**< mirrored with the edge pixel: b a | a b c d | d c */
+    BorderInMemory = 6,          /**< the pixels that lie there in memory, on all sides */
+    BorderInMemoryTop = 0x10,    /**< added to a rule: the pixels in memory above the region */
+    BorderInMemoryBottom = 0x20, /**< added to a rule: the pixels in memory below the region */
+    BorderInMemoryLeft = 0x40,   /**< added to a rule: the pixels in memory left of the region */
+    BorderInMemoryRight = 0x80   /**< added to a rule: the pixels in memory right of the region */
+};
+
+/** Size of a square filter kernel; passed as an int32_t. */
+enum MaskSize {
+    MaskSize3x3 = 33, /**< 3 x 3 */
+    MaskSize5x5 = 55  /**< 5 x 5 */
+};
+
+/** Version of the library and the code variant that was chosen for this processor. */
+typedef struct LibraryVersion {
+    int32_t major;
+    int32_t minor;
+    int32_t majorBuild;
+    int32_t build;
+    char targetCode[4];    /**< two letters for the variant and two zero bytes, as in "v8" */
+    const char* name;      /**< name and variant, as in "vekCV SSSE3 (v8)" */
+    const char* version;   /**< version and build */
+    const char* buildDate; /**< date of this version */
+} LibraryVersion;
+
+/* ------------------------------------------------------------------------------------------------------------------ */
+/**
+ * @defgroup Version Version
+ * The version record of the variant in use. It is constant: every call returns the same pointer, and nothing is to be
+ * freed.
+ *
+ * | target code | name                 | chosen when the core library reports                 | build           |
+ * |-------------|----------------------|------------------------------------------------------|-----------------|
+ * | "a5"        | "vekCV AVX-512 (a5)" | AVX-512 (F, BW, DQ and VL)                           | 64 bits, option |
+ * | "a2"        | "vekCV AVX2 (a2)"    | AVX2                                                 | 64 bits         |
+ * | "s8"        | "vekCV Nubo (s8)"    | SSSE3 and MOVBE                                      | 32 and 64 bits  |
+ * | "v8"        | "vekCV SSSE3 (v8)"   | neither of the above; SSSE3 is the least there is    | 32 and 64 bits  |
+ * @{
+ */
+/** Version of the library and the code variant in use */
+VEKCV_API const LibraryVersion* VEKCV_CALL vekcvGetLibVersion(void);
+/** @} */
+
+/* ------------------------------------------------------------------------------------------------------------------ */
+/**
+ * @defgroup Accumulation Accumulation
+ * Running statistics of an image sequence in an accumulator image of floats. For each pixel that takes part, with
+ * source values converted to float and every operation rounded to float:
+ *
+ *     vekiAdd           accumulator = accumulator + source
+ *     vekiAddSquare     accumulator = accumulator + source * source
+ *     vekiAddProduct    accumulator = accumulator + source1 * source2
+ *     vekiAddWeighted   accumulator = (source - accumulator) * alpha + accumulator
+ *                       destination = (source1 - source2) * alpha + source2
+ *
+ * Products of 8-bit values are formed in integers and are exact. With alpha 1, vekiAddWeighted copies the source
+ * wherever source - accumulator is exact in float; with alpha 0 it leaves a finite accumulator as it is. Masked forms
+ * leave the accumulator unchanged, bit for bit, where the mask byte is 0.
+ *
+ * @param source, source1, source2   first pixel of each source
+ * @param mask          first pixel of the mask
+ * @param accumulator   first pixel of the image that is read and written
+ * @param destination   first pixel of the result; may be the same image as either source
+ * @param sourceStep, source1Step, source2Step, maskStep, accumulatorStep, destinationStep   bytes from row to row
+ * @param roiSize       size shared by all images, at least 1 x 1
+ * @param alpha         weight of source, or of source1; not checked: any value is used as it is
+ *
+ * A 32f source may be the same image as the accumulator. Images that overlap in any other way give undefined results.
+ *
+ * @retval StatusOk                every pixel that takes part was written
+ * @retval StatusNullPointer       an image or the mask is null
+ * @retval StatusSizeError         width or height is below 1
+ * @retval StatusStepError         a step is smaller than a row
+ * @retval StatusStepNotMultiple   the step of a 16u or 32f image is not a multiple of 2 or 4
+ *
+ * Regions of 262144 pixels and more are shared among the threads; vekiAddWeighted_32f_C1R uses the calling thread
+ * alone.
+ * @{
+ */
+/** accumulator = accumulator + source */
+VEKCV_API Status VEKCV_CALL vekiAdd_8u32f_C1IR(const uint8_t* source, int32_t sourceStep, float* accumulator,
+                                               int32_t accumulatorStep, RoiSize roiSize);
+VEKCV_API Status VEKCV_CALL vekiAdd_8s32f_C1IR(const int8_t* source, int32_t sourceStep, float* accumulator,
+                                               int32_t accumulatorStep, RoiSize roiSize);
+VEKCV_API Status VEKCV_CALL vekiAdd_16u32f_C1IR(const uint16_t* source, int32_t sourceStep, float* accumulator,
+                                                int32_t accumulatorStep, RoiSize roiSize);
+/** accumulator = accumulator + source where the mask is not 0 */
+VEKCV_API Status VEKCV_CALL vekiAdd_8u32f_C1IMR(const uint8_t* source, int32_t sourceStep, const uint8_t* mask,
+                                                int32_t maskStep, float* accumulator, int32_t accumulatorStep,
+                                                RoiSize roiSize);
+VEKCV_API Status VEKCV_CALL vekiAdd_8s32f_C1IMR(const int8_t* source, int32_t sourceStep, const uint8_t* mask,
+                                                int32_t maskStep, float* accumulator, int32_t accumulatorStep,
+                                                RoiSize roiSize);
+VEKCV_API Status VEKCV_CALL vekiAdd_16u32f_C1IMR(const uint16_t* source, int32_t sourceStep, const uint8_t* mask,
+                                                 int32_t maskStep, float* accumulator, int32_t accumulatorStep,
+                                                 RoiSize roiSize);
+VEKCV_API Status VEKCV_CALL vekiAdd_32f_C1IMR(const float* source, int32_t sourceStep, const uint8_t* mask,
+                                              int32_t maskStep, float* accumulator, int32_t accumulatorStep,
+                                              RoiSize roiSize);
+/** accumulator = accumulator + source * source */
+VEKCV_API Status VEKCV_CALL vekiAddSquare_8u32f_C1IR(const uint8_t* source, int32_t sourceStep, float* accumulator,
+                                                     int32_t accumulatorStep, RoiSize roiSize);
+VEKCV_API Status VEKCV_CALL vekiAddSquare_8s32f_C1IR(const int8_t* source, int32_t sourceStep, float* accumulator,
+                                                     int32_t accumulatorStep, RoiSize roiSize);
+VEKCV_API Status VEKCV_CALL vekiAddSquare_16u32f_C1IR(const uint16_t* source, int32_t sourceStep, float* accumulator,
+                                                      int32_t accumulatorStep, RoiSize roiSize);
+VEKCV_API Status VEKCV_CALL vekiAddSquare_32f_C1IR(const float* source, int32_t sourceStep, float* accumulator,
+                                                   int32_t accumulatorStep, RoiSize roiSize);
+/** accumulator = accumulator + source * source where the mask is not 0 */
+VEKCV_API Status VEKCV_CALL vekiAddSquare_8u32f_C1IMR(const uint8_t* source, int32_t sourceStep, const uint8_t* mask,
+                                                      int32_t maskStep, float* accumulator, int32_t accumulatorStep,
+                                                      RoiSize roiSize);
+VEKCV_API Status VEKCV_CALL vekiAddSquare_8s32f_C1IMR(const int8_t* source, int32_t sourceStep, const uint8_t* mask,
+                                                      int32_t maskStep, float* accumulator, int32_t accumulatorStep,
+                                                      RoiSize roiSize);
+VEKCV_API Status VEKCV_CALL vekiAddSquare_16u32f_C1IMR(const uint16_t* source, int32_t sourceStep, const uint8_t* mask,
+                                                       int32_t maskStep, float* accumulator, int32_t accumulatorStep,
+                                                       RoiSize roiSize);
+VEKCV_API Status VEKCV_CALL vekiAddSquare_32f_C1IMR(const float* source, int32_t sourceStep, const uint8_t* mask,
+                                                    int32_t maskStep, float* accumulator, int32_t accumulatorStep,
+                                                    RoiSize roiSize);
+/** accumulator = accumulator + source1 * source2 */
+VEKCV_API Status VEKCV_CALL vekiAddProduct_8u32f_C1IR(const uint8_t* source1, int32_t source1Step,
+                                                      const uint8_t* source2, int32_t source2Step, float* accumulator,
+                                                      int32_t accumulatorStep, RoiSize roiSize);
+VEKCV_API Status VEKCV_CALL vekiAddProduct_8s32f_C1IR(const int8_t* source1, int32_t source1Step, const int8_t* source2,
+                                                      int32_t source2Step, float* accumulator, int32_t accumulatorStep,
+                                                      RoiSize roiSize);
+VEKCV_API Status VEKCV_CALL vekiAddProduct_16u32f_C1IR(const uint16_t* source1, int32_t source1Step,
+                                                       const uint16_t* source2, int32_t source2Step, float* accumulator,
+                                                       int32_t accumulatorStep, RoiSize roiSize);
+VEKCV_API Status VEKCV_CALL vekiAddProduct_32f_C1IR(const float* source1, int32_t source1Step, const float* source2,
+                                                    int32_t source2Step, float* accumulator, int32_t accumulatorStep,
+                                                    RoiSize roiSize);
+/** accumulator = accumulator + source1 * source2 where the mask is not 0 */
+VEKCV_API Status VEKCV_CALL vekiAddProduct_8u32f_C1IMR(const uint8_t* source1, int32_t source1Step,
+                                                       const uint8_t* source2, int32_t source2Step, const uint8_t* mask,
+                                                       int32_t maskStep, float* accumulator, int32_t accumulatorStep,
+                                                       RoiSize roiSize);
+VEKCV_API Status VEKCV_CALL vekiAddProduct_8s32f_C1IMR(const int8_t* source1, int32_t source1Step,
+                                                       const int8_t* source2, int32_t source2Step, const uint8_t* mask,
+                                                       int32_t maskStep, float* accumulator, int32_t accumulatorStep,
+                                                       RoiSize roiSize);
+VEKCV_API Status VEKCV_CALL vekiAddProduct_16u32f_C1IMR(const uint16_t* source1, int32_t source1Step,
+                                                        const uint16_t* source2, int32_t source2Step,
+                                                        const uint8_t* mask, int32_t maskStep, float* accumulator,
+                                                        int32_t accumulatorStep, RoiSize roiSize);
+VEKCV_API Status VEKCV_CALL vekiAddProduct_32f_C1IMR(const float* source1, int32_t source1Step, const float* source2,
+                                                     int32_t source2Step, const uint8_t* mask, int32_t maskStep,
+                                                     float* accumulator, int32_t accumulatorStep, RoiSize roiSize);
+/** accumulator = (source - accumulator) * alpha + accumulator */
+VEKCV_API Status VEKCV_CALL vekiAddWeighted_8u32f_C1IR(const uint8_t* source, int32_t sourceStep, float* accumulator,
+                                                       int32_t accumulatorStep, RoiSize roiSize, float alpha);
+VEKCV_API Status VEKCV_CALL vekiAddWeighted_8s32f_C1IR(const int8_t* source, int32_t sourceStep, float* accumulator,
+                                                       int32_t accumulatorStep, RoiSize roiSize, float alpha);
+VEKCV_API Status VEKCV_CALL vekiAddWeighted_16u32f_C1IR(const uint16_t* source, int32_t sourceStep, float* accumulator,
+                                                        int32_t accumulatorStep, RoiSize roiSize, float alpha);
+VEKCV_API Status VEKCV_CALL vekiAddWeighted_32f_C1IR(const float* source, int32_t sourceStep, float* accumulator,
+                                                     int32_t accumulatorStep, RoiSize roiSize, float alpha);
+/** accumulator = (source - accumulator) * alpha + accumulator where the mask is not 0 */
+VEKCV_API Status VEKCV_CALL vekiAddWeighted_8u32f_C1IMR(const uint8_t* source, int32_t sourceStep, const uint8_t* mask,
+                                                        int32_t maskStep, float* accumulator, int32_t accumulatorStep,
+                                                        RoiSize roiSize, float alpha);
+VEKCV_API Status VEKCV_CALL vekiAddWeighted_8s32f_C1IMR(const int8_t* source, int32_t sourceStep, const uint8_t* mask,
+                                                        int32_t maskStep, float* accumulator, int32_t accumulatorStep,
+                                                        RoiSize roiSize, float alpha);
+VEKCV_API Status VEKCV_CALL vekiAddWeighted_16u32f_C1IMR(const uint16_t* source, int32_t sourceStep,
+                                                         const uint8_t* mask, int32_t maskStep, float* accumulator,
+                                                         int32_t accumulatorStep, RoiSize roiSize, float alpha);
+VEKCV_API Status VEKCV_CALL vekiAddWeighted_32f_C1IMR(const float* source, int32_t sourceStep, const uint8_t* mask,
+                                                      int32_t maskStep, float* accumulator, int32_t accumulatorStep,
+                                                      RoiSize roiSize, float alpha);
+/** destination = (source1 - source2) * alpha + source2 */
+VEKCV_API Status VEKCV_CALL vekiAddWeighted_32f_C1R(const float* source1, int32_t source1Step, const float* source2,
+                                                    int32_t source2Step, float* destination, int32_t destinationStep,
+                                                    RoiSize roiSize, float alpha);
+/** @} */
+
+/* ------------------------------------------------------------------------------------------------------------------ */
+/**
+ * @defgroup AbsDiff Absolute difference
+ * Absolute difference of two images, or of an image and a constant:
+ *
+ *     vekiAbsDiff    destination = |source1 - source2|
+ *     vekiAbsDiffC   destination = |source - value|
+ *
+ * Integer results are exact. A float result is the absolute value of the difference rounded to float, so NaN gives NaN.
+ * An integer value outside the range of the element type (0 to 255, 0 to 65535) is first moved to the nearer end of it.
+ *
+ * @param source, source1, source2   first pixel of each source
+ * @param destination   first pixel of the result; may be the same image as either source
+ * @param sourceStep, source1Step, source2Step, destinationStep   bytes from row to row
+ * @param roiSize       size shared by all images, at least 1 x 1
+ * @param value         the constant; not checked
+ *
+ * @retval StatusOk                every pixel was written
+ * @retval StatusNullPointer       an image is null
+ * @retval StatusSizeError         width or height is below 1
+ * @retval StatusStepError         a step is smaller than a row
+ * @retval StatusStepNotMultiple   the step of a 16u or 32f image is not a multiple of 2 or 4
+ *
+ * Regions of 262144 pixels and more are shared among the threads; each channel of a C3 image counts as a pixel.
+ * @{
+ */
+/** destination = |source1 - source2| */
+VEKCV_API Status VEKCV_CALL vekiAbsDiff_8u_C1R(const uint8_t* source1, int32_t source1Step, const uint8_t* source2,
+                                               int32_t source2Step, uint8_t* destination, int32_t destinationStep,
+                                               RoiSize roiSize);
+VEKCV_API Status VEKCV_CALL vekiAbsDiff_8u_C3R(const uint8_t* source1, int32_t source1Step, const uint8_t* source2,
+                                               int32_t source2Step, uint8_t* destination, int32_t destinationStep,
+                                               RoiSize roiSize);
+VEKCV_API Status VEKCV_CALL vekiAbsDiff_16u_C1R(const uint16_t* source1, int32_t source1Step, const uint16_t* source2,
+                                                int32_t source2Step, uint16_t* destination, int32_t destinationStep,
+                                                RoiSize roiSize);
+VEKCV_API Status VEKCV_CALL vekiAbsDiff_32f_C1R(const float* source1, int32_t source1Step, const float* source2,
+                                                int32_t source2Step, float* destination, int32_t destinationStep,
+                                                RoiSize roiSize);
+/** destination = |source - value| */
+VEKCV_API Status VEKCV_CALL vekiAbsDiffC_8u_C1R(const uint8_t* source, int32_t sourceStep, uint8_t* destination,
+                                                int32_t destinationStep, RoiSize roiSize, int32_t value);
+VEKCV_API Status VEKCV_CALL vekiAbsDiffC_16u_C1R(const uint16_t* source, int32_t sourceStep, uint16_t* destination,
+                                                 int32_t destinationStep, RoiSize roiSize, int32_t value);
+VEKCV_API Status VEKCV_CALL vekiAbsDiffC_32f_C1R(const float* source, int32_t sourceStep, float* destination,
+                                                 int32_t destinationStep, RoiSize roiSize, float value);
+/** @} */
+
+#ifdef __cplusplus
+}
+#endif
+
+#endif
