@@ -1,0 +1,30 @@
+#pragma once
+
+#include <climits>
+
+#include "vekcore.h"
+
+namespace VEKCV_VARIANT {
+
+/** What the core library aligns blocks to. */
+constexpr int64_t kBlockAlignment = 64;
+
+constexpr int64_t alignUp(int64_t bytes, int64_t alignment) {
+    return (bytes + alignment - 1) / alignment * alignment;
+}
+
+/** A block of the core library; null for bytes < 1 or above 2147483647, and when there is no memory. */
+inline void* allocateBytes(int64_t bytes) {
+    return bytes < 1 || bytes > INT_MAX ? nullptr : vekMalloc(static_cast<int>(bytes));
+}
+
+/** The same for `count` elements of 32 bits. */
+inline int32_t* allocateWords(int32_t count) {
+    return static_cast<int32_t*>(allocateBytes(int64_t{count} * 4));
+}
+
+inline void release(void* block) {
+    vekFree(block);
+}
+
+}  // namespace VEKCV_VARIANT

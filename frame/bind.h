@@ -1,0 +1,29 @@
+#pragma once
+
+#include "entry.h"
+
+VEKCV_DECLARE_ENTRIES(VEKCV_VARIANT)
+
+namespace VEKCV_VARIANT {
+
+/** What an export runs: `function`, of the type of the export. */
+template <auto Export>
+struct Implementation;
+
+template <auto Export, typename Result, typename... Arguments>
+Result VEKCV_CALL Entry<Export, Result(VEKCV_CALL*)(Arguments...)>::call(Arguments... arguments) {
+    return Implementation<Export>::function(arguments...);
+}
+
+}  // namespace VEKCV_VARIANT
+
+/**
+ * Makes a function, or a function template whose last arguments follow from the declaration, the implementation of an
+ * export: VEKCV_BIND(vekiAbsDiff_8u_C1R, absDiff). Used once for every export, inside namespace VEKCV_VARIANT.
+ */
+#define VEKCV_BIND(name, ...)                                      \
+    template <>                                                    \
+    struct Implementation<&::name> {                               \
+        static constexpr decltype(&::name) function = __VA_ARGS__; \
+    };                                                             \
+    template struct Entry<&::name>

@@ -1,0 +1,42 @@
+#pragma once
+
+#include <climits>
+
+#include "allocation.h"
+
+namespace VEKCV_VARIANT {
+
+/**
+ * A work buffer of the caller: one slice for each thread, with 32 spare bytes that allow every slice to begin at a
+ * multiple of 32 wherever the buffer begins.
+ */
+class WorkBuffer {
+  public:
+    static constexpr int64_t kAlignment = 32;
+
+    WorkBuffer(void* buffer, int64_t bytesPerThread)
+        : address_(reinterpret_cast<uintptr_t>(buffer)), stride_(bytesPerThread + kAlignment) {}
+
+    /** The size to ask the caller for; StatusSizeError where it does not fit 32 bits. */
+    static Status size(int64_t bytesPerThread, int32_t* bytes) {
+        int threads = 1;
+        if (Status status = vekGetNumThreads(&threads))
+            return status;
+        if (bytesPerThread > INT_MAX / threads - kAlignment)
+            return StatusSizeError;
+        *bytes = static_cast<int32_t>(threads * (bytesPerThread + kAlignment));
+        return StatusOk;
+    }
+
+    template <typename T>
+    T* slice(int32_t thread) const {
+        const uintptr_t begin = address_ + static_cast<uintptr_t>(thread * stride_);
+        return reinterpret_cast<T*>((begin + kAlignment - 1) / kAlignment * kAlignment);
+    }
+
+  private:
+    uintptr_t address_;
+    int64_t stride_;
+};
+
+}  // namespace VEKCV_VARIANT
