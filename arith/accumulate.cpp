@@ -1,0 +1,166 @@
+// Accumulation of image sequences in float images.
+#include "bind.h"
+#include "check.h"
+#include "pixelwise.h"
+
+namespace VEKCV_VARIANT {
+namespace {
+
+constexpr ParallelFrom kParallelFrom{262144};
+
+struct Add {
+    template <typename V>
+    HWY_INLINE V operator()(V accumulator, V source) const {
+        return hn::Add(accumulator, source);
+    }
+};
+
+struct AddSquare {
+    template <typename V>
+    HWY_INLINE V operator()(V accumulator, V source) const {
+        return hn::Add(accumulator, hn::Mul(source, source));
+    }
+};
+
+struct AddWeighted {
+    float alpha;
+
+    template <typename V>
+    HWY_INLINE V operator()(V accumulator, V source) const {
+        return hn::Add(hn::Mul(hn::Sub(source, accumulator), hn::Set(hn::DFromV<V>(), alpha)), accumulator);
+    }
+};
+
+/** Products as floats; those of 8-bit values are formed in 16 bits, where they are exact and a zero has no sign. */
+template <typename D, typename T>
+HWY_INLINE hn::Vec<D> products(D d, const T* a, const T* b) {
+    if constexpr (sizeof(T) == 1) {
+        const hn::Rebind<T, D> narrow;
+        const hn::Rebind<hwy::MakeWide<T>, D> wide;
+        const auto product =
+            hn::Mul(hn::PromoteTo(wide, hn::LoadU(narrow, a)), hn::PromoteTo(wide, hn::LoadU(narrow, b)));
+        return hn::ConvertTo(d, hn::PromoteTo(hn::Rebind<int32_t, D>(), product));
+    } else {
+        return hn::Mul(loadFloats(d, a), loadFloats(d, b));
+    }
+}
+
+/** accumulator = op(accumulator, source); Parameters are those of the operation. */
+template <typename Op, typename T, typename... Parameters>
+Status accumulate(const T* source, int32_t sourceStep, float* accumulator, int32_t accumulatorStep, RoiSize roi,
+                  Parameters... parameters) {
+    const Image<const T> in{source, sourceStep};
+    const Image<float> sum{accumulator, accumulatorStep};
+    if (Status status = Check().pointers(in, sum).roi(roi).steps(roi.width, in, sum))
+        return status;
+    writePixels<0>(roi, kParallelFrom, sum, [=, op = Op{parameters...}](int32_t y) {
+        return [=, a = sum.row(y), s = in.row(y)](auto d, ptrdiff_t x) {
+            return op(hn::LoadU(d, a + x), loadFloats(d, s + x));
+        };
+    });
+    return StatusOk;
+}
+
+template <typename Op, int32_t kStreamBytes = 0, typename T, typename... Parameters>
+Status accumulateMasked(const T* source, int32_t sourceStep, const uint8_t* mask, int32_t maskStep, float* accumulator,
+                        int32_t accumulatorStep, RoiSize roi, Parameters... parameters) {
+    const Image<const T> in{source, sourceStep};
+    const Image<const uint8_t> selection{mask, maskStep};
+    const Image<float> sum{accumulator, accumulatorStep};
+    if (Status status = Check().pointers(in, selection, sum).roi(roi).steps(roi.width, in, selection, sum))
+        return status;
+    writePixels<kStreamBytes>(roi, kParallelFrom, sum, [=, op = Op{parameters...}](int32_t y) {
+        return [=, a = sum.row(y), s = in.row(y), m = selection.row(y)](auto d, ptrdiff_t x) {
+            const auto old = hn::LoadU(d, a + x);
+            return selectMasked(d, m + x, op(old, loadFloats(d, s + x)), old);
+        };
+    });
+    return StatusOk;
+}
+
+template <typename T>
+Status accumulateProduct(const T* source1, int32_t source1Step, const T* source2, int32_t source2Step,
+                         float* accumulator, int32_t accumulatorStep, RoiSize roi) {
+    const Image<const T> in1{source1, source1Step}, in2{source2, source2Step};
+    const Image<float> sum{accumulator, accumulatorStep};
+    if (Status status = Check().pointers(in1, in2, sum).roi(roi).steps(roi.width, in1, in2, sum))
+        return status;
+    writePixels<0>(roi, kParallelFrom, sum, [=](int32_t y) {
+        return [=, a = sum.row(y), s1 = in1.row(y), s2 = in2.row(y)](auto d, ptrdiff_t x) {
+            return hn::Add(hn::LoadU(d, a + x), products(d, s1 + x, s2 + x));
+        };
+    });
+    return StatusOk;
+}
+
+template <int32_t kStreamBytes, typename T>
+Status accumulateProductMasked(const T* source1, int32_t source1Step, const T* source2, int32_t source2Step,
+                               const uint8_t* mask, int32_t maskStep, float* accumulator, int32_t accumulatorStep,
+                               RoiSize roi) {
+    const Image<const T> in1{source1, source1Step}, in2{source2, source2Step};
+    const Image<const uint8_t> selection{mask, maskStep};
+    const Image<float> sum{accumulator, accumulatorStep};
+    if (Status status = Check().pointers(in1, in2, selection, sum).roi(roi).steps(roi.width, in1, in2, selection, sum))
+        return status;
+    writePixels<kStreamBytes>(roi, kParallelFrom, sum, [=](int32_t y) {
+        return [=, a = sum.row(y), s1 = in1.row(y), s2 = in2.row(y), m = selection.row(y)](auto d, ptrdiff_t x) {
+            const auto old = hn::LoadU(d, a + x);
+            return selectMasked(d, m + x, hn::Add(old, products(d, s1 + x, s2 + x)), old);
+        };
+    });
+    return StatusOk;
+}
+
+/** destination = (source1 - source2) * alpha + source2, on the calling thread. */
+Status weightedSum(const float* source1, int32_t source1Step, const float* source2, int32_t source2Step,
+                   float* destination, int32_t destinationStep, RoiSize roi, float alpha) {
+    const Image<const float> in1{source1, source1Step}, in2{source2, source2Step};
+    const Image<float> out{destination, destinationStep};
+    if (Status status = Check().pointers(in1, in2, out).roi(roi).steps(roi.width, in1, in2, out))
+        return status;
+    writePixels<0>(roi, ParallelFrom::never(), out, [=, op = AddWeighted{alpha}](int32_t y) {
+        return [=, s1 = in1.row(y), s2 = in2.row(y)](auto d, ptrdiff_t x) {
+            return op(hn::LoadU(d, s2 + x), hn::LoadU(d, s1 + x));
+        };
+    });
+    return StatusOk;
+}
+
+}  // namespace
+
+VEKCV_BIND(vekiAdd_8u32f_C1IR, accumulate<Add>);
+VEKCV_BIND(vekiAdd_8s32f_C1IR, accumulate<Add>);
+VEKCV_BIND(vekiAdd_16u32f_C1IR, accumulate<Add>);
+VEKCV_BIND(vekiAdd_8u32f_C1IMR, accumulateMasked<Add>);
+VEKCV_BIND(vekiAdd_8s32f_C1IMR, accumulateMasked<Add>);
+VEKCV_BIND(vekiAdd_16u32f_C1IMR, accumulateMasked<Add>);
+VEKCV_BIND(vekiAdd_32f_C1IMR, accumulateMasked<Add>);
+
+VEKCV_BIND(vekiAddSquare_8u32f_C1IR, accumulate<AddSquare>);
+VEKCV_BIND(vekiAddSquare_8s32f_C1IR, accumulate<AddSquare>);
+VEKCV_BIND(vekiAddSquare_16u32f_C1IR, accumulate<AddSquare>);
+VEKCV_BIND(vekiAddSquare_32f_C1IR, accumulate<AddSquare>);
+VEKCV_BIND(vekiAddSquare_8u32f_C1IMR, accumulateMasked<AddSquare>);
+VEKCV_BIND(vekiAddSquare_8s32f_C1IMR, accumulateMasked<AddSquare>);
+VEKCV_BIND(vekiAddSquare_16u32f_C1IMR, accumulateMasked<AddSquare>);
+VEKCV_BIND(vekiAddSquare_32f_C1IMR, accumulateMasked<AddSquare>);
+
+VEKCV_BIND(vekiAddProduct_8u32f_C1IR, accumulateProduct);
+VEKCV_BIND(vekiAddProduct_8s32f_C1IR, accumulateProduct);
+VEKCV_BIND(vekiAddProduct_16u32f_C1IR, accumulateProduct);
+VEKCV_BIND(vekiAddProduct_32f_C1IR, accumulateProduct);
+VEKCV_BIND(vekiAddProduct_8u32f_C1IMR, accumulateProductMasked<8>);
+VEKCV_BIND(vekiAddProduct_8s32f_C1IMR, accumulateProductMasked<8>);
+VEKCV_BIND(vekiAddProduct_16u32f_C1IMR, accumulateProductMasked<9>);
+VEKCV_BIND(vekiAddProduct_32f_C1IMR, accumulateProductMasked<13>);
+
+VEKCV_BIND(vekiAddWeighted_8u32f_C1IR, accumulate<AddWeighted>);
+VEKCV_BIND(vekiAddWeighted_8s32f_C1IR, accumulate<AddWeighted>);
+VEKCV_BIND(vekiAddWeighted_16u32f_C1IR, accumulate<AddWeighted>);
+VEKCV_BIND(vekiAddWeighted_32f_C1IR, accumulate<AddWeighted>);
+VEKCV_BIND(vekiAddWeighted_8u32f_C1IMR, accumulateMasked<AddWeighted, 5>);
+VEKCV_BIND(vekiAddWeighted_8s32f_C1IMR, accumulateMasked<AddWeighted, 5>);
+VEKCV_BIND(vekiAddWeighted_16u32f_C1IMR, accumulateMasked<AddWeighted, 8>);
+VEKCV_BIND(vekiAddWeighted_32f_C1IMR, accumulateMasked<AddWeighted, 9>);
+VEKCV_BIND(vekiAddWeighted_32f_C1R, weightedSum);
+}  // namespace VEKCV_VARIANT
