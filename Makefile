@@ -1,0 +1,66 @@
+# The front door. `make` builds both widths, and every other target brings a fresh Debian machine with git, make and root
+# (or sudo) to the end of what it names.
+#   make            libraries for 64 and 32 bits and the tool, in build/x86_64 and build/i386
+#   make test       all tests of both widths
+#   make demo       the tool on the pictures of the repository, as build/demo/index.html
+#   make bench      benchmarks of both widths, into docs/performance.md; PEER=1 compares with OpenCV,
+#                   FILTER=text takes the exports whose names contain the text, QUICK=1 fewer sizes and rounds
+#   make install    into PREFIX (/usr/local); WIDTH=i386 for 32 bits, STATIC=1 for static libraries
+#   make format     formats the sources; make check-format tells what it would change
+PREFIX ?= /usr/local
+WIDTH ?= x86_64
+WIDTHS := x86_64 i386
+WARNINGS_AS_ERRORS ?= OFF
+OPTIONS := -DVEKCV_WARNINGS_AS_ERRORS=$(WARNINGS_AS_ERRORS)
+SOURCES = $(shell git ls-files '*.h' '*.cpp' '*.c')
+
+.PHONY: all test demo bench install format check-format clean
+.DELETE_ON_ERROR:
+
+all:
+	@cmake/packages.sh build
+	@for width in $(WIDTHS); do \
+	    cmake --preset $$width $(OPTIONS) -DVEKCV_BUILD_TESTS=OFF >/dev/null && cmake --build --preset $$width || exit 1; \
+	done
+
+test:
+	@cmake/packages.sh build test
+	@for width in $(WIDTHS); do \
+	    cmake --preset $$width $(OPTIONS) -DVEKCV_BUILD_TESTS=ON >/dev/null && cmake --build --preset $$width || exit 1; \
+	done
+	@failed=0; \
+	for width in $(WIDTHS); do \
+	    ctest --preset $$width || failed=1; \
+	done; exit $$failed
+
+demo:
+	@cmake/packages.sh build demo
+	@cmake --preset x86_64 $(OPTIONS) >/dev/null && cmake --build --preset x86_64 --target vek make_frames
+	@tools/demo/run.sh build/x86_64
+
+bench:
+	@cmake/packages.sh build bench $(if $(PEER),peer)
+	@for width in $(WIDTHS); do \
+	    cmake --preset $$width -DVEKCV_BUILD_BENCHMARKS=ON >/dev/null && \
+	    cmake --build --preset $$width --target vekcv_bench || exit 1; \
+	done
+	@bench/run.sh build/x86_64 build/i386 $(if $(FILTER),--filter $(FILTER)) $(if $(QUICK),--quick)
+
+install:
+	@cmake/packages.sh build
+	@cmake -S . -B build/install-$(WIDTH) -G Ninja -DCMAKE_BUILD_TYPE=Release -DVEKCV_BUILD_TESTS=OFF \
+	    -DVEKCV_BUILD_TOOLS=$(if $(filter i386,$(WIDTH)),OFF,ON) -DBUILD_SHARED_LIBS=$(if $(STATIC),OFF,ON) \
+	    -DCMAKE_INSTALL_PREFIX=$(PREFIX) $(if $(filter i386,$(WIDTH)),-DCMAKE_TOOLCHAIN_FILE=cmake/i386.cmake) >/dev/null
+	@cmake --build build/install-$(WIDTH)
+	@cmake --install build/install-$(WIDTH)
+
+format:
+	@cmake/packages.sh format
+	@clang-format -i $(SOURCES)
+
+check-format:
+	@cmake/packages.sh format
+	@clang-format --dry-run --Werror $(SOURCES)
+
+clean:
+	@rm -rf build

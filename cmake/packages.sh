@@ -1,0 +1,34 @@
+#!/usr/bin/env bash
+# Installs the Debian packages that a task needs and that are missing. Usage: packages.sh TASK...
+# Tasks: build (library and tool, both widths), test, demo, bench, peer (what benchmarks compare with), format.
+set -euo pipefail
+
+declare -A packages=(
+    [build]="g++ g++-multilib cmake ninja-build pkg-config libhwy-dev libpng-dev libturbojpeg0-dev libcli11-dev"
+    [test]="googletest binutils qemu-user ffmpeg"
+    [demo]="ffmpeg"
+    [bench]="libbenchmark-dev python3"
+    [peer]="libopencv-dev"
+    [format]="clang-format"
+)
+
+missing=()
+for task in "$@"; do
+    for package in ${packages[$task]}; do
+        # Debian's binary package names may have provides; only "installed" counts.
+        [ "$(dpkg-query -W -f '${Status}' "$package" 2>/dev/null)" = "install ok installed" ] || missing+=("$package")
+    done
+done
+[ ${#missing[@]} -gt 0 ] || exit 0
+
+echo "Installing: ${missing[*]}"
+as_root=()
+[ "$(id -u)" = 0 ] || as_root=(sudo)
+export DEBIAN_FRONTEND=noninteractive
+log=$(mktemp)
+trap 'rm -f "$log"' EXIT
+if ! { "${as_root[@]}" apt-get update -qq &&
+    "${as_root[@]}" apt-get install -y -qq --no-install-recommends "${missing[@]}"; } >"$log" 2>&1; then
+    cat "$log"
+    exit 1
+fi

@@ -1,0 +1,66 @@
+// The variant that is chosen for a feature mask, with the record that tells it. A library is loaded once in a process,
+// so each mask gets a process of its own: this program again, which then prints the record.
+#include <gtest/gtest.h>
+
+#include <array>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <string>
+
+#include "vekcv.h"
+
+namespace {
+
+std::string program;
+
+void printVersion() {
+    const LibraryVersion* const v = vekcvGetLibVersion();
+    std::printf("%d.%d.%d.%d|%c%c%d%d|%s|%s|%s|%s", v->major, v->minor, v->majorBuild, v->build, v->targetCode[0],
+                v->targetCode[1], v->targetCode[2], v->targetCode[3], v->name, v->version, v->buildDate,
+                v == vekcvGetLibVersion() ? "constant" : "varies");
+}
+
+std::string versionFor(unsigned features) {
+    const std::string command =
+        "STANDIN_FEATURES=" + std::to_string(features) + " VEKCV_PRINT_VERSION=1 '" + program + "'";
+    FILE* const pipe = popen(command.c_str(), "r");
+    std::array<char, 512> text{};
+    const size_t length = std::fread(text.data(), 1, text.size(), pipe);
+    EXPECT_EQ(0, pclose(pipe));
+    return {text.data(), length};
+}
+
+std::string record(const std::string& code, const std::string& name) {
+    return "7.1.0.36264|" + code + "00|" + name + "|7.1.0 (r36264)|Jul 23 2012|constant";
+}
+
+TEST(Attach, ChoosesByTwoBits) {
+    const std::string ssse3 = record("v8", "vekCV SSSE3 (v8)"), nubo = record("s8", "vekCV Nubo (s8)");
+    EXPECT_EQ(ssse3, versionFor(0));
+    EXPECT_EQ(ssse3, versionFor(0x10));
+    EXPECT_EQ(ssse3, versionFor(0x20));
+    EXPECT_EQ(nubo, versionFor(0x30));
+    EXPECT_EQ(nubo, versionFor(0x3f));
+    EXPECT_EQ(ssse3, versionFor(0xcf));
+}
+
+TEST(Attach, AsksForWideVectorsFirst) {
+    const std::string avx2 = record("a2", "vekCV AVX2 (a2)"), avx512 = record("a5", "vekCV AVX-512 (a5)");
+    const std::string nubo = record("s8", "vekCV Nubo (s8)");
+    constexpr bool kWide = sizeof(void*) == 8;
+    EXPECT_EQ(kWide ? avx2 : nubo, versionFor(0x130));
+    EXPECT_EQ(kWide ? (VEKCV_VARIANTS == 4 ? avx512 : avx2) : nubo, versionFor(0x330));
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    if (std::getenv("VEKCV_PRINT_VERSION") != nullptr) {
+        printVersion();
+        return 0;
+    }
+    program = argv[0];
+    ::testing::InitGoogleTest(&argc, argv);
+    return RUN_ALL_TESTS();
+}

@@ -1,0 +1,100 @@
+#include <gtest/gtest.h>
+
+#include "standin_core.h"
+#include "state.h"
+#include "streaming.h"
+#include "work_buffer.h"
+
+namespace {
+
+using namespace VEKCV_VARIANT;
+
+TEST(Allocation, RefusesSizesWithoutMeaning) {
+    for (int64_t bytes : {INT64_MIN, int64_t{-1}, int64_t{0}, int64_t{INT_MAX} + 1, INT64_MAX})
+        EXPECT_EQ(nullptr, allocateBytes(bytes)) << bytes;
+    for (int32_t count : {INT32_MIN, 0, INT32_MAX, 1 << 30})
+        EXPECT_EQ(nullptr, allocateWords(count)) << count;
+    EXPECT_EQ(0, standInBlocks());
+
+    int32_t* const words = allocateWords(5);
+    ASSERT_NE(nullptr, words);
+    EXPECT_EQ(1, standInBlocks());
+    release(words);
+    EXPECT_EQ(0, standInBlocks());
+}
+
+struct Model {
+    int32_t count;
+    float* weights;
+    uint8_t* flags;
+};
+
+TEST(State, IsOneBlockWithItsArrays) {
+    Model* model = nullptr;
+    ASSERT_EQ(StatusOk, newState(&model, StateArray{&Model::weights, 33}, StateArray{&Model::flags, 7}));
+    EXPECT_EQ(1, standInBlocks());
+    EXPECT_EQ(0, model->count);
+    const auto address = [](const void* pointer) { return reinterpret_cast<uintptr_t>(pointer); };
+    EXPECT_EQ(0u, address(model->weights) % 64);
+    EXPECT_EQ(0u, address(model->flags) % 64);
+    EXPECT_GE(address(model->weights), address(model + 1));
+    EXPECT_GE(address(model->flags), address(model->weights + 33));
+    for (int i = 0; i < 33; ++i)
+        model->weights[i] = 1;
+    for (int i = 0; i < 7; ++i)
+        model->flags[i] = 1;
+    EXPECT_EQ(StatusOk, freeState(model));
+    EXPECT_EQ(0, standInBlocks());
+}
+
+TEST(State, ReportsMissingMemoryAndNullPointers) {
+    Model* model = nullptr;
+    standInFailAfter(0);
+    EXPECT_EQ(StatusMemoryAllocation, newState(&model, StateArray{&Model::weights, 33}));
+    standInFailAfter(INT_MAX);
+    EXPECT_EQ(StatusMemoryAllocation, newState(&model, StateArray{&Model::weights, INT_MAX}));
+    EXPECT_EQ(nullptr, model);
+    EXPECT_EQ(0, standInBlocks());
+    EXPECT_EQ(StatusNullPointer, freeState(model));
+}
+
+TEST(WorkBuffer, HasASliceForEachThread) {
+    for (int threads : {1, 3, 40}) {
+        vekSetNumThreads(threads);
+        for (int64_t perThread : {1, 31, 32, 1000}) {
+            int32_t bytes = 0;
+            ASSERT_EQ(StatusOk, WorkBuffer::size(perThread, &bytes));
+            EXPECT_EQ(threads * (perThread + 32), bytes);
+            for (uintptr_t begin = 4096; begin < 4096 + 32; ++begin) {
+                const WorkBuffer buffer(reinterpret_cast<void*>(begin), perThread);
+                uintptr_t end = begin;  // of the slice before
+                for (int t = 0; t < threads; ++t) {
+                    const auto slice = reinterpret_cast<uintptr_t>(buffer.slice<float>(t));
+                    EXPECT_EQ(0u, slice % 32);
+                    EXPECT_GE(slice, end);
+                    end = slice + uintptr_t(perThread);
+                }
+                EXPECT_LE(end, begin + uintptr_t(bytes));
+            }
+        }
+    }
+}
+
+TEST(WorkBuffer, RefusesSizesThatDoNotFit) {
+    vekSetNumThreads(2);
+    int32_t bytes = -1;
+    EXPECT_EQ(StatusSizeError, WorkBuffer::size(INT64_MAX, &bytes));
+    EXPECT_EQ(StatusSizeError, WorkBuffer::size((int64_t{1} << 30) - 32, &bytes));
+    EXPECT_EQ(-1, bytes);
+    EXPECT_EQ(StatusOk, WorkBuffer::size((int64_t{1} << 30) - 33, &bytes));
+    EXPECT_EQ(INT_MAX - 1, bytes);
+}
+
+// The cache of the stand-in has 2^20 bytes.
+TEST(Streaming, BeginsWhenTheCacheIsFull) {
+    EXPECT_FALSE(fillsCache(1024, 1023, 1));
+    EXPECT_TRUE(fillsCache(1024, 1024, 1));
+    EXPECT_TRUE(fillsCache(INT32_MAX, INT32_MAX, 2));
+}
+
+}  // namespace

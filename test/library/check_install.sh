@@ -1,0 +1,45 @@
+#!/usr/bin/env bash
+# Installs the library into a scratch folder and builds and runs programs against it: the C and the C++ program of this
+# folder and the example of the README, through pkg-config and through CMake.
+# Usage: check_install.sh BUILD_FOLDER SOURCE_FOLDER [COMPILER_FLAG...]
+set -euo pipefail
+build=$1 source=$2
+shift 2
+flags="$*"
+scratch=$(mktemp -d)
+trap 'rm -rf "$scratch"' EXIT
+prefix=$scratch/prefix
+
+cmake --install "$build" --prefix "$prefix" >"$scratch/install.log" || { cat "$scratch/install.log"; exit 1; }
+export PKG_CONFIG_LIBDIR
+PKG_CONFIG_LIBDIR=$(dirname "$(find "$prefix" -name vekcv.pc)")
+libraries=$(pkg-config --variable=libdir vekcv)
+
+echo "pkg-config"
+pkg-config --validate vekcv
+[ "$(pkg-config --modversion vekcv)" = 7.1.0 ]
+mkdir "$scratch/programs"
+cp "$source/test/library/use_vekcv.c" "$scratch/programs/"
+cp "$source/test/library/use_vekcv.c" "$scratch/programs/use_vekcv_cpp.cpp"
+sed -n '/^```c$/,/^```$/{/^```/d;p}' "$source/README.md" >"$scratch/programs/readme.c"
+grep -q 'int main' "$scratch/programs/readme.c"
+cd "$scratch/programs"
+options=$(pkg-config --cflags --libs vekcv)
+for program in use_vekcv.c readme.c; do
+    # shellcheck disable=SC2086
+    cc $flags -std=c99 -pedantic -Wall -Wextra -Werror "$program" $options -o "${program%.*}"
+done
+# shellcheck disable=SC2086
+c++ $flags -std=c++20 -pedantic -Wall -Wextra -Werror use_vekcv_cpp.cpp $options -o use_vekcv_cpp
+for program in use_vekcv use_vekcv_cpp readme; do
+    LD_LIBRARY_PATH=$libraries "./$program"
+done
+
+echo "CMake"
+cp "$source/test/library/package.cmake" CMakeLists.txt
+cmake -S . -B build -G Ninja -DCMAKE_PREFIX_PATH="$prefix" -DCMAKE_C_FLAGS="$flags" -DCMAKE_CXX_FLAGS="$flags" \
+    >"$scratch/cmake.log" || { cat "$scratch/cmake.log"; exit 1; }
+cmake --build build >"$scratch/build.log" || { cat "$scratch/build.log"; exit 1; }
+for program in use_vekcv use_vekcv_cpp readme; do
+    "build/$program"
+done

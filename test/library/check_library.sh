@@ -1,0 +1,44 @@
+#!/usr/bin/env bash
+# Checks what the built library must be, beyond what its functions do.
+# Usage: check_library.sh LIBRARY HEADER OBJECT_FOLDER, where OBJECT_FOLDER holds the objects of the variants.
+set -euo pipefail
+library=$1 header=$2 objects=$3
+failures=0
+
+fail() {
+    echo "FAILED: $*"
+    failures=$((failures + 1))
+}
+
+# The exports are those of the header, each in the version node.
+diff <(grep -oP '^VEKCV_API .*?\bvek(i|cv)\w+(?=\()' "$header" | grep -oP '\w+$' | sed 's/$/@@VEKCV_7/' | sort) \
+    <(nm -D --defined-only "$library" | awk '$2 == "T" { print $3 }' | sort) ||
+    fail "the exported symbols (right) are not those of the header (left)"
+
+others=$(nm -D --defined-only "$library" | awk '$2 != "T" && $2 != "A"')
+[ -z "$others" ] || fail "exports that are no functions: $others"
+
+dynamic=$(readelf -dW "$library")
+grep -q 'Library soname: \[libvekcv.so.7\]' <<<"$dynamic" || fail "SONAME is not libvekcv.so.7"
+! grep -q TEXTREL <<<"$dynamic" || fail "text relocations"
+for needed in $(grep -oP 'NEEDED.*\[\K[^]]+' <<<"$dynamic"); do
+    case $needed in
+        libvekcore.so.7 | libgomp.so.1 | libstdc++.so.6 | libgcc_s.so.1 | libc.so.6 | libm.so.6) ;;
+        *) fail "needs $needed" ;;
+    esac
+done
+
+# The table is written by the loader alone.
+table=$(objdump -t "$library" | awk '$NF == "vekcvVariantTable" { for (i = 1; i < NF; i++) if ($i ~ /^\./) { print $i; exit } }')
+[ "$table" = .data.rel.ro ] || fail "the table of variants lies in '$table'"
+
+# An inline function of somebody else's that two variants share would be linked once, for the wrong processor.
+shared=$(for folder in "$objects"/vekcv_v?.dir; do
+    find "$folder" -name '*.o' -exec nm --defined-only {} + | awk '$2 ~ /^[WVu]$/ { print $3 }' | sort -u
+done | sort | uniq -d)
+[ -z "$shared" ] || fail "weak symbols in several variants: $shared"
+
+# Fused multiply-add rounds once where the source rounds twice.
+! objdump -d --no-show-raw-insn "$library" | grep -m1 -P '\tvf(n?m)(add|sub)' || fail "fused multiply-add"
+
+[ "$failures" = 0 ]

@@ -1,0 +1,12 @@
+// A core library whose answers a test chooses, in the place of the real one. The environment gives the first answers,
+// for those are asked for before a program begins: STANDIN_FEATURES (a number), STANDIN_THREADS, STANDIN_CACHE_BYTES.
+#pragma once
+
+#include "vekcore.h"
+
+extern "C" {
+/** From now on vekMalloc gives null after so many more blocks. */
+VEKCORE_API void standInFailAfter(int blocks);
+/** The number of blocks that were allocated and not released. */
+VEKCORE_API int standInBlocks(void);
+}

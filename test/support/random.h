@@ -1,0 +1,46 @@
+#pragma once
+
+#include <cmath>
+#include <cstdint>
+#include <limits>
+#include <type_traits>
+
+/** A small generator of its own, so that every build tests the same numbers. */
+class Random {
+  public:
+    explicit Random(uint32_t seed) : state_(seed * 2654435761u + 1u) {}
+
+    uint32_t bits() {
+        state_ = state_ * 6364136223846793005u + 1442695040888963407u;
+        return uint32_t(state_ >> 33);
+    }
+
+    uint32_t below(uint32_t count) { return bits() % count; }
+
+    /** Any value of a type; extremes, and for floats the special values, more often than by chance. */
+    template <typename T>
+    T value() {
+        if constexpr (std::is_floating_point_v<T>) {
+            using Limits = std::numeric_limits<T>;
+            constexpr T kSpecial[] = {
+                T(0),          T(-0.0),          Limits::infinity(), -Limits::infinity(), Limits::quiet_NaN(),
+                Limits::max(), Limits::lowest(), Limits::min(),      Limits::denorm_min()};
+            if (below(12) == 0)
+                return kSpecial[below(std::size(kSpecial))];
+            return T(int32_t(bits()) - (1 << 30)) / T(1 << (below(30)));
+        } else {
+            using Limits = std::numeric_limits<T>;
+            constexpr T kSpecial[] = {Limits::min(), Limits::max(), T(0), T(1)};
+            return below(8) == 0 ? kSpecial[below(4)] : T(bits());
+        }
+    }
+
+    /** A mask byte: 0, or one of the odd values that count as set, too. */
+    uint8_t mask() {
+        constexpr uint8_t kBytes[] = {0, 0, 0, 1, 2, 128, 255, 0};
+        return kBytes[below(8)];
+    }
+
+  private:
+    uint64_t state_;
+};
