@@ -26,12 +26,12 @@ Status absDiff(const T* source1, int32_t source1Step, const T* source2, int32_t 
     const Image<T> out{destination, destinationStep};
     if (Status status = Check().pointers(in1, in2, out).roi(roi).steps(int64_t{roi.width} * kChannels, in1, in2, out))
         return status;
-    const RoiSize elements{roi.width * kChannels, roi.height};
-    writePixels<kStreamBytes>(elements, kParallelFrom, out, [=](int32_t y) {
+    const auto rules = [=](int32_t y) {
         return [=, a = in1.row(y), b = in2.row(y)](auto d, ptrdiff_t x) {
             return absoluteDifference(hn::LoadU(d, a + x), hn::LoadU(d, b + x));
         };
-    });
+    };
+    writePixels<kStreamBytes>({roi.width * kChannels, roi.height}, kParallelFrom, rules, out, in1, in2);
     return StatusOk;
 }
 
@@ -46,11 +46,12 @@ Status absDiffConstant(const T* source, int32_t sourceStep, T* destination, int3
         constexpr Constant kMost = std::numeric_limits<T>::max();
         value = value < 0 ? 0 : value > kMost ? kMost : value;
     }
-    writePixels<kStreamBytes>(roi, kParallelFrom, out, [=, constant = static_cast<T>(value)](int32_t y) {
+    const auto rules = [=, constant = static_cast<T>(value)](int32_t y) {
         return [=, a = in.row(y)](auto d, ptrdiff_t x) {
             return absoluteDifference(hn::LoadU(d, a + x), hn::Set(d, constant));
         };
-    });
+    };
+    writePixels<kStreamBytes>(roi, kParallelFrom, rules, out, in);
     return StatusOk;
 }
 

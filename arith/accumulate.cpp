@@ -45,7 +45,26 @@ HWY_INLINE hn::Vec<D> products(D d, const T* a, const T* b) {
     }
 }
 
-/** accumulator = op(accumulator, source); Parameters are those of the operation. */
+/** The rules accumulator = op(accumulator, source), row by row. */
+template <typename Op, typename T>
+auto accumulation(Op op, Image<float> accumulator, Image<const T> source) {
+    return [=](int32_t y) {
+        return [=, a = accumulator.row(y), s = source.row(y)](auto d, ptrdiff_t x) {
+            return op(hn::LoadU(d, a + x), loadFloats(d, s + x));
+        };
+    };
+}
+
+template <typename T>
+auto productAccumulation(Image<float> accumulator, Image<const T> source1, Image<const T> source2) {
+    return [=](int32_t y) {
+        return [=, a = accumulator.row(y), s1 = source1.row(y), s2 = source2.row(y)](auto d, ptrdiff_t x) {
+            return hn::Add(hn::LoadU(d, a + x), products(d, s1 + x, s2 + x));
+        };
+    };
+}
+
+/** Parameters are those of the operation. */
 template <typename Op, typename T, typename... Parameters>
 Status accumulate(const T* source, int32_t sourceStep, float* accumulator, int32_t accumulatorStep, RoiSize roi,
                   Parameters... parameters) {
@@ -53,11 +72,7 @@ Status accumulate(const T* source, int32_t sourceStep, float* accumulator, int32
     const Image<float> sum{accumulator, accumulatorStep};
     if (Status status = Check().pointers(in, sum).roi(roi).steps(roi.width, in, sum))
         return status;
-    writePixels<0>(roi, kParallelFrom, sum, [=, op = Op{parameters...}](int32_t y) {
-        return [=, a = sum.row(y), s = in.row(y)](auto d, ptrdiff_t x) {
-            return op(hn::LoadU(d, a + x), loadFloats(d, s + x));
-        };
-    });
+    writePixels<0>(roi, kParallelFrom, accumulation(Op{parameters...}, sum, in), sum, in);
     return StatusOk;
 }
 
@@ -69,12 +84,7 @@ Status accumulateMasked(const T* source, int32_t sourceStep, const uint8_t* mask
     const Image<float> sum{accumulator, accumulatorStep};
     if (Status status = Check().pointers(in, selection, sum).roi(roi).steps(roi.width, in, selection, sum))
         return status;
-    writePixels<kStreamBytes>(roi, kParallelFrom, sum, [=, op = Op{parameters...}](int32_t y) {
-        return [=, a = sum.row(y), s = in.row(y), m = selection.row(y)](auto d, ptrdiff_t x) {
-            const auto old = hn::LoadU(d, a + x);
-            return selectMasked(d, m + x, op(old, loadFloats(d, s + x)), old);
-        };
-    });
+    writeMaskedPixels<kStreamBytes>(roi, kParallelFrom, accumulation(Op{parameters...}, sum, in), sum, selection, in);
     return StatusOk;
 }
 
@@ -85,11 +95,7 @@ Status accumulateProduct(const T* source1, int32_t source1Step, const T* source2
     const Image<float> sum{accumulator, accumulatorStep};
     if (Status status = Check().pointers(in1, in2, sum).roi(roi).steps(roi.width, in1, in2, sum))
         return status;
-    writePixels<0>(roi, kParallelFrom, sum, [=](int32_t y) {
-        return [=, a = sum.row(y), s1 = in1.row(y), s2 = in2.row(y)](auto d, ptrdiff_t x) {
-            return hn::Add(hn::LoadU(d, a + x), products(d, s1 + x, s2 + x));
-        };
-    });
+    writePixels<0>(roi, kParallelFrom, productAccumulation(sum, in1, in2), sum, in1, in2);
     return StatusOk;
 }
 
@@ -102,12 +108,7 @@ Status accumulateProductMasked(const T* source1, int32_t source1Step, const T* s
     const Image<float> sum{accumulator, accumulatorStep};
     if (Status status = Check().pointers(in1, in2, selection, sum).roi(roi).steps(roi.width, in1, in2, selection, sum))
         return status;
-    writePixels<kStreamBytes>(roi, kParallelFrom, sum, [=](int32_t y) {
-        return [=, a = sum.row(y), s1 = in1.row(y), s2 = in2.row(y), m = selection.row(y)](auto d, ptrdiff_t x) {
-            const auto old = hn::LoadU(d, a + x);
-            return selectMasked(d, m + x, hn::Add(old, products(d, s1 + x, s2 + x)), old);
-        };
-    });
+    writeMaskedPixels<kStreamBytes>(roi, kParallelFrom, productAccumulation(sum, in1, in2), sum, selection, in1, in2);
     return StatusOk;
 }
 
@@ -118,11 +119,12 @@ Status weightedSum(const float* source1, int32_t source1Step, const float* sourc
     const Image<float> out{destination, destinationStep};
     if (Status status = Check().pointers(in1, in2, out).roi(roi).steps(roi.width, in1, in2, out))
         return status;
-    writePixels<0>(roi, ParallelFrom::never(), out, [=, op = AddWeighted{alpha}](int32_t y) {
+    const auto rules = [=, op = AddWeighted{alpha}](int32_t y) {
         return [=, s1 = in1.row(y), s2 = in2.row(y)](auto d, ptrdiff_t x) {
             return op(hn::LoadU(d, s2 + x), hn::LoadU(d, s1 + x));
         };
-    });
+    };
+    writePixels<0>(roi, ParallelFrom::never(), rules, out, in1, in2);
     return StatusOk;
 }
 

@@ -10,78 +10,167 @@
 
 namespace VEKCV_VARIANT {
 
+/** 32-bit lanes from as many bytes. */
+template <typename D, typename T>
+HWY_INLINE hn::Vec<D> promoteBytes(D d, const T* bytes) {
+    const auto narrow = hn::LoadU(hn::Rebind<T, D>(), bytes);
+#if HWY_TARGET == HWY_SSSE3
+    // One shuffle, where the instructions that widen by a factor of four do not exist yet and two or three others would
+    // be needed: to the lowest byte of a lane, or to the highest for a shift that brings the sign with it.
+    constexpr uint8_t k0 = 0x80;  // gives 0
+    alignas(16) static constexpr uint8_t kLowest[] = {0, k0, k0, k0, 1, k0, k0, k0, 2, k0, k0, k0, 3, k0, k0, k0};
+    alignas(16) static constexpr uint8_t kHighest[] = {k0, k0, k0, 0, k0, k0, k0, 1, k0, k0, k0, 2, k0, k0, k0, 3};
+    const hn::Repartition<uint8_t, D> spread;
+    if constexpr (std::is_signed_v<T>)
+        return hn::ShiftRight<24>(hn::BitCast(d, hn::TableLookupBytesOr0(narrow, hn::Load(spread, kHighest))));
+    else
+        return hn::BitCast(d, hn::TableLookupBytesOr0(narrow, hn::Load(spread, kLowest)));
+#else
+    return hn::PromoteTo(d, narrow);
+#endif
+}
+
 /** Float lanes from as many elements of any type that converts exactly. */
 template <typename D, typename T>
 HWY_INLINE hn::Vec<D> loadFloats(D d, const T* values) {
+    const hn::Rebind<int32_t, D> integers;
     if constexpr (std::is_same_v<T, float>)
         return hn::LoadU(d, values);
+    else if constexpr (sizeof(T) == 1)
+        return hn::ConvertTo(d, promoteBytes(integers, values));
     else
-        return hn::ConvertTo(d, hn::PromoteTo(hn::Rebind<int32_t, D>(), hn::LoadU(hn::Rebind<T, D>(), values)));
+        return hn::ConvertTo(d, hn::PromoteTo(integers, hn::LoadU(hn::Rebind<T, D>(), values)));
 }
 
-/** Lanes of `value` where the mask byte is not 0, of `otherwise` elsewhere. */
+/** 32-bit lanes of `value` where the mask byte is not 0, of `otherwise` elsewhere. */
 template <typename D>
 HWY_INLINE hn::Vec<D> selectMasked(D d, const uint8_t* mask, hn::Vec<D> value, hn::Vec<D> otherwise) {
-    using Bits = hwy::MakeSigned<hn::TFromD<D>>;
-    const hn::Rebind<Bits, D> bits;
-    const auto bytes = hn::PromoteTo(bits, hn::LoadU(hn::Rebind<uint8_t, D>(), mask));
-    return hn::IfThenElse(hn::RebindMask(d, hn::Eq(bytes, hn::Zero(bits))), otherwise, value);
+    const hn::Rebind<int32_t, D> integers;
+    const auto isZero = hn::Eq(promoteBytes(integers, mask), hn::Zero(integers));
+    return hn::IfThenElse(hn::RebindMask(d, isZero), otherwise, value);
 }
 
 enum class Stores { kCached, kStreaming };
 
-/**
- * out[x] = rule(tag, x) for every pixel of a row, a vector at a time. What is left of the row is done in vectors of
- * half the width, then a quarter, down to a single lane, so that nothing beyond the row is read or written.
- */
+constexpr ptrdiff_t kBlockVectors = 4;
+
+/** out[x] = rule(tag, x) for a block of pixels from x on. */
 template <Stores kStores, typename D, typename Rule>
-HWY_INLINE void writeVectors(D d, hn::TFromD<D>* out, ptrdiff_t x, ptrdiff_t width, const Rule& rule) {
+HWY_INLINE void writeBlock(D d, hn::TFromD<D>* out, ptrdiff_t x, const Rule& rule) {
     constexpr auto kLanes = static_cast<ptrdiff_t>(hn::MaxLanes(D()));
-    for (; x <= width - kLanes; x += kLanes) {
-        const auto value = rule(d, x);
+#pragma GCC unroll 4
+    for (ptrdiff_t i = x; i < x + kBlockVectors * kLanes; i += kLanes) {
         if constexpr (kStores == Stores::kStreaming)
-            hn::Stream(value, d, out + x);
+            hn::Stream(rule(d, i), d, out + i);
         else
-            hn::StoreU(value, d, out + x);
+            hn::StoreU(rule(d, i), d, out + i);
     }
-    if constexpr (kLanes > 1)
-        if (x < width)
-            writeVectors<Stores::kCached>(hn::Half<D>(), out, x, width, rule);
-}
-
-template <Stores kStores, typename T, typename Rule>
-HWY_INLINE void writeRow(T* out, int32_t width, const Rule& rule) {
-    const hn::ScalableTag<T> d;
-    ptrdiff_t x = 0;
-    if constexpr (kStores == Stores::kStreaming) {  // which needs aligned addresses
-        const hn::CappedTag<T, 1> single;
-        for (; x < width && reinterpret_cast<uintptr_t>(out + x) % (hn::MaxLanes(d) * sizeof(T)) != 0; ++x)
-            hn::StoreU(rule(single, x), single, out + x);
-    }
-    writeVectors<kStores>(d, out, x, width, rule);
-}
-
-template <Stores kStores, typename T, typename RuleOfRow>
-void writeRows(int32_t first, int32_t rows, int32_t width, Image<T> out, const RuleOfRow& ruleOfRow) {
-    for (int32_t y = first; y < first + rows; ++y)
-        writeRow<kStores>(out.row(y), width, ruleOfRow(y));
 }
 
 /**
- * Writes every pixel of a region: ruleOfRow(y) gives the rule of a row, and the rule gives the vector of pixels from
- * column x on, as rule(tag, x). Where kStreamBytes for each pixel fill the cache, the results are written past it.
+ * The same for the pixels from x to less than end that are no block: a vector at a time, then one of half the width,
+ * down to a single lane. So nothing beyond the row is read or written.
  */
-template <int32_t kStreamBytes, typename T, typename RuleOfRow>
-void writePixels(RoiSize roi, ParallelFrom threshold, Image<T> out, RuleOfRow ruleOfRow) {
+template <typename D, typename Rule>
+HWY_INLINE void writeRest(D d, hn::TFromD<D>* out, ptrdiff_t x, ptrdiff_t end, const Rule& rule) {
+    constexpr auto kLanes = static_cast<ptrdiff_t>(hn::MaxLanes(D()));
+    for (; x + kLanes <= end; x += kLanes)
+        hn::StoreU(rule(d, x), d, out + x);
+    if constexpr (kLanes > 1)
+        writeRest(hn::Half<D>(), out, x, end, rule);
+}
+
+/** The pixels ahead of the first aligned vector of a row; 0 for short rows, where the alignment is not worth its price.
+ */
+template <Stores kStores, typename D>
+HWY_INLINE ptrdiff_t pixelsToAlign(D /*d*/, const hn::TFromD<D>* out, ptrdiff_t width) {
+    constexpr auto kLanes = static_cast<ptrdiff_t>(hn::MaxLanes(D()));
+    if (kStores == Stores::kCached && width < 2 * kBlockVectors * kLanes)
+        return 0;
+    const auto beyond = static_cast<ptrdiff_t>(reinterpret_cast<uintptr_t>(out) / sizeof(hn::TFromD<D>) % kLanes);
+    return HWY_MIN((kLanes - beyond) % kLanes, width);
+}
+
+/** out[x] = rule(tag, x) for every pixel of a row. */
+template <Stores kStores, typename T, typename Rule>
+HWY_INLINE void writeRow(T* out, ptrdiff_t width, const Rule& rule) {
+    const hn::ScalableTag<T> d;
+    constexpr auto kBlock = kBlockVectors * static_cast<ptrdiff_t>(hn::MaxLanes(hn::ScalableTag<T>()));
+    ptrdiff_t x = pixelsToAlign<kStores>(d, out, width);
+    writeRest(hn::Half<decltype(d)>(), out, 0, x, rule);
+    for (; x + kBlock <= width; x += kBlock)
+        writeBlock<kStores>(d, out, x, rule);
+    writeRest(d, out, x, width, rule);
+}
+
+/**
+ * The same where the mask byte is not 0; the other pixels keep their values. Masks mostly select or leave out whole
+ * blocks, which are found out with one look.
+ */
+template <Stores kStores, typename Rule>
+HWY_INLINE void writeMaskedRow(float* out, ptrdiff_t width, const uint8_t* mask, const Rule& rule) {
+    const hn::ScalableTag<float> d;
+    const hn::Repartition<uint8_t, decltype(d)> bytes;  // as many lanes as a block has pixels
+    constexpr auto kBlock = kBlockVectors * static_cast<ptrdiff_t>(hn::MaxLanes(hn::ScalableTag<float>()));
+    const auto selected = [&](auto part, ptrdiff_t i) {
+        return selectMasked(part, mask + i, rule(part, i), hn::LoadU(part, out + i));
+    };
+    ptrdiff_t x = pixelsToAlign<kStores>(d, out, width);
+    writeRest(hn::Half<decltype(d)>(), out, 0, x, selected);
+    for (; x + kBlock <= width; x += kBlock) {
+        const auto isZero = hn::Eq(hn::LoadU(bytes, mask + x), hn::Zero(bytes));
+        if (hn::AllFalse(bytes, isZero))
+            writeBlock<kStores>(d, out, x, rule);
+        else if (!hn::AllTrue(bytes, isZero))
+            writeBlock<kStores>(d, out, x, selected);
+    }
+    writeRest(d, out, x, width, selected);
+}
+
+/** Whether every row begins where the row above it ends. */
+template <typename... Images>
+bool arePacked(int32_t width, const Images&... images) {
+    return ((images.step == int64_t{width} * Images::kPixelBytes) && ...);
+}
+
+/**
+ * Runs writeRow(y, width) of one kind of stores for every row of a region, in stripes; where all images are packed, the
+ * rows of a stripe are one long row. Where kStreamBytes for each pixel fill the cache, the kind is Stores::kStreaming.
+ */
+template <int32_t kStreamBytes, typename WriteRow>
+void forPixelRows(RoiSize roi, ParallelFrom threshold, bool packed, WriteRow writeRow) {
     forRowStripes(roi, threshold, [=](int32_t first, int32_t rows) {
+        const ptrdiff_t width = ptrdiff_t{roi.width} * (packed ? rows : 1);
+        const int32_t end = first + (packed ? 1 : rows);
         if constexpr (kStreamBytes > 0)
             if (fillsCache(roi.width, rows, kStreamBytes)) {
-                writeRows<Stores::kStreaming>(first, rows, roi.width, out, ruleOfRow);
+                for (int32_t y = first; y < end; ++y)
+                    writeRow.template operator()<Stores::kStreaming>(y, width);
                 hwy::FlushStream();
                 return;
             }
-        writeRows<Stores::kCached>(first, rows, roi.width, out, ruleOfRow);
+        for (int32_t y = first; y < end; ++y)
+            writeRow.template operator()<Stores::kCached>(y, width);
     });
+}
+
+/** Writes every pixel of a region: ruleOfRow(y) gives the rule of a row, rule(tag, x) the vector of pixels from x on.
+ */
+template <int32_t kStreamBytes, typename T, typename RuleOfRow, typename... Sources>
+void writePixels(RoiSize roi, ParallelFrom threshold, RuleOfRow ruleOfRow, Image<T> out, const Sources&... sources) {
+    forPixelRows<kStreamBytes>(
+        roi, threshold, arePacked(roi.width, out, sources...),
+        [=]<Stores kStores>(int32_t y, ptrdiff_t width) { writeRow<kStores>(out.row(y), width, ruleOfRow(y)); });
+}
+
+/** The same where the mask is not 0. */
+template <int32_t kStreamBytes, typename RuleOfRow, typename... Sources>
+void writeMaskedPixels(RoiSize roi, ParallelFrom threshold, RuleOfRow ruleOfRow, Image<float> out,
+                       Image<const uint8_t> mask, const Sources&... sources) {
+    forPixelRows<kStreamBytes>(roi, threshold, arePacked(roi.width, out, mask, sources...),
+                               [=]<Stores kStores>(int32_t y, ptrdiff_t width) {
+                                   writeMaskedRow<kStores>(out.row(y), width, mask.row(y), ruleOfRow(y));
+                               });
 }
 
 }  // namespace VEKCV_VARIANT
