@@ -1,5 +1,4 @@
 # Installation: libraries, headers, a CMake package and a pkg-config file.
-include(GNUInstallDirs)
 include(CMakePackageConfigHelpers)
 
 install(TARGETS vekcv vekcore EXPORT vekcv)

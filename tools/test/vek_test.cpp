@@ -1,0 +1,292 @@
+// Runs vek as a user would: what it computes from pictures and videos, and what it says of input that is no good.
+// Pictures are decoded by ffmpeg where a mistake of reading and writing could cancel out.
+#include <gtest/gtest.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+
+#include "picture_file.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+
+struct Result {
+    int status;
+    std::string output;  // standard output and standard error
+};
+
+Result run(const std::string& command) {
+    FILE* const pipe = popen(("{ " + command + " ; } 2>&1").c_str(), "r");
+    Result result{0, {}};
+    std::array<char, 4096> part{};
+    for (size_t count; (count = std::fread(part.data(), 1, part.size(), pipe)) > 0;)
+        result.output.append(part.data(), count);
+    const int status = pclose(pipe);
+    result.status = WIFEXITED(status) ? WEXITSTATUS(status) : -WTERMSIG(status);
+    return result;
+}
+
+const std::string kProgram = std::getenv("VEK");
+
+Result vek(const std::string& arguments) {
+    return run(kProgram + " " + arguments);
+}
+
+Picture picture(int32_t width, int32_t height, int32_t channels, int32_t bits, uint32_t seed) {
+    Picture result(width, height, channels, bits);
+    for (uint8_t& byte : result.bytes) {
+        seed = seed * 1664525u + 1013904223u;
+        byte = static_cast<uint8_t>(seed >> 24);
+    }
+    return result;
+}
+
+int valueAt(const Picture& from, size_t i) {
+    return from.bits == 8 ? from.bytes[i] : from.pixels<uint16_t>()[i];
+}
+
+/** The pixels of a picture as ffmpeg sees them. */
+std::vector<uint8_t> decodedByFfmpeg(const std::string& path, const std::string& format) {
+    const Result result = run("ffmpeg -nostdin -v error -i " + path + " -f rawvideo -pix_fmt " + format + " -");
+    EXPECT_EQ(0, result.status) << result.output;
+    return {result.output.begin(), result.output.end()};
+}
+
+auto countFiles() {
+    return std::distance(fs::directory_iterator("."), fs::directory_iterator());
+}
+
+/** The command must fail with this status and one line, and leave nothing behind. */
+void expectFailure(const std::string& arguments, int status, const std::string& message) {
+    SCOPED_TRACE("vek " + arguments);
+    const auto before = countFiles();
+    const Result result = vek(arguments);
+    EXPECT_EQ(status, result.status);
+    EXPECT_EQ(0u, result.output.find("vek: ")) << result.output;
+    EXPECT_EQ(1, std::ranges::count(result.output, '\n')) << result.output;
+    EXPECT_NE(std::string::npos, result.output.find(message)) << result.output;
+    EXPECT_EQ(before, countFiles());
+}
+
+/** Every test works in a new folder. */
+class Vek : public ::testing::Test {
+  protected:
+    Vek() : folder_(fs::temp_directory_path() / ("vek_test." + std::to_string(getpid()))) {
+        fs::create_directories(folder_);
+        fs::current_path(folder_);
+    }
+    ~Vek() override {
+        fs::current_path("/");
+        fs::remove_all(folder_);
+    }
+
+  private:
+    fs::path folder_;
+};
+
+TEST_F(Vek, SubtractsPicturesOfEveryKind) {
+    struct Kind {
+        int32_t channels, bits;
+        const char* format;
+    };
+    for (const Kind& kind : {Kind{1, 8, "gray"}, Kind{3, 8, "rgb24"}, Kind{1, 16, "gray16le"}}) {
+        SCOPED_TRACE(kind.format);
+        const Picture a = picture(37, 21, kind.channels, kind.bits, 1),
+                      b = picture(37, 21, kind.channels, kind.bits, 2);
+        writePicture("a.png", a);
+        writePicture("b.png", b);
+        ASSERT_EQ(a.bytes, decodedByFfmpeg("a.png", kind.format));
+        const Result result = vek("diff a.png b.png out.png");
+        ASSERT_EQ(0, result.status) << result.output;
+        EXPECT_EQ("", result.output);
+        Picture expected = a;
+        for (size_t i = 0; i < size_t(37 * 21 * kind.channels); ++i) {
+            const int difference = std::abs(valueAt(a, i) - valueAt(b, i));
+            if (kind.bits == 8)
+                expected.bytes[i] = static_cast<uint8_t>(difference);
+            else
+                expected.pixels<uint16_t>()[i] = static_cast<uint16_t>(difference);
+        }
+        EXPECT_EQ(expected.bytes, decodedByFfmpeg("out.png", kind.format));
+    }
+}
+
+TEST_F(Vek, ReadsEveryKindOfPng) {
+    writePicture("color.png", picture(32, 16, 3, 8, 3));
+    struct Kind {
+        const char *converted, *format;
+        int32_t channels;
+    };
+    for (const Kind& kind : {Kind{"pal8", "rgb24", 3}, Kind{"rgba", "rgb24", 3}, Kind{"monob", "gray", 1},
+                             Kind{"gray", "gray", 1}, Kind{"gray16be", "gray16le", 1}}) {
+        SCOPED_TRACE(kind.converted);
+        ASSERT_EQ(0,
+                  run("ffmpeg -nostdin -y -v error -i color.png -pix_fmt " + std::string(kind.converted) + " kind.png")
+                      .status);
+        const Picture read = readPicture("kind.png");
+        EXPECT_EQ(kind.channels, read.channels);
+        EXPECT_EQ(decodedByFfmpeg("kind.png", kind.format), read.bytes);
+    }
+}
+
+TEST_F(Vek, KeepsSmoothPicturesInJpeg) {
+    for (int32_t channels : {1, 3}) {
+        Picture smooth(64, 48, channels, 8);
+        for (size_t i = 0; i < smooth.bytes.size(); ++i)
+            smooth.bytes[i] = static_cast<uint8_t>(40 + 2 * (i / size_t(channels) % 64));
+        writePicture("smooth.jpg", smooth);
+        const Picture read = readPicture("smooth.jpg");
+        ASSERT_TRUE(read.hasShapeOf(smooth));
+        for (size_t i = 0; i < smooth.bytes.size(); ++i)
+            ASSERT_NEAR(smooth.bytes[i], read.bytes[i], 4) << i;
+    }
+}
+
+void checkAverage(int32_t bits, int32_t channels, bool masked) {
+    SCOPED_TRACE(::testing::Message() << bits << " bits, " << channels << " channels, mask " << masked);
+    std::vector<Picture> frames;
+    for (uint32_t i = 0; i < 4; ++i) {
+        frames.push_back(picture(29, 7, channels, bits, 10 + i));
+        writePicture("f" + std::to_string(i) + ".png", frames[i]);
+    }
+    Picture mask(29, 7, 1, 8);
+    for (size_t i = 0; i < mask.bytes.size(); ++i)
+        mask.bytes[i] = i % 3 == 0 ? 0 : static_cast<uint8_t>(i % 255 + 1);
+    writePicture("mask.png", mask);
+    const Result result = vek("background f0.png f1.png f2.png f3.png -o out.png --alpha 0.25" +
+                              std::string(masked ? " --mask mask.png" : ""));
+    ASSERT_EQ(0, result.status) << result.output;
+    const Picture out = readPicture("out.png");
+    ASSERT_TRUE(out.hasShapeOf(frames[0]));
+    for (size_t i = 0; i < size_t(29 * 7 * channels); ++i) {
+        auto average = static_cast<float>(valueAt(frames[0], i));
+        if (!masked || mask.bytes[i / size_t(channels)] != 0)
+            for (size_t f = 1; f < 4; ++f)
+                average += (static_cast<float>(valueAt(frames[f], i)) - average) * 0.25f;
+        ASSERT_EQ(std::lrint(average), valueAt(out, i)) << i;
+    }
+}
+
+TEST_F(Vek, AveragesSequences) {
+    for (bool masked : {false, true}) {
+        checkAverage(8, 1, masked);
+        checkAverage(8, 3, masked);
+        checkAverage(16, 1, masked);
+    }
+}
+
+TEST_F(Vek, ShowsMotionAgainstTheBackgroundSoFar) {
+    const std::array<uint8_t, 3> values = {100, 140, 40};
+    for (size_t i = 0; i < values.size(); ++i) {
+        Picture frame(5, 4, 1, 8);
+        std::ranges::fill(frame.bytes, values[i]);
+        writePicture("f" + std::to_string(i) + ".png", frame);
+    }
+    const Result result = vek("motion f0.png f1.png f2.png -o m-%02d.png --alpha 0.5");
+    ASSERT_EQ(0, result.status) << result.output;
+    EXPECT_FALSE(fs::exists("m-01.png"));
+    EXPECT_EQ(40, readPicture("m-02.png").bytes[19]);  // 140 - 100
+    EXPECT_EQ(80, readPicture("m-03.png").bytes[0]);   // 120 - 40
+}
+
+TEST_F(Vek, ReadsVideos) {
+    writePicture("f1.png", picture(48, 32, 1, 8, 5));
+    writePicture("f2.png", picture(48, 32, 1, 8, 6));
+    ASSERT_EQ(0, run("ffmpeg -nostdin -v error -i f%d.png -c:v ffv1 -pix_fmt gray video.mkv").status);
+    ASSERT_EQ(0, vek("background f1.png f2.png -o files.png --alpha 0.5").status);
+    const Result result = vek("background video.mkv -o video.png --alpha 0.5");
+    ASSERT_EQ(0, result.status) << result.output;
+    EXPECT_EQ(readPicture("files.png").bytes, readPicture("video.png").bytes);
+    ASSERT_EQ(0, vek("background video.mkv -o color.jpg --color --alpha 0.5").status);
+    EXPECT_EQ(3, readPicture("color.jpg").channels);
+
+    std::ofstream("text.avi") << "this is not a video";
+    expectFailure("background text.avi -o x.png --alpha 1", 1, "text.avi: is neither a picture nor a video");
+    const Result missing = run("PATH=/nonexistent " + kProgram + " background video.mkv -o x.png --alpha 1");
+    EXPECT_EQ(1, missing.status);
+    EXPECT_NE(std::string::npos, missing.output.find("ffmpeg, which cannot be started")) << missing.output;
+}
+
+TEST_F(Vek, TellsWhatItIsAndHas) {
+    EXPECT_NE(std::string::npos, vek("info --threads 3").output.find("threads     3"));
+    EXPECT_NE(std::string::npos, vek("info").output.find("7.1.0 (r36264)"));
+    EXPECT_NE(std::string::npos, vek("--help").output.find("background"));
+    EXPECT_EQ(0, vek("diff --help").status);
+
+    const std::string list = vek("list").output;
+    EXPECT_NE(std::string::npos, list.find("vekcvGetLibVersion  "));
+    EXPECT_EQ(4, std::ranges::count(vek("list '*absdiff_*'").output, '\n'));
+    EXPECT_EQ(7, std::ranges::count(vek("list absdiff").output, '\n'));
+    EXPECT_EQ("vekiAbsDiff_16u_C1R  destination = |source1 - source2|\n", vek("list vekiAbsDiff_16u").output);
+    expectFailure("list nothing", 1, "nothing: no function");
+
+    writePicture("a.png", picture(8, 8, 1, 8, 1));
+    const Result timed = vek("diff a.png a.png out.png --time");
+    EXPECT_NE(std::string::npos, timed.output.find("ms  vekiAbsDiff_8u_C1R")) << timed.output;
+}
+
+TEST_F(Vek, RefusesWrongUsage) {
+    for (const std::string arguments : {"", "fly", "diff", "diff a.png", "background -o x.png --alpha 1",
+                                        "background a.png -o x.png", "background a.png -o x.png --alpha fast",
+                                        "background a.png -o x.png --alpha nan", "info --threads 0", "info --wrong"})
+        expectFailure(arguments, 2, "");
+}
+
+TEST_F(Vek, SaysWhatIsWrongWithAFile) {
+    writePicture("grey.png", picture(16, 8, 1, 8, 1));
+    writePicture("color.png", picture(16, 8, 3, 8, 1));
+    writePicture("deep.png", picture(16, 8, 1, 16, 1));
+    writePicture("large.png", picture(17, 8, 1, 8, 1));
+    std::ofstream("empty.png").close();
+    std::ofstream("text.png") << "no picture at all";
+    fs::create_directory("folder.png");
+    expectFailure("diff grey.png missing.png x.png", 1, "missing.png: cannot be opened");
+    expectFailure("diff grey.png folder.png x.png", 1, "folder.png: is a folder");
+    expectFailure("diff grey.png empty.png x.png", 1, "empty.png: is empty");
+    expectFailure("diff text.png grey.png x.png", 1, "text.png: is not a PNG or JPEG");
+    expectFailure("diff grey.png large.png x.png", 1, "large.png: is 17 x 8");
+    expectFailure("diff grey.png color.png x.png", 1, "color.png: is 16 x 8, 8-bit colour");
+    expectFailure("diff deep.png grey.png x.png", 1, "grey.png");
+    expectFailure("diff grey.png grey.png x.bmp", 1, "x.bmp: pictures are written as");
+    expectFailure("diff grey.png grey.png missing/x.png", 1, "missing/x.png: cannot be written");
+    expectFailure("diff grey.png grey.png folder.png", 1, "folder.png: cannot be written");
+    expectFailure("diff deep.png deep.png x.jpg", 1, "x.jpg");
+    expectFailure("background grey.png color.png -o x.png --alpha 1", 1, "color.png: is 16 x 8, 8-bit colour");
+    expectFailure("background grey.png grey.png -o x.png --alpha 1 --mask color.png", 1, "color.png");
+    expectFailure("background grey.png grey.png -o x.png --alpha 1 --mask large.png", 1, "large.png");
+    expectFailure("motion grey.png grey.png -o x.png --alpha 1", 1, "x.png: the name needs one %d");
+    expectFailure("motion grey.png grey.png -o x-%s.png --alpha 1", 1, "x-%s.png: the name needs one %d");
+}
+
+TEST_F(Vek, RefusesPicturesThatEndTooEarly) {
+    for (const std::string extension : {".png", ".jpg"}) {
+        const std::string whole = "whole" + extension, part = "part" + extension;
+        writePicture(whole, picture(40, 30, 3, 8, 1));
+        writePicture(part, picture(40, 30, 3, 8, 1));
+        for (size_t keep = fs::file_size(whole) - 3; keep > 23; keep -= 23) {
+            fs::resize_file(part, keep);
+            expectFailure("diff " + part + " " + part + " x.png", 1, part + ": ");
+        }
+    }
+}
+
+// What stood in the file before stays there when the new picture cannot be written.
+TEST_F(Vek, NeverLeavesHalfAPicture) {
+    writePicture("a.png", picture(300, 300, 3, 8, 1));
+    writePicture("b.png", picture(300, 300, 3, 8, 2));
+    std::ofstream("out.png") << "old";
+    const Result result = run("ulimit -f 8; trap '' XFSZ; " + kProgram + " diff a.png b.png out.png");
+    EXPECT_EQ(1, result.status);
+    EXPECT_NE(std::string::npos, result.output.find("out.png: cannot be written")) << result.output;
+    EXPECT_EQ(3u, fs::file_size("out.png"));
+    EXPECT_EQ(3, countFiles());
+}
+
+}  // namespace

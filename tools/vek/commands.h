@@ -1,0 +1,10 @@
+#pragma once
+
+#include <CLI/CLI.hpp>
+
+// Each adds a command to the program.
+void addInfo(CLI::App& app);
+void addList(CLI::App& app);
+void addDiff(CLI::App& app);
+void addBackground(CLI::App& app);
+void addMotion(CLI::App& app);

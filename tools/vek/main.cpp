@@ -1,0 +1,56 @@
+// vek, the command-line program: operations of the library on picture files.
+#include <cstdio>
+
+#include "commands.h"
+#include "library_call.h"
+
+namespace {
+
+constexpr int kFailed = 1, kWrongUsage = 2;
+
+void printTimes() {
+    double total = 0;
+    for (const auto& [name, milliseconds] : libraryTimes()) {
+        std::fprintf(stderr, "%10.3f ms  %s\n", milliseconds, name.c_str());
+        total += milliseconds;
+    }
+    std::fprintf(stderr, "%10.3f ms  in all\n", total);
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    CLI::App app("Computer-vision operations on picture files (PNG, JPEG) and videos (through ffmpeg).", "vek");
+    app.require_subcommand(1);
+    app.fallthrough();
+    app.set_version_flag("--version", vekcvGetLibVersion()->version);
+    bool time = false;
+    app.add_flag("--time", time, "Tell on standard error how long the library's functions took, files apart");
+    app.add_option_function<int>(
+           "--threads", [](const int& threads) { vekSetNumThreads(threads); },
+           "Number of threads; by default that of the processors")
+        ->check(CLI::Range(1, 1024))
+        ->trigger_on_parse();
+    addInfo(app);
+    addList(app);
+    addDiff(app);
+    addBackground(app);
+    addMotion(app);
+
+    try {
+        app.parse(argc, argv);
+        if (time)
+            printTimes();
+        return 0;
+    } catch (const CLI::ParseError& error) {
+        if (error.get_exit_code() == 0)  // --help or --version
+            return app.exit(error);
+        std::fprintf(stderr, "vek: %s (see vek --help)\n", error.what());
+        return kWrongUsage;
+    } catch (const std::bad_alloc&) {
+        std::fprintf(stderr, "vek: there is not enough memory\n");
+    } catch (const std::exception& error) {
+        std::fprintf(stderr, "vek: %s\n", error.what());
+    }
+    return kFailed;
+}

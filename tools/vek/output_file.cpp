@@ -1,0 +1,84 @@
+#include "output_file.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <atomic>
+#include <cerrno>
+#include <climits>
+#include <csignal>
+#include <cstring>
+
+namespace {
+
+// The unfinished file, for the signal handler, which may do no more than call unlink.
+char unfinished[PATH_MAX];
+volatile sig_atomic_t hasUnfinished = 0;
+
+void removeAndEnd(int signal) {
+    if (hasUnfinished)
+        unlink(unfinished);
+    std::signal(signal, SIG_DFL);
+    raise(signal);
+}
+
+class UnfinishedFile {
+  public:
+    explicit UnfinishedFile(const std::string& path) {
+        const std::string name = path + ".XXXXXX";
+        if (name.size() >= sizeof unfinished)
+            throw Failure(path, "the name is too long");
+        std::memcpy(unfinished, name.c_str(), name.size() + 1);
+        for (int signal : {SIGINT, SIGTERM, SIGHUP})
+            std::signal(signal, removeAndEnd);
+        descriptor_ = mkstemp(unfinished);
+        if (descriptor_ < 0)
+            throw Failure(path, std::string("cannot be written: ") + std::strerror(errno));
+        hasUnfinished = 1;
+    }
+    ~UnfinishedFile() {
+        if (descriptor_ >= 0)
+            close(descriptor_);
+        if (hasUnfinished)
+            unlink(unfinished);
+        hasUnfinished = 0;
+    }
+    UnfinishedFile(const UnfinishedFile&) = delete;
+    UnfinishedFile& operator=(const UnfinishedFile&) = delete;
+
+    bool write(const std::vector<uint8_t>& content) const {
+        for (size_t done = 0; done < content.size();) {
+            const ssize_t count = ::write(descriptor_, content.data() + done, content.size() - done);
+            if (count < 0 && errno != EINTR)
+                return false;
+            done += count > 0 ? static_cast<size_t>(count) : 0;
+        }
+        return true;
+    }
+
+    bool becomes(const std::string& path) {
+        const mode_t mask = umask(0);
+        umask(mask);
+        const bool closed = fchmod(descriptor_, 0666 & ~mask) == 0 && close(descriptor_) == 0;
+        descriptor_ = -1;
+        if (!closed || rename(unfinished, path.c_str()) != 0)
+            return false;
+        hasUnfinished = 0;
+        return true;
+    }
+
+  private:
+    int descriptor_ = -1;
+};
+
+}  // namespace
+
+void writeFile(const std::string& path, const std::vector<uint8_t>& content) {
+    struct stat existing {};
+    if (stat(path.c_str(), &existing) == 0 && !S_ISREG(existing.st_mode))
+        throw Failure(path, "cannot be written: it is not a regular file");
+    UnfinishedFile file(path);
+    if (!file.write(content) || !file.becomes(path))
+        throw Failure(path, std::string("cannot be written: ") + std::strerror(errno));
+}

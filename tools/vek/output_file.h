@@ -1,0 +1,9 @@
+#pragma once
+
+#include "picture.h"
+
+/**
+ * Writes a file, all of it or nothing: under another name first, which becomes the name when the file is complete. What
+ * was written so far is removed when that fails and when a signal ends the program.
+ */
+void writeFile(const std::string& path, const std::vector<uint8_t>& content);

@@ -1,0 +1,87 @@
+#include "picture_file.h"
+
+#include <algorithm>
+#include <filesystem>
+#include <fstream>
+
+#include "jpeg.h"
+#include "output_file.h"
+#include "png_format.h"
+
+namespace {
+
+enum class Format { kPng, kJpeg, kNone };
+
+Format formatOfContent(const std::vector<uint8_t>& content) {
+    const auto beginsWith = [&](std::initializer_list<uint8_t> bytes) {
+        return content.size() >= bytes.size() && std::equal(bytes.begin(), bytes.end(), content.begin());
+    };
+    if (beginsWith({0x89, 'P', 'N', 'G', '\r', '\n', 0x1a, '\n'}))
+        return Format::kPng;
+    return beginsWith({0xff, 0xd8, 0xff}) ? Format::kJpeg : Format::kNone;
+}
+
+Format formatOfName(const std::string& path) {
+    std::string extension = std::filesystem::path(path).extension().string();
+    std::transform(extension.begin(), extension.end(), extension.begin(),
+                   [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
+    if (extension == ".png")
+        return Format::kPng;
+    return extension == ".jpg" || extension == ".jpeg" ? Format::kJpeg : Format::kNone;
+}
+
+std::vector<uint8_t> readFile(const std::string& path, size_t mostBytes) {
+    if (std::filesystem::is_directory(path))
+        throw Failure(path, "is a folder");
+    std::ifstream file(path, std::ios::binary);
+    if (!file)
+        throw Failure(path, "cannot be opened");
+    std::vector<uint8_t> content;
+    std::vector<char> part(1 << 16);
+    while (content.size() < mostBytes && file.read(part.data(), static_cast<std::streamsize>(part.size())).gcount() > 0)
+        content.insert(content.end(), part.begin(), part.begin() + file.gcount());
+    if (file.bad())
+        throw Failure(path, "cannot be read");
+    if (content.empty())
+        throw Failure(path, "is empty");
+    return content;
+}
+
+}  // namespace
+
+bool isPictureFile(const std::string& path) {
+    return formatOfContent(readFile(path, 16)) != Format::kNone;
+}
+
+Picture readPicture(const std::string& path) {
+    const std::vector<uint8_t> content = readFile(path, SIZE_MAX);
+    try {
+        switch (formatOfContent(content)) {
+            case Format::kPng:
+                return decodePng(content);
+            case Format::kJpeg:
+                return decodeJpeg(content);
+            case Format::kNone:
+                break;
+        }
+    } catch (const CodecError& error) {
+        throw Failure(path, error.what());
+    } catch (const std::bad_alloc&) {
+        throw Failure(path, "is too large for the memory");
+    }
+    throw Failure(path, "is not a PNG or JPEG picture");
+}
+
+void checkPictureName(const std::string& path) {
+    if (formatOfName(path) == Format::kNone)
+        throw Failure(path, "pictures are written as .png, .jpg or .jpeg");
+}
+
+void writePicture(const std::string& path, const Picture& picture) {
+    checkPictureName(path);
+    try {
+        writeFile(path, formatOfName(path) == Format::kPng ? encodePng(picture) : encodeJpeg(picture));
+    } catch (const CodecError& error) {
+        throw Failure(path, error.what());
+    }
+}

@@ -1,0 +1,18 @@
+#pragma once
+
+#include "picture.h"
+
+/** Whether a file begins like a PNG or a JPEG picture; a file that cannot be read throws Failure. */
+bool isPictureFile(const std::string& path);
+
+/**
+ * Reads a PNG or JPEG file, which its content tells. Palettes become colour, transparency is dropped, grey of 16 bits
+ * stays as it is, and colour of 16 bits becomes 8.
+ */
+Picture readPicture(const std::string& path);
+
+/** Throws Failure where writePicture could not write a file of this name: .png, .jpg and .jpeg are known. */
+void checkPictureName(const std::string& path);
+
+/** Writes a picture in the format that the name ends in, all of it or nothing. */
+void writePicture(const std::string& path, const Picture& picture);

@@ -1,0 +1,170 @@
+// vek background and vek motion: the running average of a sequence, and what differs from it.
+#include <algorithm>
+#include <cmath>
+
+#include "commands.h"
+#include "difference.h"
+#include "frames.h"
+#include "picture_file.h"
+
+namespace {
+
+struct Options {
+    std::vector<std::string> frames;
+    std::string output, mask;
+    float alpha = 0;
+    bool color = false;
+};
+
+/** The mask with each byte as often as a frame has channels; empty without a mask. */
+Picture readMask(const std::string& path, const Picture& frame) {
+    if (path.empty())
+        return {};
+    const Picture mask = readPicture(path);
+    if (mask.channels != 1 || mask.bits != 8 || mask.width != frame.width || mask.height != frame.height)
+        throw Failure(path, "is " + mask.shape() + "; the mask must be 8-bit grey and as large as the frames, " +
+                                std::to_string(frame.width) + " x " + std::to_string(frame.height));
+    Picture result(frame.width, frame.height, frame.channels, 8);
+    for (size_t i = 0; i < result.bytes.size(); ++i)
+        result.bytes[i] = mask.bytes[i / static_cast<size_t>(frame.channels)];
+    return result;
+}
+
+/** The running average of frames, which begins as the first of them. */
+class Background {
+  public:
+    Background(const Picture& first, const std::string& maskPath, float alpha)
+        : shape_(first.width, first.height, first.channels, first.bits),
+          mask_(readMask(maskPath, first)),
+          average_(first.bytes.size() / (static_cast<size_t>(first.bits) / 8)),
+          alpha_(alpha) {
+        fold(first, 1, Picture());  // (first - 0) * 1 + 0
+    }
+
+    void add(const Picture& frame) { fold(frame, alpha_, mask_); }
+
+    /** The average rounded to nearest. */
+    Picture picture() const {
+        Picture result = shape_;
+        const auto round = [&]<typename T>(T* pixels) {
+            for (size_t i = 0; i < average_.size(); ++i)
+                pixels[i] = static_cast<T>(
+                    std::lrint(std::clamp(average_[i], 0.f, static_cast<float>(std::numeric_limits<T>::max()))));
+        };
+        if (shape_.bits == 16)
+            round(result.pixels<uint16_t>());
+        else
+            round(result.pixels<uint8_t>());
+        return result;
+    }
+
+  private:
+    void fold(const Picture& frame, float alpha, const Picture& mask) {
+        const RoiSize roi = frame.elements();
+        const auto step = static_cast<int32_t>(roi.width * static_cast<int32_t>(sizeof(float)));
+        const bool masked = !mask.bytes.empty();
+        if (frame.bits == 16 && masked)
+            callLibrary("vekiAddWeighted_16u32f_C1IMR", vekiAddWeighted_16u32f_C1IMR, frame.pixels<uint16_t>(),
+                        frame.step(), mask.pixels<uint8_t>(), mask.step(), average_.data(), step, roi, alpha);
+        else if (frame.bits == 16)
+            callLibrary("vekiAddWeighted_16u32f_C1IR", vekiAddWeighted_16u32f_C1IR, frame.pixels<uint16_t>(),
+                        frame.step(), average_.data(), step, roi, alpha);
+        else if (masked)
+            callLibrary("vekiAddWeighted_8u32f_C1IMR", vekiAddWeighted_8u32f_C1IMR, frame.pixels<uint8_t>(),
+                        frame.step(), mask.pixels<uint8_t>(), mask.step(), average_.data(), step, roi, alpha);
+        else
+            callLibrary("vekiAddWeighted_8u32f_C1IR", vekiAddWeighted_8u32f_C1IR, frame.pixels<uint8_t>(), frame.step(),
+                        average_.data(), step, roi, alpha);
+    }
+
+    Picture shape_;
+    Picture mask_;
+    std::vector<float> average_;
+    float alpha_;
+};
+
+Picture firstFrame(Frames& frames, const Options& options) {
+    std::optional<Picture> first = frames.next();
+    if (!first)
+        throw Failure(options.frames[0], "has no frames");
+    // The rows of the average are four bytes for each channel of a pixel.
+    if (first->width > std::numeric_limits<int32_t>::max() / 4 / first->channels)
+        throw Failure(options.frames[0], "is too wide");
+    return std::move(*first);
+}
+
+void background(const Options& options) {
+    checkPictureName(options.output);
+    const std::unique_ptr<Frames> frames = openFrames(options.frames, options.color);
+    Background average(firstFrame(*frames, options), options.mask, options.alpha);
+    while (const std::optional<Picture> frame = frames->next())
+        average.add(*frame);
+    writePicture(options.output, average.picture());
+}
+
+/** Names of pictures from a pattern with one %d or %03d. */
+class NumberedName {
+  public:
+    explicit NumberedName(const std::string& pattern) {
+        const size_t percent = pattern.find('%');
+        const size_t letter = pattern.find_first_not_of("0123456789", percent == std::string::npos ? 0 : percent + 1);
+        if (percent == std::string::npos || letter == std::string::npos || pattern[letter] != 'd' ||
+            letter > percent + 3 || pattern.find('%', letter) != std::string::npos)
+            throw Failure(pattern, "the name needs one %d for the number of the frame, as in motion-%03d.png");
+        before_ = pattern.substr(0, percent);
+        after_ = pattern.substr(letter + 1);
+        const std::string width = pattern.substr(percent + 1, letter - percent - 1);
+        width_ = width.empty() ? 1 : std::stoul(width);
+    }
+
+    std::string operator()(int number) const {
+        const std::string digits = std::to_string(number);
+        return before_ + std::string(width_ > digits.size() ? width_ - digits.size() : 0, '0') + digits + after_;
+    }
+
+  private:
+    std::string before_, after_;
+    size_t width_ = 1;
+};
+
+void motion(const Options& options) {
+    checkPictureName(options.output);
+    const NumberedName name(options.output);
+    const std::unique_ptr<Frames> frames = openFrames(options.frames, options.color);
+    Background average(firstFrame(*frames, options), options.mask, options.alpha);
+    for (int number = 2; const std::optional<Picture> frame = frames->next(); ++number) {
+        writePicture(name(number), absoluteDifference(*frame, average.picture()));
+        average.add(*frame);
+    }
+}
+
+CLI::App* addSequence(CLI::App& app, const std::string& name, const std::string& description,
+                      const std::string& outputDescription, const std::shared_ptr<Options>& options) {
+    CLI::App* const command = app.add_subcommand(name, description);
+    command->add_option("FRAME", options->frames, "Pictures of the same kind, or one video file")->required();
+    command->add_option("-o,--output", options->output, outputDescription)->required();
+    command->add_option("--alpha", options->alpha, "Weight of each new frame; 0.1 averages over about ten of them")
+        ->required()
+        ->check([](const std::string& text) {
+            return text.find("nan") == std::string::npos ? "" : std::string("is not a number");
+        });
+    command->add_option("--mask", options->mask, "Grey picture; where it is 0 the background stays the first frame");
+    command->add_flag("--color", options->color, "Take a video's frames in colour rather than in grey");
+    return command;
+}
+
+}  // namespace
+
+void addBackground(CLI::App& app) {
+    const auto options = std::make_shared<Options>();
+    addSequence(app, "background", "The running average of a sequence of frames", "Where it goes (.png, .jpg)", options)
+        ->callback([=] { background(*options); });
+}
+
+void addMotion(CLI::App& app) {
+    const auto options = std::make_shared<Options>();
+    addSequence(app, "motion",
+                "For each frame but the first: its difference from the running average of the frames before it",
+                "Names of the pictures, with %d for the number of the frame, as in motion-%03d.png", options)
+        ->callback([=] { motion(*options); });
+}
