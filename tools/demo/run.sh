@@ -1,0 +1,97 @@
+#!/usr/bin/env bash
+# Shows the operations of the tool on photographs, as a page of pictures: build/demo/index.html.
+# Usage: run.sh BUILD_FOLDER. Every entry of the page is one call of `show` below.
+set -euo pipefail
+build=$(realpath "$1")
+source=$(realpath "$(dirname "$0")/../..")
+demo=$source/build/demo
+rm -rf "$demo"
+mkdir -p "$demo/frames" "$demo/motion"
+cd "$demo"
+cp "$source"/examples/pictures/*.png .
+make() { ffmpeg -nostdin -v error -y "$@"; }
+
+escape() { sed 's/&/\&amp;/g; s/</\&lt;/g; s/>/\&gt;/g' <<<"$1"; }
+
+section() { printf '<h2>%s</h2>\n<p>%s</p>\n' "$1" "$2"; }
+
+# show TITLE INPUTS OUTPUTS ARGUMENT...: runs vek with the arguments, and shows the pictures and the time that the library
+# took. Inputs and outputs are lists of pictures, separated by spaces.
+show() {
+    local title=$1 inputs=$2 outputs=$3 picture time
+    shift 3
+    # Unquoted, for an argument may be a pattern of file names, which is then shown as it is.
+    # shellcheck disable=SC2048,SC2086
+    time=$("$build/vek" $* --time 2>&1 | sed -n 's/^ *\([0-9.]* ms\)  in all$/\1/p')
+    echo "vek $*" >&2
+    printf '<article>\n<h3>%s</h3>\n<div class="pictures">\n' "$(escape "$title")"
+    for picture in $inputs; do printf '<img src="%s" alt="%s" title="%s">\n' "$picture" "$picture" "$picture"; done
+    echo '<span class="arrow">&rarr;</span>'
+    for picture in $outputs; do printf '<img src="%s" alt="%s" title="%s">\n' "$picture" "$picture" "$picture"; done
+    printf '</div>\n<code>vek %s</code><span class="time">%s in the library</span>\n</article>\n' \
+        "$(escape "$*")" "$time"
+}
+
+# Inputs that are made from the photographs.
+"$build/tools/make_frames" camera.png frames 12
+make -i chelsea.png -vf 'crop=iw-2:ih-1:2:1,pad=iw+2:ih+1' shifted.png
+make -i text.png -pix_fmt gray16be text16.png
+make -i text16.png -vf 'gblur=sigma=12' -pix_fmt gray16be blurred16.png
+make -f lavfi -i 'color=black:s=320x240,drawbox=0:0:160:240:white:fill' -frames:v 1 -pix_fmt gray mask.png
+make -framerate 6 -i frames/frame-%02d.png -c:v ffv1 -pix_fmt gray frames.mkv
+
+page() {
+    cat <<'HTML'
+<!DOCTYPE html>
+<html lang="en">
+<head>
+<meta charset="utf-8">
+<meta name="viewport" content="width=device-width, initial-scale=1">
+<title>vekcv on photographs</title>
+<style>
+body { font: 16px/1.5 system-ui, sans-serif; color: #222; background: #fafafa; max-width: 70rem; margin: 0 auto; padding: 1rem 1.5rem 4rem; }
+h1 { margin-bottom: 0; } h2 { margin-top: 3rem; border-bottom: 2px solid #ddd; } h3 { margin: 0 0 .5rem; font-size: 1rem; }
+pre, code { font-family: ui-monospace, monospace; font-size: .85rem; }
+pre { background: #fff; border: 1px solid #ddd; border-radius: .5rem; padding: 1rem; overflow-x: auto; }
+article { background: #fff; border: 1px solid #ddd; border-radius: .5rem; padding: 1rem; margin: 1rem 0; }
+.pictures { display: flex; flex-wrap: wrap; gap: .75rem; align-items: center; margin-bottom: .75rem; }
+.pictures img { height: 11rem; max-width: 100%; border: 1px solid #ccc; }
+.arrow { font-size: 2rem; color: #888; }
+article code { display: block; background: #f0f0f0; border-radius: .3rem; padding: .3rem .6rem; overflow-wrap: anywhere; }
+.time { color: #666; font-size: .85rem; }
+</style>
+</head>
+<body>
+<h1>vekcv on photographs</h1>
+<p>Every picture right of an arrow was made by the command below it. The time is that of the library's functions alone,
+without reading and writing files, of one run on this machine.</p>
+HTML
+    printf '<pre>%s</pre>\n' "$(escape "$("$build/vek" info)")"
+
+    section 'Absolute difference' 'What differs between two pictures, pixel by pixel.'
+    show 'Two frames of a sequence, 8-bit grey' 'frames/frame-03.png frames/frame-09.png' difference.png \
+        diff frames/frame-03.png frames/frame-09.png difference.png
+    show 'A photograph and itself moved by two pixels, 8-bit colour' 'chelsea.png shifted.png' edges.png \
+        diff chelsea.png shifted.png edges.png
+    show 'Text and its blurred self: the uneven light is gone, 16-bit grey' 'text16.png blurred16.png' letters.png \
+        diff text16.png blurred16.png letters.png
+
+    section 'Running average' 'A background that learns: each new frame enters with a weight. A disc crosses the picture in
+twelve shaking, noisy frames; the average forgets it and smooths the noise.'
+
+    show 'Twelve frames' 'frames/frame-02.png frames/frame-07.png frames/frame-12.png' background.png \
+        background 'frames/*.png' -o background.png --alpha 0.1
+    show 'Learned in the left half alone, by a mask' 'frames/frame-12.png mask.png' masked.png \
+        background 'frames/*.png' -o masked.png --alpha 0.1 --mask mask.png
+    show 'The same twelve frames as a video' frames/frame-12.png video.png \
+        background frames.mkv -o video.png --alpha 0.1
+
+    section 'Motion' 'The difference of each frame from the average of those before it.'
+    show 'Frames 3, 6, 9 and 12 of twelve' 'frames/frame-03.png frames/frame-06.png' \
+        'motion/03.png motion/06.png motion/09.png motion/12.png' \
+        motion 'frames/*.png' -o motion/%02d.png --alpha 0.1
+    printf '</body>\n</html>\n'
+}
+
+page >index.html
+echo "The page is $demo/index.html"
