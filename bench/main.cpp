@@ -1,0 +1,165 @@
+// vekcv_bench: times every export, the peer and memcpy at several sizes, and writes the results as JSON.
+#include <omp.h>
+
+#include <algorithm>
+#include <cmath>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <fstream>
+#include <regex>
+
+#include "measure.h"
+#include "peer.h"
+#include "results.h"
+#include "vekcore.h"
+
+namespace bench {
+namespace {
+
+struct Options {
+    std::string output = "bench.json";
+    std::regex filter{""};
+    bool quick = false;
+    bool checkOnly = false;
+};
+
+Options parse(int argc, char** argv) {
+    Options options;
+    for (int i = 1; i < argc; ++i) {
+        const std::string argument = argv[i];
+        const auto value = [&] { return i + 1 < argc ? argv[++i] : (fail(argument + " needs a value"), ""); };
+        if (argument == "--out")
+            options.output = value();
+        else if (argument == "--filter")
+            options.filter = value();
+        else if (argument == "--quick")
+            options.quick = true;
+        else if (argument == "--check")
+            options.checkOnly = true;
+        else
+            fail(
+                "usage: vekcv_bench [--out FILE] [--filter REGEX] [--quick] [--check]\n"
+                "  --out     where to write the results (bench.json)\n"
+                "  --filter  only the exports whose names match\n"
+                "  --quick   fewer sizes and rounds, one thread\n"
+                "  --check   only compare the results with those of the peer");
+    }
+    return options;
+}
+
+/** The side of a square whose 8-bit image alone is twice the largest cache, as far as the address space allows it. */
+int32_t sideBeyondCache() {
+    int cacheBytes = 0;
+    vekGetMaxCacheSizeB(&cacheBytes);
+    constexpr int32_t kMostSide = sizeof(void*) == 4 ? 8192 : 16384;
+    int32_t side = 1024;
+    while (side < kMostSide && int64_t{side} * side < int64_t{2} * cacheBytes)
+        side *= 2;
+    return side;
+}
+
+/** Copies as many bytes as a case touches: one half is read, the other half written. */
+Call copyOf(size_t bytesTouched) {
+    const auto half = static_cast<int32_t>(bytesTouched / 2);
+    const Operand from = Operand::make(Role::kSource, Element::k8u, 1, {half, 1});
+    const Operand to = Operand::make(Role::kDestination, Element::k8u, 1, {half, 1});
+    from.fill(1);
+    to.fill(2);
+    return [=] {
+        const auto* const source = static_cast<const char*>(from.memory.get());
+        auto* const destination = static_cast<char*>(to.memory.get());
+        const int threads = ownGetNumThreads();
+        if (threads == 1) {
+            std::memcpy(destination, source, static_cast<size_t>(half));
+            return;
+        }
+#pragma omp parallel for num_threads(threads)
+        for (int t = 0; t < threads; ++t) {
+            const int64_t begin = int64_t{half} * t / threads, end = int64_t{half} * (t + 1) / threads;
+            std::memcpy(destination + begin, source + begin, static_cast<size_t>(end - begin));
+        }
+    };
+}
+
+/** Ends the program where the peer computes something else, for then the comparison would be of different work. */
+void checkAgainstPeer(const Row& row) {
+    const Work work = row.prepare({67, 31});
+    if (!work.peer)
+        return;
+    work.data.fill();
+    work.vekcv();
+    std::vector<std::vector<double>> results;
+    for (const Operand& operand : work.data.operands)
+        results.push_back(operand.values());
+    work.data.fill();
+    work.peer();
+    for (size_t i = 0; i < results.size(); ++i) {
+        const std::vector<double> expected = work.data.operands[i].values();
+        for (size_t k = 0; k < expected.size(); ++k)
+            if (!(std::abs(results[i][k] - expected[k]) <= 1e-6 * std::max(1.0, std::abs(expected[k]) * 2)))
+                fail(row.name + ": " + std::to_string(results[i][k]) + ", but the peer gives " +
+                     std::to_string(expected[k]));
+    }
+}
+
+void setThreads(int threads) {
+    vekSetNumThreads(threads);
+    if (peer::setThreads)
+        peer::setThreads(threads);
+}
+
+void measureRow(const TableEntry& entry, RoiSize size, int mostThreads, Effort effort, std::vector<Result>& results) {
+    const Work work = entry.row.prepare(size);
+    work.data.fill();
+    const size_t bytes = work.data.bytesTouched();
+    std::vector<Contestant> contestants{{"vekcv", work.vekcv}, {"memcpy", copyOf(bytes)}};
+    if (work.peer)
+        contestants.push_back({"peer", work.peer});
+    for (int threads = 1; threads <= mostThreads; ++threads) {
+        setThreads(threads);
+        Result result{entry.family, entry.row.name, size, threads, bytes, {}};
+        const auto times = measure(contestants, effort);
+        for (size_t i = 0; i < contestants.size(); ++i)
+            result.times[contestants[i].name] = Time::of(times[i]);
+        results.push_back(result);
+    }
+}
+
+void run(const Options& options) {
+    std::vector<TableEntry> entries = table();
+    std::erase_if(entries, [&](const TableEntry& entry) { return !std::regex_search(entry.row.name, options.filter); });
+    for (const TableEntry& entry : entries)
+        checkAgainstPeer(entry.row);
+    if (options.checkOnly)
+        return;
+
+    const int32_t large = sideBeyondCache();
+    std::vector<RoiSize> sizes{{16, 16}, {640, 480}, {1920, 1080}, {3840, 2160}, {large, large}};
+    if (options.quick)
+        sizes = {{16, 16}, {640, 480}, {large, large}};
+    int cacheBytes = 0;
+    vekGetMaxCacheSizeB(&cacheBytes);
+    std::vector<Result> results;
+    for (const TableEntry& entry : entries) {
+        std::fprintf(stderr, "%s\n", entry.row.name.c_str());
+        for (const RoiSize size : sizes) {
+            const bool small = size.width * size.height < 65536;  // never shared among threads
+            const bool inCache = int64_t{size.width} * size.height < cacheBytes / 2;
+            const int mostThreads = small || options.quick ? 1 : 2;
+            measureRow(entry, size, mostThreads, {options.quick ? 5 : inCache ? 15 : 7, 0.003, inCache}, results);
+        }
+    }
+    std::ofstream file(options.output);
+    writeJson(file, results);
+    if (!file.flush())
+        fail("cannot write " + options.output);
+}
+
+}  // namespace
+}  // namespace bench
+
+int main(int argc, char** argv) {
+    bench::initializeMeasurement(argv[0]);
+    bench::run(bench::parse(argc, argv));
+}

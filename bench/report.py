@@ -1,0 +1,146 @@
+#!/usr/bin/env python3
+"""Writes the page on performance from the results of vekcv_bench: report.py PAGE RESULTS [RESULTS]
+
+The results are those of a 64-bit build, of a 32-bit build, or of both. A 32-bit build, which has no peer, is compared
+with the peer of the 64-bit results.
+"""
+import json
+import math
+import statistics
+import sys
+
+INTRODUCTION = """# Performance
+
+What one call takes, against {peer} and against `memcpy`. This page is written by `bench/run.sh`.
+
+Machine: {processor}, {processors} processors, {cache} MiB of last-level cache; a virtual machine that other machines
+share, so single numbers vary by the spread that the tables give. Compiler: {compiler}. Code variants: {variants}.
+
+- All contestants work on the same images, whose rows have no padding; the results are compared before they are timed.
+  Masks select runs of 1 to 128 pixels, half of all.
+- The contestants take turns, several rounds each. A time is the median of the rounds; the spread is the range of the
+  middle half of the rounds as a share of the median, at the worst size.
+- **Peer** is the time of the peer divided by ours, the mean of {inside}: above 1, ours is faster.{width_note}
+- **Copy** is the share of the bandwidth of `memcpy` at {outside}, which exceeds the cache: the time of a copy that
+  moves as many bytes as the operation has to (sources and destination once, an image that is changed in place twice),
+  divided by ours.
+- **2 threads** is the time with one thread divided by that with two, at {outside}.
+"""
+
+
+def size_of(result):
+    return (result["width"], result["height"])
+
+
+def size_name(size):
+    return f"{size[0]} x {size[1]}"
+
+
+def geometric_mean(values):
+    return math.exp(statistics.fmean(map(math.log, values)))
+
+
+def number(value, digits=2):
+    return "" if value is None else f"{value:.{digits}f}"
+
+
+def duration(nanoseconds):
+    """Three significant digits in the unit that suits."""
+    for unit, scale in (("ns", 1), ("us", 1e3), ("ms", 1e6)):
+        if nanoseconds < 1000 * scale or unit == "ms":
+            value = nanoseconds / scale
+            return f"{value:.{max(0, 2 - int(math.log10(max(value, 1))))}f} {unit}"
+
+
+class Build:
+    """The results of one build; `peers` are those that have the peer."""
+
+    def __init__(self, data, peers):
+        self.name = f"{data['bits']} bits"
+        self.results = {(r["name"], size_of(r), r["threads"]): r for r in data["results"]}
+        self.peers = peers.results if peers else self.results
+        self.sizes = sorted({size_of(r) for r in data["results"]})
+        self.families = list(dict.fromkeys(r["family"] for r in data["results"]))
+        self.inside = [size for size in self.sizes if size in ((640, 480), (1920, 1080))]
+
+    def exports(self, family=None):
+        return list(dict.fromkeys(r["name"] for r in self.results.values() if family in (None, r["family"])))
+
+    def time(self, export, size, threads=1):
+        return self.results[export, size, threads]["vekcv"]["ns"]
+
+    def peer(self, export):
+        """Ratio to the peer in the cache, or None."""
+        pairs = [(self.peers.get((export, size, 1), {}).get("peer"), self.time(export, size)) for size in self.inside]
+        ratios = [peer["ns"] / time for peer, time in pairs if peer]
+        return geometric_mean(ratios) if ratios else None
+
+    def copy(self, export):
+        return self.results[export, self.sizes[-1], 1]["memcpy"]["ns"] / self.time(export, self.sizes[-1])
+
+    def threads(self, export):
+        if (export, self.sizes[-1], 2) not in self.results:
+            return None
+        return self.time(export, self.sizes[-1]) / self.time(export, self.sizes[-1], 2)
+
+    def spread(self, export):
+        return max(self.results[export, size, 1]["vekcv"]["spread"] for size in self.sizes)
+
+
+def table(header, rows):
+    lines = ["| " + " | ".join(header) + " |", "|---" + "|--:" * (len(header) - 1) + "|"]
+    return "\n".join(lines + ["| " + " | ".join(row) + " |" for row in rows]) + "\n"
+
+
+def mean_and_least(values):
+    values = [value for value in values if value is not None]
+    return f"{geometric_mean(values):.2f} ({min(values):.2f})" if values else ""
+
+
+def summary(builds):
+    rows = []
+    for build in builds:
+        exports = build.exports()
+        calls = [build.time(export, build.sizes[0]) for export in exports]
+        rows.append([build.name, str(len(exports)), mean_and_least(map(build.peer, exports)),
+                     mean_and_least(map(build.copy, exports)), f"{statistics.median(calls):.0f} ({max(calls):.0f})",
+                     mean_and_least(map(build.threads, exports))])
+    header = ["Build", "Exports", "Peer: mean (least)", "Copy: mean (least)",
+              f"ns a call at {size_name(builds[0].sizes[0])}: median (most)", "2 threads: mean (least)"]
+    return "## Summary\n\n" + table(header, rows)
+
+
+def family_section(family, builds):
+    text = f"## {family}\n"
+    for build in builds:
+        header = ["Export"] + [size_name(size) for size in build.sizes] + ["Peer", "Copy", "2 threads", "Spread"]
+        rows = [[f"`{export}`"] + [duration(build.time(export, size)) for size in build.sizes] +
+                [number(build.peer(export)), number(build.copy(export)), number(build.threads(export)),
+                 f"{100 * build.spread(export):.0f} %"] for export in build.exports(family)]
+        text += f"\n{build.name}:\n\n" + table(header, rows)
+    return text
+
+
+def main(page, *paths):
+    data = []
+    for path in paths:
+        with open(path, encoding="utf-8") as file:
+            data.append(json.load(file))
+    data.sort(key=lambda d: -d["bits"])
+    builds = [Build(d, None) for d in data]
+    for build in builds[1:]:
+        build.peers = builds[0].results
+    first = builds[0]
+    introduction = INTRODUCTION.format(
+        peer=next((d["peer"] for d in data if d["peer"]), "no other library"),
+        processor=data[0]["processor"], processors=data[0]["processors"], cache=data[0]["cacheBytes"] >> 20,
+        compiler=data[0]["compiler"], variants="; ".join(f"{d['bits']} bits {d['library']}" for d in data),
+        inside=" and ".join(map(size_name, first.inside)), outside=size_name(first.sizes[-1]),
+        width_note=" The 32-bit build is\n  compared with the peer in 64 bits." if len(builds) > 1 else "")
+    sections = [introduction, summary(builds)] + [family_section(family, builds) for family in first.families]
+    with open(page, "w", encoding="utf-8") as file:
+        file.write("\n".join(sections))
+
+
+if __name__ == "__main__":
+    main(*sys.argv[1:])
