@@ -57,11 +57,11 @@ Status absDiffConstant(const T* source, int32_t sourceStep, T* destination, int3
 
 }  // namespace
 
-VEKCV_BIND(vekiAbsDiff_8u_C1R, absDiff<0>);
-VEKCV_BIND(vekiAbsDiff_8u_C3R, absDiff<0, 3>);
+VEKCV_BIND(vekiAbsDiff_8u_C1R, absDiff<3>);
+VEKCV_BIND(vekiAbsDiff_8u_C3R, absDiff<3, 3>);
 VEKCV_BIND(vekiAbsDiff_16u_C1R, absDiff<6>);
 VEKCV_BIND(vekiAbsDiff_32f_C1R, absDiff<12>);
-VEKCV_BIND(vekiAbsDiffC_8u_C1R, absDiffConstant<0>);
+VEKCV_BIND(vekiAbsDiffC_8u_C1R, absDiffConstant<2>);
 VEKCV_BIND(vekiAbsDiffC_16u_C1R, absDiffConstant<6>);
 VEKCV_BIND(vekiAbsDiffC_32f_C1R, absDiffConstant<8>);
 }  // namespace VEKCV_VARIANT

@@ -76,7 +76,7 @@ Status accumulate(const T* source, int32_t sourceStep, float* accumulator, int32
     return StatusOk;
 }
 
-template <typename Op, int32_t kStreamBytes = 0, typename T, typename... Parameters>
+template <typename Op, typename T, typename... Parameters>
 Status accumulateMasked(const T* source, int32_t sourceStep, const uint8_t* mask, int32_t maskStep, float* accumulator,
                         int32_t accumulatorStep, RoiSize roi, Parameters... parameters) {
     const Image<const T> in{source, sourceStep};
@@ -84,7 +84,7 @@ Status accumulateMasked(const T* source, int32_t sourceStep, const uint8_t* mask
     const Image<float> sum{accumulator, accumulatorStep};
     if (Status status = Check().pointers(in, selection, sum).roi(roi).steps(roi.width, in, selection, sum))
         return status;
-    writeMaskedPixels<kStreamBytes>(roi, kParallelFrom, accumulation(Op{parameters...}, sum, in), sum, selection, in);
+    writeMaskedPixels(roi, kParallelFrom, accumulation(Op{parameters...}, sum, in), sum, selection, in);
     return StatusOk;
 }
 
@@ -99,7 +99,7 @@ Status accumulateProduct(const T* source1, int32_t source1Step, const T* source2
     return StatusOk;
 }
 
-template <int32_t kStreamBytes, typename T>
+template <typename T>
 Status accumulateProductMasked(const T* source1, int32_t source1Step, const T* source2, int32_t source2Step,
                                const uint8_t* mask, int32_t maskStep, float* accumulator, int32_t accumulatorStep,
                                RoiSize roi) {
@@ -108,7 +108,7 @@ Status accumulateProductMasked(const T* source1, int32_t source1Step, const T* s
     const Image<float> sum{accumulator, accumulatorStep};
     if (Status status = Check().pointers(in1, in2, selection, sum).roi(roi).steps(roi.width, in1, in2, selection, sum))
         return status;
-    writeMaskedPixels<kStreamBytes>(roi, kParallelFrom, productAccumulation(sum, in1, in2), sum, selection, in1, in2);
+    writeMaskedPixels(roi, kParallelFrom, productAccumulation(sum, in1, in2), sum, selection, in1, in2);
     return StatusOk;
 }
 
@@ -124,7 +124,7 @@ Status weightedSum(const float* source1, int32_t source1Step, const float* sourc
             return op(hn::LoadU(d, s2 + x), hn::LoadU(d, s1 + x));
         };
     };
-    writePixels<0>(roi, ParallelFrom::never(), rules, out, in1, in2);
+    writePixels<12>(roi, ParallelFrom::never(), rules, out, in1, in2);
     return StatusOk;
 }
 
@@ -151,18 +151,18 @@ VEKCV_BIND(vekiAddProduct_8u32f_C1IR, accumulateProduct);
 VEKCV_BIND(vekiAddProduct_8s32f_C1IR, accumulateProduct);
 VEKCV_BIND(vekiAddProduct_16u32f_C1IR, accumulateProduct);
 VEKCV_BIND(vekiAddProduct_32f_C1IR, accumulateProduct);
-VEKCV_BIND(vekiAddProduct_8u32f_C1IMR, accumulateProductMasked<8>);
-VEKCV_BIND(vekiAddProduct_8s32f_C1IMR, accumulateProductMasked<8>);
-VEKCV_BIND(vekiAddProduct_16u32f_C1IMR, accumulateProductMasked<9>);
-VEKCV_BIND(vekiAddProduct_32f_C1IMR, accumulateProductMasked<13>);
+VEKCV_BIND(vekiAddProduct_8u32f_C1IMR, accumulateProductMasked);
+VEKCV_BIND(vekiAddProduct_8s32f_C1IMR, accumulateProductMasked);
+VEKCV_BIND(vekiAddProduct_16u32f_C1IMR, accumulateProductMasked);
+VEKCV_BIND(vekiAddProduct_32f_C1IMR, accumulateProductMasked);
 
 VEKCV_BIND(vekiAddWeighted_8u32f_C1IR, accumulate<AddWeighted>);
 VEKCV_BIND(vekiAddWeighted_8s32f_C1IR, accumulate<AddWeighted>);
 VEKCV_BIND(vekiAddWeighted_16u32f_C1IR, accumulate<AddWeighted>);
 VEKCV_BIND(vekiAddWeighted_32f_C1IR, accumulate<AddWeighted>);
-VEKCV_BIND(vekiAddWeighted_8u32f_C1IMR, accumulateMasked<AddWeighted, 5>);
-VEKCV_BIND(vekiAddWeighted_8s32f_C1IMR, accumulateMasked<AddWeighted, 5>);
-VEKCV_BIND(vekiAddWeighted_16u32f_C1IMR, accumulateMasked<AddWeighted, 8>);
-VEKCV_BIND(vekiAddWeighted_32f_C1IMR, accumulateMasked<AddWeighted, 9>);
+VEKCV_BIND(vekiAddWeighted_8u32f_C1IMR, accumulateMasked<AddWeighted>);
+VEKCV_BIND(vekiAddWeighted_8s32f_C1IMR, accumulateMasked<AddWeighted>);
+VEKCV_BIND(vekiAddWeighted_16u32f_C1IMR, accumulateMasked<AddWeighted>);
+VEKCV_BIND(vekiAddWeighted_32f_C1IMR, accumulateMasked<AddWeighted>);
 VEKCV_BIND(vekiAddWeighted_32f_C1R, weightedSum);
 }  // namespace VEKCV_VARIANT

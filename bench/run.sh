@@ -21,6 +21,11 @@ while (($#)); do
 done
 ((${#builds[@]})) || { sed -n '2,7s/^# \?//p' "$0" >&2; exit 1; }
 
+read -r load _ </proc/loadavg
+if ((${load%.*} >= 1)); then
+    echo "bench/run.sh: the machine is busy (load $load); the ratios will be wrong" >&2
+fi
+
 results=()
 for build in "${builds[@]}"; do
     echo "$build"

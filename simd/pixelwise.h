@@ -107,7 +107,7 @@ HWY_INLINE void writeRow(T* out, ptrdiff_t width, const Rule& rule) {
  * The same where the mask byte is not 0; the other pixels keep their values. Masks mostly select or leave out whole
  * blocks, which are found out with one look.
  */
-template <Stores kStores, typename Rule>
+template <typename Rule>
 HWY_INLINE void writeMaskedRow(float* out, ptrdiff_t width, const uint8_t* mask, const Rule& rule) {
     const hn::ScalableTag<float> d;
     const hn::Repartition<uint8_t, decltype(d)> bytes;  // as many lanes as a block has pixels
@@ -115,62 +115,61 @@ HWY_INLINE void writeMaskedRow(float* out, ptrdiff_t width, const uint8_t* mask,
     const auto selected = [&](auto part, ptrdiff_t i) {
         return selectMasked(part, mask + i, rule(part, i), hn::LoadU(part, out + i));
     };
-    ptrdiff_t x = pixelsToAlign<kStores>(d, out, width);
+    ptrdiff_t x = pixelsToAlign<Stores::kCached>(d, out, width);
     writeRest(hn::Half<decltype(d)>(), out, 0, x, selected);
     for (; x + kBlock <= width; x += kBlock) {
         const auto isZero = hn::Eq(hn::LoadU(bytes, mask + x), hn::Zero(bytes));
         if (hn::AllFalse(bytes, isZero))
-            writeBlock<kStores>(d, out, x, rule);
+            writeBlock<Stores::kCached>(d, out, x, rule);
         else if (!hn::AllTrue(bytes, isZero))
-            writeBlock<kStores>(d, out, x, selected);
+            writeBlock<Stores::kCached>(d, out, x, selected);
     }
     writeRest(d, out, x, width, selected);
 }
 
-/** Whether every row begins where the row above it ends. */
-template <typename... Images>
-bool arePacked(int32_t width, const Images&... images) {
-    return ((images.step == int64_t{width} * Images::kPixelBytes) && ...);
-}
+/** The rows of a stripe; where all images are packed, those are one long row. */
+struct PixelRows {
+    int32_t first, end;
+    ptrdiff_t width;
+
+    template <typename... Images>
+    static PixelRows of(RoiSize roi, int32_t first, int32_t rows, const Images&... images) {
+        const bool packed = ((images.step == int64_t{roi.width} * Images::kPixelBytes) && ...);
+        return packed ? PixelRows{first, first + 1, ptrdiff_t{roi.width} * rows}
+                      : PixelRows{first, first + rows, roi.width};
+    }
+};
 
 /**
- * Runs writeRow(y, width) of one kind of stores for every row of a region, in stripes; where all images are packed, the
- * rows of a stripe are one long row. Where kStreamBytes for each pixel fill the cache, the kind is Stores::kStreaming.
- */
-template <int32_t kStreamBytes, typename WriteRow>
-void forPixelRows(RoiSize roi, ParallelFrom threshold, bool packed, WriteRow writeRow) {
-    forRowStripes(roi, threshold, [=](int32_t first, int32_t rows) {
-        const ptrdiff_t width = ptrdiff_t{roi.width} * (packed ? rows : 1);
-        const int32_t end = first + (packed ? 1 : rows);
-        if constexpr (kStreamBytes > 0)
-            if (fillsCache(roi.width, rows, kStreamBytes)) {
-                for (int32_t y = first; y < end; ++y)
-                    writeRow.template operator()<Stores::kStreaming>(y, width);
-                hwy::FlushStream();
-                return;
-            }
-        for (int32_t y = first; y < end; ++y)
-            writeRow.template operator()<Stores::kCached>(y, width);
-    });
-}
-
-/** Writes every pixel of a region: ruleOfRow(y) gives the rule of a row, rule(tag, x) the vector of pixels from x on.
+ * Writes every pixel of a region: ruleOfRow(y) gives the rule of a row, rule(tag, x) the vector of pixels from x on.
+ * Where kStreamBytes for each pixel fill the cache, the results are written past it; 0, which stands for never, is
+ * right for what works in place, as its pixels are in the cache already.
  */
 template <int32_t kStreamBytes, typename T, typename RuleOfRow, typename... Sources>
 void writePixels(RoiSize roi, ParallelFrom threshold, RuleOfRow ruleOfRow, Image<T> out, const Sources&... sources) {
-    forPixelRows<kStreamBytes>(
-        roi, threshold, arePacked(roi.width, out, sources...),
-        [=]<Stores kStores>(int32_t y, ptrdiff_t width) { writeRow<kStores>(out.row(y), width, ruleOfRow(y)); });
+    forRowStripes(roi, threshold, [=](int32_t first, int32_t rows) {
+        const PixelRows lines = PixelRows::of(roi, first, rows, out, sources...);
+        if constexpr (kStreamBytes > 0)
+            if (fillsCache(roi.width, rows, kStreamBytes)) {
+                for (int32_t y = lines.first; y < lines.end; ++y)
+                    writeRow<Stores::kStreaming>(out.row(y), lines.width, ruleOfRow(y));
+                hwy::FlushStream();
+                return;
+            }
+        for (int32_t y = lines.first; y < lines.end; ++y)
+            writeRow<Stores::kCached>(out.row(y), lines.width, ruleOfRow(y));
+    });
 }
 
-/** The same where the mask is not 0. */
-template <int32_t kStreamBytes, typename RuleOfRow, typename... Sources>
+/** The same in place, where the mask is not 0. */
+template <typename RuleOfRow, typename... Sources>
 void writeMaskedPixels(RoiSize roi, ParallelFrom threshold, RuleOfRow ruleOfRow, Image<float> out,
                        Image<const uint8_t> mask, const Sources&... sources) {
-    forPixelRows<kStreamBytes>(roi, threshold, arePacked(roi.width, out, mask, sources...),
-                               [=]<Stores kStores>(int32_t y, ptrdiff_t width) {
-                                   writeMaskedRow<kStores>(out.row(y), width, mask.row(y), ruleOfRow(y));
-                               });
+    forRowStripes(roi, threshold, [=](int32_t first, int32_t rows) {
+        const PixelRows lines = PixelRows::of(roi, first, rows, out, mask, sources...);
+        for (int32_t y = lines.first; y < lines.end; ++y)
+            writeMaskedRow(out.row(y), lines.width, mask.row(y), ruleOfRow(y));
+    });
 }
 
 }  // namespace VEKCV_VARIANT
