@@ -26,7 +26,7 @@ show() {
     echo "vek $*" >&2
     printf '<article>\n<h3>%s</h3>\n<div class="pictures">\n' "$(escape "$title")"
     for picture in $inputs; do printf '<img src="%s" alt="%s" title="%s">\n' "$picture" "$picture" "$picture"; done
-    echo '<span class="arrow">&rarr;</span>'
+    echo '</div><div class="pictures"><span class="arrow">&rarr;</span>'
     for picture in $outputs; do printf '<img src="%s" alt="%s" title="%s">\n' "$picture" "$picture" "$picture"; done
     printf '</div>\n<code>vek %s</code><span class="time">%s in the library</span>\n</article>\n' \
         "$(escape "$*")" "$time"
@@ -63,7 +63,7 @@ article code { display: block; background: #f0f0f0; border-radius: .3rem; paddin
 </head>
 <body>
 <h1>vekcv on photographs</h1>
-<p>Every picture right of an arrow was made by the command below it. The time is that of the library's functions alone,
+<p>Every picture behind an arrow was made by the command below it. The time is that of the library's functions alone,
 without reading and writing files, of one run on this machine.</p>
 HTML
     printf '<pre>%s</pre>\n' "$(escape "$("$build/vek" info)")"

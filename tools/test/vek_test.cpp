@@ -207,6 +207,18 @@ TEST_F(Vek, ReadsVideos) {
     ASSERT_EQ(0, vek("background video.mkv -o color.jpg --color --alpha 0.5").status);
     EXPECT_EQ(3, readPicture("color.jpg").channels);
 
+    // Ten bits, and frames of uneven length, of which each counts once.
+    ASSERT_EQ(
+        0,
+        run("ffmpeg -nostdin -v error -i f%d.png -vf 'setpts=N*N*9/TB' -c:v ffv1 -pix_fmt gray10le deep.mkv").status);
+    ASSERT_EQ(0, vek("motion deep.mkv -o deep-%d.png --alpha 1").status);
+    EXPECT_TRUE(fs::exists("deep-2.png"));
+    EXPECT_FALSE(fs::exists("deep-3.png"));
+
+    std::ofstream("list.ffconcat") << "ffconcat version 1.0\nfile video.mkv\n";
+    expectFailure("background list.ffconcat -o x.png --alpha 1", 1, "list.ffconcat: is neither a picture nor a video");
+    std::ofstream("text.txt") << std::string(2000, 'a');
+    expectFailure("background text.txt -o x.png --alpha 1", 1, "text.txt: is neither a picture nor a video");
     std::ofstream("text.avi") << "this is not a video";
     expectFailure("background text.avi -o x.png --alpha 1", 1, "text.avi: is neither a picture nor a video");
     const Result missing = run("PATH=/nonexistent " + kProgram + " background video.mkv -o x.png --alpha 1");
@@ -226,6 +238,7 @@ TEST_F(Vek, TellsWhatItIsAndHas) {
     EXPECT_EQ(7, std::ranges::count(vek("list absdiff").output, '\n'));
     EXPECT_EQ("vekiAbsDiff_16u_C1R  destination = |source1 - source2|\n", vek("list vekiAbsDiff_16u").output);
     expectFailure("list nothing", 1, "nothing: no function");
+    expectFailure("list > /dev/full", 1, "standard output: cannot be written");
 
     writePicture("a.png", picture(8, 8, 1, 8, 1));
     const Result timed = vek("diff a.png a.png out.png --time");
@@ -233,9 +246,10 @@ TEST_F(Vek, TellsWhatItIsAndHas) {
 }
 
 TEST_F(Vek, RefusesWrongUsage) {
-    for (const std::string arguments : {"", "fly", "diff", "diff a.png", "background -o x.png --alpha 1",
-                                        "background a.png -o x.png", "background a.png -o x.png --alpha fast",
-                                        "background a.png -o x.png --alpha nan", "info --threads 0", "info --wrong"})
+    for (const std::string arguments :
+         {"", "fly", "diff", "diff a.png", "background -o x.png --alpha 1", "background a.png -o x.png",
+          "background a.png -o x.png --alpha fast", "background a.png -o x.png --alpha NaN",
+          "background a.png -o x.png --alpha -inf", "info --threads 0", "info --wrong"})
         expectFailure(arguments, 2, "");
 }
 
@@ -251,18 +265,21 @@ TEST_F(Vek, SaysWhatIsWrongWithAFile) {
     expectFailure("diff grey.png folder.png x.png", 1, "folder.png: is a folder");
     expectFailure("diff grey.png empty.png x.png", 1, "empty.png: is empty");
     expectFailure("diff text.png grey.png x.png", 1, "text.png: is not a PNG or JPEG");
+    expectFailure("diff /dev/zero grey.png x.png", 1, "/dev/zero: is not a PNG or JPEG");
+    expectFailure("diff '" + std::string(300, 'n') + "' grey.png x.png", 1, "cannot be opened");
+    expectFailure("diff 'two\nlines.png' grey.png x.png", 1, "cannot be opened");
     expectFailure("diff grey.png large.png x.png", 1, "large.png: is 17 x 8");
     expectFailure("diff grey.png color.png x.png", 1, "color.png: is 16 x 8, 8-bit colour");
     expectFailure("diff deep.png grey.png x.png", 1, "grey.png");
-    expectFailure("diff grey.png grey.png x.bmp", 1, "x.bmp: pictures are written as");
+    expectFailure("diff grey.png grey.png x.bmp", 2, "x.bmp: pictures are written as");
     expectFailure("diff grey.png grey.png missing/x.png", 1, "missing/x.png: cannot be written");
     expectFailure("diff grey.png grey.png folder.png", 1, "folder.png: cannot be written");
     expectFailure("diff deep.png deep.png x.jpg", 1, "x.jpg");
     expectFailure("background grey.png color.png -o x.png --alpha 1", 1, "color.png: is 16 x 8, 8-bit colour");
     expectFailure("background grey.png grey.png -o x.png --alpha 1 --mask color.png", 1, "color.png");
     expectFailure("background grey.png grey.png -o x.png --alpha 1 --mask large.png", 1, "large.png");
-    expectFailure("motion grey.png grey.png -o x.png --alpha 1", 1, "x.png: the name needs one %d");
-    expectFailure("motion grey.png grey.png -o x-%s.png --alpha 1", 1, "x-%s.png: the name needs one %d");
+    expectFailure("motion grey.png grey.png -o x.png --alpha 1", 2, "x.png: the name needs one %d");
+    expectFailure("motion grey.png grey.png -o x-%s.png --alpha 1", 2, "x-%s.png: the name needs one %d");
 }
 
 TEST_F(Vek, RefusesPicturesThatEndTooEarly) {
@@ -277,12 +294,36 @@ TEST_F(Vek, RefusesPicturesThatEndTooEarly) {
     }
 }
 
+// A header that tells of a size that the rest of the file cannot hold must not cost the memory for it.
+TEST_F(Vek, RefusesFalseSizes) {
+    writePicture("small.png", picture(8, 8, 3, 8, 1));
+    std::fstream file("small.png", std::ios::in | std::ios::out | std::ios::binary);
+    const unsigned char header[] = {0x00, 0x00, 0xea, 0x60, 0x00, 0x00, 0xea, 0x60, 0x08, 0x02, 0x00, 0x00, 0x00};
+    uint32_t check = 0xffffffffu;  // of the chunk's name and content, as PNG wants it
+    const auto add = [&](unsigned char byte) {
+        check ^= byte;
+        for (int bit = 0; bit < 8; ++bit)
+            check = (check >> 1) ^ (0xedb88320u & (0u - (check & 1u)));
+    };
+    for (const char c : {'I', 'H', 'D', 'R'})
+        add(static_cast<unsigned char>(c));
+    file.seekp(16);
+    for (const unsigned char byte : header) {
+        add(byte);
+        file.put(static_cast<char>(byte));
+    }
+    for (int shift : {24, 16, 8, 0})
+        file.put(static_cast<char>(~check >> shift));
+    file.close();
+    expectFailure("diff small.png small.png x.png", 1, "too short for its size");
+}
+
 // What stood in the file before stays there when the new picture cannot be written.
 TEST_F(Vek, NeverLeavesHalfAPicture) {
     writePicture("a.png", picture(300, 300, 3, 8, 1));
     writePicture("b.png", picture(300, 300, 3, 8, 2));
     std::ofstream("out.png") << "old";
-    const Result result = run("ulimit -f 8; trap '' XFSZ; " + kProgram + " diff a.png b.png out.png");
+    const Result result = run("ulimit -f 8; env --default-signal=XFSZ " + kProgram + " diff a.png b.png out.png");
     EXPECT_EQ(1, result.status);
     EXPECT_NE(std::string::npos, result.output.find("out.png: cannot be written")) << result.output;
     EXPECT_EQ(3u, fs::file_size("out.png"));

@@ -7,6 +7,7 @@
 
 #include <cstdio>
 #include <cstring>
+#include <filesystem>
 
 #include "picture_file.h"
 
@@ -35,9 +36,30 @@ class Video : public Frames {
   public:
     Video(const std::string& path, bool color) : path_(path) {
         const std::string url = "file:" + path;  // so that no name is taken for a protocol or an option
-        const char* const arguments[] = {"ffmpeg",    "-v",   "quiet",      "-nostdin", "-i",
-                                         url.c_str(), "-f",   "image2pipe", "-c:v",     color ? "ppm" : "pgm",
-                                         "-",         nullptr};
+        // Containers of video alone: no text that is drawn, no playlist that names other files. Every frame once.
+        const char* const arguments[] = {"ffmpeg",
+                                         "-v",
+                                         "quiet",
+                                         "-nostdin",
+                                         "-xerror",
+                                         "-protocol_whitelist",
+                                         "file",
+                                         "-format_whitelist",
+                                         "asf,avi,flv,gif,ivf,matroska,mov,mpeg,mpegts,mxf,nut,ogg,yuv4mpegpipe",
+                                         "-i",
+                                         url.c_str(),
+                                         "-map",
+                                         "0:v:0",
+                                         "-fps_mode",
+                                         "passthrough",
+                                         "-f",
+                                         "image2pipe",
+                                         "-c:v",
+                                         color ? "ppm" : "pgm",
+                                         "-pix_fmt",
+                                         color ? "rgb24" : "gray",
+                                         "-",
+                                         nullptr};
         int ends[2];
         if (pipe2(ends, O_CLOEXEC) != 0)
             throw Failure(path, std::string("cannot start ffmpeg: ") + std::strerror(errno));
@@ -114,7 +136,8 @@ std::optional<Picture> Frames::next() {
 }
 
 std::unique_ptr<Frames> openFrames(const std::vector<std::string>& paths, bool color) {
-    if (paths.size() == 1 && !isPictureFile(paths[0]))
+    std::error_code error;  // a pipe is taken for a picture, for a look into it would use up what it holds
+    if (paths.size() == 1 && std::filesystem::is_regular_file(paths[0], error) && !isPictureFile(paths[0]))
         return std::make_unique<Video>(paths[0], color);
     return std::make_unique<PictureFiles>(paths);
 }

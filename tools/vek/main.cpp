@@ -8,6 +8,14 @@ namespace {
 
 constexpr int kFailed = 1, kWrongUsage = 2;
 
+/** One line, whatever the names of files hold. */
+void printError(std::string message) {
+    for (char& c : message)
+        if (static_cast<unsigned char>(c) < ' ')
+            c = '?';
+    std::fprintf(stderr, "vek: %s\n", message.c_str());
+}
+
 void printTimes() {
     double total = 0;
     for (const auto& [name, milliseconds] : libraryTimes()) {
@@ -41,16 +49,21 @@ int main(int argc, char** argv) {
         app.parse(argc, argv);
         if (time)
             printTimes();
+        if (std::fflush(stdout) != 0)
+            throw Failure("standard output", "cannot be written");
         return 0;
     } catch (const CLI::ParseError& error) {
         if (error.get_exit_code() == 0)  // --help or --version
             return app.exit(error);
-        std::fprintf(stderr, "vek: %s (see vek --help)\n", error.what());
+        printError(error.what() + std::string(" (see vek --help)"));
+        return kWrongUsage;
+    } catch (const UsageError& error) {
+        printError(error.what());
         return kWrongUsage;
     } catch (const std::bad_alloc&) {
-        std::fprintf(stderr, "vek: there is not enough memory\n");
+        printError("there is not enough memory");
     } catch (const std::exception& error) {
-        std::fprintf(stderr, "vek: %s\n", error.what());
+        printError(error.what());
     }
     return kFailed;
 }

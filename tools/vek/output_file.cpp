@@ -9,6 +9,7 @@
 #include <climits>
 #include <csignal>
 #include <cstring>
+#include <filesystem>
 
 namespace {
 
@@ -26,12 +27,14 @@ void removeAndEnd(int signal) {
 class UnfinishedFile {
   public:
     explicit UnfinishedFile(const std::string& path) {
-        const std::string name = path + ".XXXXXX";
+        const std::string name = (std::filesystem::path(path).parent_path() / ".vek-XXXXXX").string();
         if (name.size() >= sizeof unfinished)
             throw Failure(path, "the name is too long");
         std::memcpy(unfinished, name.c_str(), name.size() + 1);
         for (int signal : {SIGINT, SIGTERM, SIGHUP})
-            std::signal(signal, removeAndEnd);
+            if (std::signal(signal, removeAndEnd) == SIG_IGN)
+                std::signal(signal, SIG_IGN);
+        std::signal(SIGXFSZ, SIG_IGN);  // a file that becomes too large is a failing write
         descriptor_ = mkstemp(unfinished);
         if (descriptor_ < 0)
             throw Failure(path, std::string("cannot be written: ") + std::strerror(errno));

@@ -12,6 +12,11 @@ struct Failure : std::runtime_error {
     Failure(const std::string& subject, const std::string& message) : std::runtime_error(subject + ": " + message) {}
 };
 
+/** The same for a name that the program could not use in any case. */
+struct UsageError : Failure {
+    using Failure::Failure;
+};
+
 /** A picture in memory: rows without padding, 1 or 3 channels of 8 bits, or 1 channel of 16 bits. */
 struct Picture {
     int32_t width = 0, height = 0, channels = 1, bits = 8;

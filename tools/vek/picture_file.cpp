@@ -30,16 +30,21 @@ Format formatOfName(const std::string& path) {
     return extension == ".jpg" || extension == ".jpeg" ? Format::kJpeg : Format::kNone;
 }
 
-std::vector<uint8_t> readFile(const std::string& path, size_t mostBytes) {
-    if (std::filesystem::is_directory(path))
+/** The content of a picture file. Of any other file only the beginning is read, for it may have no end. */
+std::vector<uint8_t> readFile(const std::string& path) {
+    std::error_code error;
+    if (std::filesystem::is_directory(path, error))
         throw Failure(path, "is a folder");
     std::ifstream file(path, std::ios::binary);
     if (!file)
         throw Failure(path, "cannot be opened");
     std::vector<uint8_t> content;
     std::vector<char> part(1 << 16);
-    while (content.size() < mostBytes && file.read(part.data(), static_cast<std::streamsize>(part.size())).gcount() > 0)
+    while (file.read(part.data(), static_cast<std::streamsize>(part.size())).gcount() > 0) {
         content.insert(content.end(), part.begin(), part.begin() + file.gcount());
+        if (formatOfContent(content) == Format::kNone)
+            break;
+    }
     if (file.bad())
         throw Failure(path, "cannot be read");
     if (content.empty())
@@ -50,11 +55,11 @@ std::vector<uint8_t> readFile(const std::string& path, size_t mostBytes) {
 }  // namespace
 
 bool isPictureFile(const std::string& path) {
-    return formatOfContent(readFile(path, 16)) != Format::kNone;
+    return formatOfContent(readFile(path)) != Format::kNone;
 }
 
 Picture readPicture(const std::string& path) {
-    const std::vector<uint8_t> content = readFile(path, SIZE_MAX);
+    const std::vector<uint8_t> content = readFile(path);
     try {
         switch (formatOfContent(content)) {
             case Format::kPng:
@@ -74,7 +79,7 @@ Picture readPicture(const std::string& path) {
 
 void checkPictureName(const std::string& path) {
     if (formatOfName(path) == Format::kNone)
-        throw Failure(path, "pictures are written as .png, .jpg or .jpeg");
+        throw UsageError(path, "pictures are written as .png, .jpg or .jpeg");
 }
 
 void writePicture(const std::string& path, const Picture& picture) {

@@ -11,7 +11,7 @@ bool isPictureFile(const std::string& path);
  */
 Picture readPicture(const std::string& path);
 
-/** Throws Failure where writePicture could not write a file of this name: .png, .jpg and .jpeg are known. */
+/** Throws UsageError where writePicture could not write a file of this name: .png, .jpg and .jpeg are known. */
 void checkPictureName(const std::string& path);
 
 /** Writes a picture in the format that the name ends in, all of it or nothing. */

@@ -59,6 +59,10 @@ bool readHeader(Session& session) {
     png_set_read_fn(png, &session, Session::read);
     png_set_user_limits(png, INT32_MAX, INT32_MAX);
     png_read_info(png, session.info);
+    // No compressed byte gives more than 1032; a size beyond that is a lie, and not worth the memory.
+    const uint64_t rows = png_get_image_height(png, session.info), rowBytes = png_get_rowbytes(png, session.info);
+    if (rowBytes * rows / 1032 > session.input->size())
+        png_error(png, "the file is too short for its size");
     const bool grey = (png_get_color_type(png, session.info) & PNG_COLOR_MASK_COLOR) == 0;
     if (grey) {
         png_set_expand_gray_1_2_4_to_8(png);

@@ -1,6 +1,7 @@
 // vek background and vek motion: the running average of a sequence, and what differs from it.
-#include <algorithm>
 #include <cmath>
+#include <cstdlib>
+#include <limits>
 
 #include "commands.h"
 #include "difference.h"
@@ -48,8 +49,9 @@ class Background {
         Picture result = shape_;
         const auto round = [&]<typename T>(T* pixels) {
             for (size_t i = 0; i < average_.size(); ++i)
+                // A weight beyond 1 can leave the range, and at last be no number.
                 pixels[i] = static_cast<T>(
-                    std::lrint(std::clamp(average_[i], 0.f, static_cast<float>(std::numeric_limits<T>::max()))));
+                    std::lrint(std::fmin(std::fmax(average_[i], 0.f), float{std::numeric_limits<T>::max()})));
         };
         if (shape_.bits == 16)
             round(result.pixels<uint16_t>());
@@ -110,7 +112,7 @@ class NumberedName {
         const size_t letter = pattern.find_first_not_of("0123456789", percent == std::string::npos ? 0 : percent + 1);
         if (percent == std::string::npos || letter == std::string::npos || pattern[letter] != 'd' ||
             letter > percent + 3 || pattern.find('%', letter) != std::string::npos)
-            throw Failure(pattern, "the name needs one %d for the number of the frame, as in motion-%03d.png");
+            throw UsageError(pattern, "the name needs one %d for the number of the frame, as in motion-%03d.png");
         before_ = pattern.substr(0, percent);
         after_ = pattern.substr(letter + 1);
         const std::string width = pattern.substr(percent + 1, letter - percent - 1);
@@ -146,7 +148,7 @@ CLI::App* addSequence(CLI::App& app, const std::string& name, const std::string&
     command->add_option("--alpha", options->alpha, "Weight of each new frame; 0.1 averages over about ten of them")
         ->required()
         ->check([](const std::string& text) {
-            return text.find("nan") == std::string::npos ? "" : std::string("is not a number");
+            return std::isfinite(std::strtof(text.c_str(), nullptr)) ? "" : std::string("is not a finite number");
         });
     command->add_option("--mask", options->mask, "Grey picture; where it is 0 the background stays the first frame");
     command->add_flag("--color", options->color, "Take a video's frames in colour rather than in grey");
