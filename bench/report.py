@@ -13,17 +13,19 @@ INTRODUCTION = """# Performance
 
 What one call takes, against {peer} and against `memcpy`. This page is written by `bench/run.sh`.
 
-Machine: {processor}, {processors} processors, {cache} MiB of last-level cache; a virtual machine that other machines
-share, so single numbers vary by the spread that the tables give. Compiler: {compiler}. Code variants: {variants}.
+Machine: {processor}, {processors} processors, {cache} MiB of last-level cache; a virtual machine that others share, so
+single numbers vary by the spread that the tables give. Compiler: {compiler}.
+
+Code variants: {variants}.
 
 - All contestants work on the same images, whose rows have no padding; the results are compared before they are timed.
   Masks select runs of 1 to 128 pixels, half of all.
 - The contestants take turns, several rounds each. A time is the median of the rounds; the spread is the range of the
   middle half of the rounds as a share of the median, at the worst size.
-- **Peer** is the time of the peer divided by ours, the mean of {inside}: above 1, ours is faster.{width_note}
-- **Copy** is the share of the bandwidth of `memcpy` at {outside}, which exceeds the cache: the time of a copy that
+- **Peer** is the time of the peer divided by ours, the mean of {inside}: above 1, ours is faster.
+{width_note}- **Copy** is the share of the bandwidth of `memcpy` at {outside}, which exceeds the cache: the time of a copy that
   moves as many bytes as the operation has to (sources and destination once, an image that is changed in place twice),
-  divided by ours.
+  divided by ours. Pixels that a mask leaves out count too, though whole blocks of them are skipped.
 - **2 threads** is the time with one thread divided by that with two, at {outside}.
 """
 
@@ -136,7 +138,7 @@ def main(page, *paths):
         processor=data[0]["processor"], processors=data[0]["processors"], cache=data[0]["cacheBytes"] >> 20,
         compiler=data[0]["compiler"], variants="; ".join(f"{d['bits']} bits {d['library']}" for d in data),
         inside=" and ".join(map(size_name, first.inside)), outside=size_name(first.sizes[-1]),
-        width_note=" The 32-bit build is\n  compared with the peer in 64 bits." if len(builds) > 1 else "")
+        width_note="  The 32-bit build is compared with the peer in 64 bits.\n" if len(builds) > 1 else "")
     sections = [introduction, summary(builds)] + [family_section(family, builds) for family in first.families]
     with open(page, "w", encoding="utf-8") as file:
         file.write("\n".join(sections))

@@ -8,7 +8,7 @@
  *
  * Images. An image argument is a pointer to the first pixel of the region and a step: the bytes from the start of one
  * row to the start of the next, at least the length of a row of the region and a whole number of elements. Rows may be
- * padded; images need no alignment beyond that of their element type; nothing outside the region is read or written.
+ * padded; images may begin at any address; nothing outside the region is read or written.
  * One RoiSize holds the size in pixels of all images of a call. Channel k of pixel (x, y) of an image with n
  * interleaved channels lies at the byte address pointer + y * step + (x * n + k) * elementSize.
  *

@@ -80,8 +80,7 @@ HWY_INLINE void writeRest(D d, hn::TFromD<D>* out, ptrdiff_t x, ptrdiff_t end, c
         writeRest(hn::Half<D>(), out, x, end, rule);
 }
 
-/** The pixels ahead of the first aligned vector of a row; 0 for short rows, where the alignment is not worth its price.
- */
+/** The pixels ahead of the first aligned vector of a row; 0 for short rows, where alignment is not worth its price. */
 template <Stores kStores, typename D>
 HWY_INLINE ptrdiff_t pixelsToAlign(D /*d*/, const hn::TFromD<D>* out, ptrdiff_t width) {
     constexpr auto kLanes = static_cast<ptrdiff_t>(hn::MaxLanes(D()));
@@ -134,8 +133,9 @@ struct PixelRows {
 
     template <typename... Images>
     static PixelRows of(RoiSize roi, int32_t first, int32_t rows, const Images&... images) {
-        const bool packed = ((images.step == int64_t{roi.width} * Images::kPixelBytes) && ...);
-        return packed ? PixelRows{first, first + 1, ptrdiff_t{roi.width} * rows}
+        const int64_t pixels = int64_t{roi.width} * rows;
+        const bool packed = ((images.step == int64_t{roi.width} * Images::kPixelBytes) && ...) && pixels <= INT32_MAX;
+        return packed ? PixelRows{first, first + 1, static_cast<ptrdiff_t>(pixels)}
                       : PixelRows{first, first + rows, roi.width};
     }
 };
@@ -149,13 +149,15 @@ template <int32_t kStreamBytes, typename T, typename RuleOfRow, typename... Sour
 void writePixels(RoiSize roi, ParallelFrom threshold, RuleOfRow ruleOfRow, Image<T> out, const Sources&... sources) {
     forRowStripes(roi, threshold, [=](int32_t first, int32_t rows) {
         const PixelRows lines = PixelRows::of(roi, first, rows, out, sources...);
-        if constexpr (kStreamBytes > 0)
-            if (fillsCache(roi.width, rows, kStreamBytes)) {
+        if constexpr (kStreamBytes > 0) {
+            const bool canBeAligned = reinterpret_cast<uintptr_t>(out.pixels) % sizeof(T) == 0;
+            if (canBeAligned && fillsCache(roi.width, rows, kStreamBytes)) {
                 for (int32_t y = lines.first; y < lines.end; ++y)
                     writeRow<Stores::kStreaming>(out.row(y), lines.width, ruleOfRow(y));
                 hwy::FlushStream();
                 return;
             }
+        }
         for (int32_t y = lines.first; y < lines.end; ++y)
             writeRow<Stores::kCached>(out.row(y), lines.width, ruleOfRow(y));
     });

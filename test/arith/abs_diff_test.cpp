@@ -58,6 +58,31 @@ TYPED_TEST(AbsDiff, MatchesItsDefinition) {
         check({roi.width / kChannels, roi.height}, {Layout::kAfterGuard, 1, 3});
 }
 
+// An image may begin at any address, also between the multiples of its element.
+TYPED_TEST(AbsDiff, NeedsNoAlignment) {
+    using Pixel = typename TypeParam::Pixel;
+    constexpr int kChannels = TypeParam::kChannels;
+    const RoiSize roi{77, 3};
+    const size_t count = size_t(77 * 3 * kChannels), bytes = count * sizeof(Pixel);
+    Random random(1);
+    std::vector<Pixel> a(count), b(count), out(count);
+    for (size_t i = 0; i < count; ++i) {
+        a[i] = random.value<Pixel>();
+        b[i] = random.value<Pixel>();
+    }
+    std::vector<uint8_t> memory(3 * bytes + 1);
+    uint8_t *const first = memory.data() + 1, *const second = first + bytes, *const third = second + bytes;
+    std::memcpy(first, a.data(), bytes);
+    std::memcpy(second, b.data(), bytes);
+    const int32_t step = int32_t(bytes / 3);
+    ASSERT_EQ(StatusOk,
+              TypeParam::kFunction(reinterpret_cast<const Pixel*>(first), step, reinterpret_cast<const Pixel*>(second),
+                                   step, reinterpret_cast<Pixel*>(third), step, roi));
+    std::memcpy(out.data(), third, bytes);
+    for (size_t i = 0; i < count; ++i)
+        ASSERT_TRUE(sameElement(absoluteDifference(a[i], b[i]), out[i])) << i;
+}
+
 TYPED_TEST(AbsDiff, ReportsTheFirstFault) {
     using Pixel = typename TypeParam::Pixel;
     constexpr int kChannels = TypeParam::kChannels;
