@@ -8,8 +8,6 @@
 namespace VEKCV_VARIANT {
 namespace {
 
-constexpr ParallelFrom kParallelFrom{262144};
-
 template <typename V>
 HWY_INLINE V absoluteDifference(V a, V b) {
     if constexpr (hwy::IsFloat<hn::TFromV<V>>())

@@ -6,8 +6,6 @@
 namespace VEKCV_VARIANT {
 namespace {
 
-constexpr ParallelFrom kParallelFrom{262144};
-
 struct Add {
     template <typename V>
     HWY_INLINE V operator()(V accumulator, V source) const {

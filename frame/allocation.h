@@ -9,8 +9,9 @@ namespace VEKCV_VARIANT {
 /** What the core library aligns blocks to. */
 constexpr int64_t kBlockAlignment = 64;
 
-constexpr int64_t alignUp(int64_t bytes, int64_t alignment) {
-    return (bytes + alignment - 1) / alignment * alignment;
+template <typename T>
+constexpr T alignUp(T value, T alignment) {
+    return (value + alignment - 1) / alignment * alignment;
 }
 
 /** A block of the core library; null for bytes < 1 or above 2147483647, and when there is no memory. */

@@ -24,6 +24,9 @@ struct ParallelFrom {
     constexpr bool isReachedBy(RoiSize roi) const { return int64_t{roi.width} * roi.height >= pixels; }
 };
 
+/** The threshold of most operations that compute every pixel on its own. */
+constexpr ParallelFrom kParallelFrom{262144};
+
 /** Whether a region is for a team. One thread needs none; in 32 bits an empty OpenMP region takes 8 microseconds. */
 inline bool isForTeam(RoiSize roi, ParallelFrom threshold) {
     return threshold.isReachedBy(roi) && ownGetNumThreads() > 1;
@@ -61,8 +64,7 @@ void runTeam(int32_t height, Prepare prepare, Body body) {
     }
 }
 
-/** Runs body(firstRow, rowCount) over all rows: at once, or from a number of pixels on in one stripe for each thread.
- */
+/** Runs body(firstRow, rowCount) over all rows: at once, or from the threshold on in one stripe for each thread. */
 template <typename Body>
 void forRowStripes(RoiSize roi, ParallelFrom threshold, Body body) {
     if (!isForTeam(roi, threshold)) {

@@ -31,7 +31,7 @@ class WorkBuffer {
     template <typename T>
     T* slice(int32_t thread) const {
         const uintptr_t begin = address_ + static_cast<uintptr_t>(thread * stride_);
-        return reinterpret_cast<T*>((begin + kAlignment - 1) / kAlignment * kAlignment);
+        return reinterpret_cast<T*>(alignUp(begin, uintptr_t{kAlignment}));
     }
 
   private:

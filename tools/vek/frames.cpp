@@ -71,9 +71,11 @@ class Video : public Frames {
         posix_spawn_file_actions_destroy(&actions);
         close(ends[1]);
         pipe_ = fdopen(ends[0], "rb");
-        if (error != 0)
+        if (error != 0) {
+            std::fclose(pipe_);
             throw Failure(
                 path, std::string("videos are read through ffmpeg, which cannot be started: ") + std::strerror(error));
+        }
     }
     ~Video() override { end(); }
     Video(const Video&) = delete;
