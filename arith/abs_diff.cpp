@@ -1,20 +1,13 @@
 // Absolute difference of two images, or of an image and a constant.
 #include <limits>
 
+#include "absolute_difference.h"
 #include "bind.h"
 #include "check.h"
 #include "pixelwise.h"
 
 namespace VEKCV_VARIANT {
 namespace {
-
-template <typename V>
-HWY_INLINE V absoluteDifference(V a, V b) {
-    if constexpr (hwy::IsFloat<hn::TFromV<V>>())
-        return hn::Abs(hn::Sub(a, b));
-    else  // one of the two is zero
-        return hn::Or(hn::SaturatedSub(a, b), hn::SaturatedSub(b, a));
-}
 
 /** Of images with kChannels channels, which are as good as one channel of so many times the width. */
 template <int32_t kStreamBytes, int32_t kChannels = 1, typename T>

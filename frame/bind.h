@@ -19,11 +19,13 @@ Result VEKCV_CALL Entry<Export, Result(VEKCV_CALL*)(Arguments...)>::call(Argumen
 
 /**
  * Makes a function, or a function template whose last arguments follow from the declaration, the implementation of an
- * export: VEKCV_BIND(vekiAbsDiff_8u_C1R, absDiff). Used once for every export, inside namespace VEKCV_VARIANT.
+ * export: VEKCV_BIND(vekiAbsDiff_8u_C1R, absDiff). Used once for every export, inside namespace VEKCV_VARIANT. The
+ * template arguments may name the export itself, kExport.
  */
 #define VEKCV_BIND(name, ...)                                      \
     template <>                                                    \
     struct Implementation<&::name> {                               \
+        static constexpr auto kExport = &::name;                   \
         static constexpr decltype(&::name) function = __VA_ARGS__; \
     };                                                             \
     template struct Entry<&::name>

@@ -46,6 +46,11 @@ class Check {
                        StatusStepNotMultiple);
     }
 
+    /** The number of a channel of three. */
+    constexpr Check& channelOfInterest(int32_t channel) {
+        return require(channel >= 1 && channel <= 3, StatusChannelOfInterestError);
+    }
+
     constexpr operator Status() const { return status_; }
 
   private:
@@ -53,6 +58,7 @@ class Check {
     static constexpr bool isPresent(const Image<T, kChannels>& image) {
         return image.pixels != nullptr;
     }
+    static constexpr bool isPresent(NoImage /*image*/) { return true; }
     static constexpr bool isPresent(const void* pointer) { return pointer != nullptr; }
 
     Status status_ = StatusOk;

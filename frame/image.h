@@ -16,10 +16,20 @@ struct Image {
     T* pixels;
     int32_t step;
 
+    /** The image whose first channel is `channel` (from 1) of this one. */
+    Image from(int32_t channel) const { return {pixels + (channel - 1), step}; }
+
     T* row(ptrdiff_t y) const {
         using Byte = std::conditional_t<std::is_const_v<T>, const uint8_t, uint8_t>;
         return reinterpret_cast<T*>(reinterpret_cast<Byte*>(pixels) + y * step);
     }
+};
+
+/** In the place of an image that a form of an operation does not have; every check of it passes. */
+struct NoImage {
+    using Element = uint8_t;
+    static constexpr int32_t kPixelBytes = 0;
+    static constexpr int32_t step = 0;
 };
 
 }  // namespace VEKCV_VARIANT

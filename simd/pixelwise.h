@@ -3,52 +3,12 @@
 
 #include <hwy/cache_control.h>
 
-#include "image.h"
 #include "parallel.h"
-#include "simd.h"
+#include "pixel_rows.h"
+#include "promote.h"
 #include "streaming.h"
 
 namespace VEKCV_VARIANT {
-
-/** 32-bit lanes from as many bytes. */
-template <typename D, typename T>
-HWY_INLINE hn::Vec<D> promoteBytes(D d, const T* bytes) {
-    const auto narrow = hn::LoadU(hn::Rebind<T, D>(), bytes);
-#if HWY_TARGET == HWY_SSSE3
-    // One shuffle, where the instructions that widen by a factor of four do not exist yet and two or three others would
-    // be needed: to the lowest byte of a lane, or to the highest for a shift that brings the sign with it.
-    constexpr uint8_t k0 = 0x80;  // gives 0
-    alignas(16) static constexpr uint8_t kLowest[] = {0, k0, k0, k0, 1, k0, k0, k0, 2, k0, k0, k0, 3, k0, k0, k0};
-    alignas(16) static constexpr uint8_t kHighest[] = {k0, k0, k0, 0, k0, k0, k0, 1, k0, k0, k0, 2, k0, k0, k0, 3};
-    const hn::Repartition<uint8_t, D> spread;
-    if constexpr (std::is_signed_v<T>)
-        return hn::ShiftRight<24>(hn::BitCast(d, hn::TableLookupBytesOr0(narrow, hn::Load(spread, kHighest))));
-    else
-        return hn::BitCast(d, hn::TableLookupBytesOr0(narrow, hn::Load(spread, kLowest)));
-#else
-    return hn::PromoteTo(d, narrow);
-#endif
-}
-
-/** Float lanes from as many elements of any type that converts exactly. */
-template <typename D, typename T>
-HWY_INLINE hn::Vec<D> loadFloats(D d, const T* values) {
-    const hn::Rebind<int32_t, D> integers;
-    if constexpr (std::is_same_v<T, float>)
-        return hn::LoadU(d, values);
-    else if constexpr (sizeof(T) == 1)
-        return hn::ConvertTo(d, promoteBytes(integers, values));
-    else
-        return hn::ConvertTo(d, hn::PromoteTo(integers, hn::LoadU(hn::Rebind<T, D>(), values)));
-}
-
-/** 32-bit lanes of `value` where the mask byte is not 0, of `otherwise` elsewhere. */
-template <typename D>
-HWY_INLINE hn::Vec<D> selectMasked(D d, const uint8_t* mask, hn::Vec<D> value, hn::Vec<D> otherwise) {
-    const hn::Rebind<int32_t, D> integers;
-    const auto isZero = hn::Eq(promoteBytes(integers, mask), hn::Zero(integers));
-    return hn::IfThenElse(hn::RebindMask(d, isZero), otherwise, value);
-}
 
 enum class Stores { kCached, kStreaming };
 
@@ -112,33 +72,19 @@ HWY_INLINE void writeMaskedRow(float* out, ptrdiff_t width, const uint8_t* mask,
     const hn::Repartition<uint8_t, decltype(d)> bytes;  // as many lanes as a block has pixels
     constexpr auto kBlock = kBlockVectors * static_cast<ptrdiff_t>(hn::MaxLanes(hn::ScalableTag<float>()));
     const auto selected = [&](auto part, ptrdiff_t i) {
-        return selectMasked(part, mask + i, rule(part, i), hn::LoadU(part, out + i));
+        return hn::IfThenElse(isZero(part, mask + i), hn::LoadU(part, out + i), rule(part, i));
     };
     ptrdiff_t x = pixelsToAlign<Stores::kCached>(d, out, width);
     writeRest(hn::Half<decltype(d)>(), out, 0, x, selected);
     for (; x + kBlock <= width; x += kBlock) {
-        const auto isZero = hn::Eq(hn::LoadU(bytes, mask + x), hn::Zero(bytes));
-        if (hn::AllFalse(bytes, isZero))
+        const auto isLeftOut = isZero(bytes, mask + x);
+        if (hn::AllFalse(bytes, isLeftOut))
             writeBlock<Stores::kCached>(d, out, x, rule);
-        else if (!hn::AllTrue(bytes, isZero))
+        else if (!hn::AllTrue(bytes, isLeftOut))
             writeBlock<Stores::kCached>(d, out, x, selected);
     }
     writeRest(d, out, x, width, selected);
 }
-
-/** The rows of a stripe; where all images are packed, those are one long row. */
-struct PixelRows {
-    int32_t first, end;
-    ptrdiff_t width;
-
-    template <typename... Images>
-    static PixelRows of(RoiSize roi, int32_t first, int32_t rows, const Images&... images) {
-        const int64_t pixels = int64_t{roi.width} * rows;
-        const bool packed = ((images.step == int64_t{roi.width} * Images::kPixelBytes) && ...) && pixels <= INT32_MAX;
-        return packed ? PixelRows{first, first + 1, static_cast<ptrdiff_t>(pixels)}
-                      : PixelRows{first, first + rows, roi.width};
-    }
-};
 
 /**
  * Writes every pixel of a region: ruleOfRow(y) gives the rule of a row, rule(tag, x) the vector of pixels from x on.
