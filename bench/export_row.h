@@ -43,13 +43,20 @@ struct Layout {
     }
 };
 
+/** Columns and rows that images have more than the region. */
+struct Excess {
+    RoiSize sources{}, destinations{};
+};
+
 /**
  * Makes the arguments of a call from left to right: a pointer in front of the size is a new image, the integer behind
- * it the step of that image; behind the size a pointer is a result, and a number is the next one of the parameters.
+ * it the step of that image; behind the size a pointer is a result, a number is the next one of the parameters, and a
+ * rectangle the next four.
  */
 class Arguments {
   public:
-    Arguments(Case& work, Layout layout, int maskIndex) : case_(work), layout_(layout), maskIndex_(maskIndex) {}
+    Arguments(Case& work, Layout layout, int maskIndex, Excess excess)
+        : case_(work), layout_(layout), maskIndex_(maskIndex), excess_(excess) {}
 
     template <typename T>
     T next() {
@@ -58,6 +65,8 @@ class Arguments {
             return case_.size;
         } else if constexpr (std::is_pointer_v<T>) {
             return static_cast<T>(operand<std::remove_pointer_t<T>>().memory.get());
+        } else if constexpr (std::is_same_v<T, ImageRect>) {
+            return {next<int32_t>(), next<int32_t>(), next<int32_t>(), next<int32_t>()};
         } else {
             return sizeIsPassed_ ? static_cast<T>(case_.parameters.at(parameter_++))
                                  : static_cast<T>(case_.operands.back().step);
@@ -67,34 +76,51 @@ class Arguments {
   private:
     template <typename T>
     Operand& operand() {
-        const bool isMask = static_cast<int>(case_.operands.size()) == maskIndex_;
-        const Role role = isMask                              ? Role::kMask
-                          : std::is_const_v<T>                ? Role::kSource
-                          : layout_.inPlace && !sizeIsPassed_ ? Role::kInPlace
-                                                              : Role::kDestination;
-        const bool isImage = !sizeIsPassed_ && !isMask;
-        case_.operands.push_back(Operand::make(role, elementOf<std::remove_const_t<T>>(),
-                                               isImage ? layout_.channels : 1,
-                                               sizeIsPassed_ ? RoiSize{1, 1} : case_.size));
+        using Value = std::remove_const_t<T>;
+        const Role role = static_cast<int>(case_.operands.size()) == maskIndex_ ? Role::kMask
+                          : std::is_const_v<T>                                  ? Role::kSource
+                          : sizeIsPassed_                                       ? Role::kResult
+                          : layout_.inPlace                                     ? Role::kInPlace
+                                                                                : Role::kDestination;
+        const int32_t channels = std::is_same_v<Value, ImagePoint>              ? 2
+                                 : role == Role::kMask || role == Role::kResult ? 1
+                                                                                : layout_.channels;
+        case_.operands.push_back(Operand::make(role, elementOf<Value>(), channels, sizeOf(role)));
         return case_.operands.back();
+    }
+
+    RoiSize sizeOf(Role role) const {
+        const RoiSize excess = role == Role::kSource        ? excess_.sources
+                               : role == Role::kDestination ? excess_.destinations
+                                                            : RoiSize{};
+        return role == Role::kResult ? RoiSize{1, 1}
+                                     : RoiSize{case_.size.width + excess.width, case_.size.height + excess.height};
     }
 
     Case& case_;
     Layout layout_;
     int maskIndex_;
+    Excess excess_;
     bool sizeIsPassed_ = false;
     size_t parameter_ = 0;
 };
 
+/** What a row adds to the arguments that follow from the declaration. */
+struct Setup {
+    std::vector<double> parameters{};
+    Excess excess{};
+    void (*content)(const Case&) = nullptr;
+};
+
 template <auto Export, typename... Types>
-Work prepareExport(Status(VEKCV_CALL*)(Types...), RoiSize size, const std::vector<double>& parameters, Peer* peer) {
+Work prepareExport(Status(VEKCV_CALL*)(Types...), RoiSize size, const Setup& setup, Peer* peer) {
     constexpr Layout kLayout(nameOf<Export>());
     // The mask is the last of the images that are only read.
     constexpr int kMaskIndex =
         kLayout.masked ? ((std::is_pointer_v<Types> && std::is_const_v<std::remove_pointer_t<Types>> ? 1 : 0) + ...) - 1
                        : -1;
-    Work work{{size, parameters, {}}, {}, {}};
-    Arguments arguments(work.data, kLayout, kMaskIndex);
+    Work work{{size, setup.parameters, {}, setup.content}, {}, {}};
+    Arguments arguments(work.data, kLayout, kMaskIndex, setup.excess);
     work.vekcv = [values = std::tuple<Types...>{arguments.template next<Types>()...}] {
         if (const Status status = std::apply(Export, values); status != StatusOk)
             fail(std::string(nameOf<Export>()) + " gives " + vekGetStatusString(status));
@@ -104,11 +130,17 @@ Work prepareExport(Status(VEKCV_CALL*)(Types...), RoiSize size, const std::vecto
     return work;
 }
 
-/** The row of an export with the values of its parameters and, where there is one, the peer. */
+/** The row of an export with its peer, where there is one, and with what else it needs. */
+template <auto Export>
+Row row(Peer* peer, const Setup& setup) {
+    return {std::string(nameOf<Export>()),
+            [=](RoiSize size) { return prepareExport<Export>(Export, size, setup, peer); }};
+}
+
+/** The row of an export with its peer, where there is one, and with the values of its parameters. */
 template <auto Export>
 Row row(Peer* peer = nullptr, const std::vector<double>& parameters = {}) {
-    return {std::string(nameOf<Export>()),
-            [=](RoiSize size) { return prepareExport<Export>(Export, size, parameters, peer); }};
+    return row<Export>(peer, Setup{.parameters = parameters});
 }
 
 }  // namespace bench

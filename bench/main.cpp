@@ -1,16 +1,14 @@
-// vekcv_bench: times every export, the peer and memcpy at several sizes, and writes the results as JSON.
-#include <omp.h>
-
+// vekcv_bench: times every export, the peer and memcpy or reading at several sizes, and writes the results as JSON.
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
-#include <cstring>
 #include <fstream>
 #include <regex>
 
 #include "measure.h"
 #include "peer.h"
+#include "reference.h"
 #include "results.h"
 #include "vekcore.h"
 
@@ -43,7 +41,7 @@ Options parse(int argc, char** argv) {
                 "  --out     where to write the results (bench.json)\n"
                 "  --filter  only the exports whose names match\n"
                 "  --quick   fewer sizes and rounds, one thread\n"
-                "  --check   only compare the results with those of the peer");
+                "  --check   only call every export, and compare the results with those of the peer");
     }
     return options;
 }
@@ -52,43 +50,24 @@ Options parse(int argc, char** argv) {
 int32_t sideBeyondCache() {
     int cacheBytes = 0;
     vekGetMaxCacheSizeB(&cacheBytes);
-    constexpr int32_t kMostSide = sizeof(void*) == 4 ? 8192 : 16384;
+    // The bytes of the largest images, floats in three channels, have to fit an int.
+    constexpr int32_t kMostSide = sizeof(void*) == 4 ? 8192 : 12288;
     int32_t side = 1024;
     while (side < kMostSide && int64_t{side} * side < int64_t{2} * cacheBytes)
         side *= 2;
-    return side;
+    return std::min(side, kMostSide);
 }
 
-/** Copies as many bytes as a case touches: one half is read, the other half written. */
-Call copyOf(size_t bytesTouched) {
-    const auto half = static_cast<int32_t>(bytesTouched / 2);
-    const Operand from = Operand::make(Role::kSource, Element::k8u, 1, {half, 1});
-    const Operand to = Operand::make(Role::kDestination, Element::k8u, 1, {half, 1});
-    from.fill(1);
-    to.fill(2);
-    return [=] {
-        const auto* const source = static_cast<const char*>(from.memory.get());
-        auto* const destination = static_cast<char*>(to.memory.get());
-        const int threads = ownGetNumThreads();
-        if (threads == 1) {
-            std::memcpy(destination, source, static_cast<size_t>(half));
-            return;
-        }
-#pragma omp parallel for num_threads(threads)
-        for (int t = 0; t < threads; ++t) {
-            const int64_t begin = int64_t{half} * t / threads, end = int64_t{half} * (t + 1) / threads;
-            std::memcpy(destination + begin, source + begin, static_cast<size_t>(end - begin));
-        }
-    };
-}
-
-/** Ends the program where the peer computes something else, for then the comparison would be of different work. */
-void checkAgainstPeer(const Row& row) {
+/**
+ * Ends the program where the call fails or the peer computes something else, for then the comparison would be of
+ * different work.
+ */
+void check(const Row& row) {
     const Work work = row.prepare({67, 31});
-    if (!work.peer)
-        return;
     work.data.fill();
     work.vekcv();
+    if (!work.peer)
+        return;
     std::vector<std::vector<double>> results;
     for (const Operand& operand : work.data.operands)
         results.push_back(operand.values());
@@ -112,13 +91,12 @@ void setThreads(int threads) {
 void measureRow(const TableEntry& entry, RoiSize size, int mostThreads, Effort effort, std::vector<Result>& results) {
     const Work work = entry.row.prepare(size);
     work.data.fill();
-    const size_t bytes = work.data.bytesTouched();
-    std::vector<Contestant> contestants{{"vekcv", work.vekcv}, {"memcpy", copyOf(bytes)}};
+    std::vector<Contestant> contestants{{"vekcv", work.vekcv}, reference(work.data)};
     if (work.peer)
         contestants.push_back({"peer", work.peer});
     for (int threads = 1; threads <= mostThreads; ++threads) {
         setThreads(threads);
-        Result result{entry.family, entry.row.name, size, threads, bytes, {}};
+        Result result{entry.family, entry.row.name, size, threads, work.data.bytesTouched(), {}};
         const auto times = measure(contestants, effort);
         for (size_t i = 0; i < contestants.size(); ++i)
             result.times[contestants[i].name] = Time::of(times[i]);
@@ -130,7 +108,7 @@ void run(const Options& options) {
     std::vector<TableEntry> entries = table();
     std::erase_if(entries, [&](const TableEntry& entry) { return !std::regex_search(entry.row.name, options.filter); });
     for (const TableEntry& entry : entries)
-        checkAgainstPeer(entry.row);
+        check(entry.row);
     if (options.checkOnly)
         return;
 

@@ -11,7 +11,7 @@ import sys
 
 INTRODUCTION = """# Performance
 
-What one call takes, against {peer} and against `memcpy`. This page is written by `bench/run.sh`.
+What one call takes, against {peer} and against `memcpy` or reading. This page is written by `bench/run.sh`.
 
 Machine: {processor}, {processors} processors, {cache} MiB of last-level cache; a virtual machine that others share, so
 single numbers vary by the spread that the tables give. Compiler: {compiler}.
@@ -23,9 +23,12 @@ Code variants: {variants}.
 - The contestants take turns, several rounds each. A time is the median of the rounds; the spread is the range of the
   middle half of the rounds as a share of the median, at the worst size.
 - **Peer** is the time of the peer divided by ours, the mean of {inside}: above 1, ours is faster.
-{width_note}- **Copy** is the share of the bandwidth of `memcpy` at {outside}, which exceeds the cache: the time of a copy that
-  moves as many bytes as the operation has to (sources and destination once, an image that is changed in place twice),
-  divided by ours. Pixels that a mask leaves out count too, though whole blocks of them are skipped.
+{width_note}  The peer extracts a channel of interest into an image of its own, as its functions look at all channels or at one.
+- **Copy or read** is the share of the bandwidth of memory at {outside}, which exceeds the cache. For operations that
+  write an image it is the time of a `memcpy` that moves as many bytes as the operation has to (sources and destination
+  once, an image that is changed in place twice), divided by ours. For operations that only read it is the time of a
+  plain sum over the bytes of the same images, read in eight places at once, divided by ours. Pixels that a mask leaves
+  out count too, though whole blocks of them are skipped, and so do the channels beside that of interest.
 - **2 threads** is the time with one thread divided by that with two, at {outside}.
 """
 
@@ -77,8 +80,10 @@ class Build:
         ratios = [peer["ns"] / time for peer, time in pairs if peer]
         return geometric_mean(ratios) if ratios else None
 
-    def copy(self, export):
-        return self.results[export, self.sizes[-1], 1]["memcpy"]["ns"] / self.time(export, self.sizes[-1])
+    def bandwidth(self, export):
+        """Share of the bandwidth of a copy or, where nothing is written, of reading."""
+        result = self.results[export, self.sizes[-1], 1]
+        return (result.get("memcpy") or result["read"])["ns"] / result["vekcv"]["ns"]
 
     def threads(self, export):
         if (export, self.sizes[-1], 2) not in self.results:
@@ -105,9 +110,10 @@ def summary(builds):
         exports = build.exports()
         calls = [build.time(export, build.sizes[0]) for export in exports]
         rows.append([build.name, str(len(exports)), mean_and_least(map(build.peer, exports)),
-                     mean_and_least(map(build.copy, exports)), f"{statistics.median(calls):.0f} ({max(calls):.0f})",
+                     mean_and_least(map(build.bandwidth, exports)),
+                     f"{statistics.median(calls):.0f} ({max(calls):.0f})",
                      mean_and_least(map(build.threads, exports))])
-    header = ["Build", "Exports", "Peer: mean (least)", "Copy: mean (least)",
+    header = ["Build", "Exports", "Peer: mean (least)", "Copy or read: mean (least)",
               f"ns a call at {size_name(builds[0].sizes[0])}: median (most)", "2 threads: mean (least)"]
     return "## Summary\n\n" + table(header, rows)
 
@@ -115,9 +121,10 @@ def summary(builds):
 def family_section(family, builds):
     text = f"## {family}\n"
     for build in builds:
-        header = ["Export"] + [size_name(size) for size in build.sizes] + ["Peer", "Copy", "2 threads", "Spread"]
+        header = ["Export"] + [size_name(size) for size in build.sizes]
+        header += ["Peer", "Copy or read", "2 threads", "Spread"]
         rows = [[f"`{export}`"] + [duration(build.time(export, size)) for size in build.sizes] +
-                [number(build.peer(export)), number(build.copy(export)), number(build.threads(export)),
+                [number(build.peer(export)), number(build.bandwidth(export)), number(build.threads(export)),
                  f"{100 * build.spread(export):.0f} %"] for export in build.exports(family)]
         text += f"\n{build.name}:\n\n" + table(header, rows)
     return text

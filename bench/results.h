@@ -23,7 +23,7 @@ struct Result {
     RoiSize size;
     int threads;
     size_t bytesTouched;
-    std::map<std::string, Time> times;  // "vekcv", "memcpy" and perhaps "peer"
+    std::map<std::string, Time> times;  // "vekcv", "memcpy" or "read", and perhaps "peer"
 };
 
 /** The results with the machine and the builds that they belong to. */

@@ -107,6 +107,14 @@ void Case::fill() const {
     unsigned seed = 0;
     for (const Operand& operand : operands)
         operand.fill(++seed);
+    if (content != nullptr)
+        content(*this);
+}
+
+bool Case::writesImages() const {
+    return std::any_of(operands.begin(), operands.end(), [](const Operand& operand) {
+        return operand.role == Role::kDestination || operand.role == Role::kInPlace;
+    });
 }
 
 size_t Case::bytesTouched() const {

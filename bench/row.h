@@ -13,7 +13,7 @@
 namespace bench {
 
 enum class Element { k8u, k8s, k16u, k16s, k32s, k32f, k64f };
-enum class Role { kSource, kMask, kDestination, kInPlace };
+enum class Role { kSource, kMask, kDestination, kInPlace, kResult };  // a result is no image
 
 /** An image or an array that a call reads or writes, in memory of its own that begins at a multiple of 64 bytes. */
 struct Operand {
@@ -40,8 +40,10 @@ struct Case {
     RoiSize size;
     std::vector<double> parameters;
     std::vector<Operand> operands;
+    void (*content)(const Case&) = nullptr;  // replaces what must not be random
 
     void fill() const;
+    bool writesImages() const;
 
     /** Bytes that have to move: sources, masks and destinations once, images that are changed in place twice. */
     size_t bytesTouched() const;

@@ -3,8 +3,8 @@
 #
 #     bench/run.sh [--quick] [--filter REGEX] BUILD64 [BUILD32]
 #
-# A complete run takes about eight minutes and updates docs/performance.md; a part of it (--quick: fewer sizes and rounds,
-# one thread; --filter: only some exports) writes BUILD64/performance.md.
+# A complete run takes about half an hour and updates docs/performance.md; a part of it (--quick: fewer sizes and
+# rounds, one thread; --filter: only some exports) writes BUILD64/performance.md.
 set -euo pipefail
 
 source_folder=$(cd "$(dirname "$0")/.." && pwd)

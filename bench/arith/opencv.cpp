@@ -45,4 +45,15 @@ Call absDiffConstant(const Case& work) {
     };
 }
 
+Call integral(const Case& work) {
+    return
+        [source = matrix(work.operands[0]), out = matrix(work.operands[1])] { cv::integral(source, out, out.depth()); };
+}
+
+Call integralAndSquares(const Case& work) {
+    return [source = matrix(work.operands[0]), out = matrix(work.operands[1]), squares = matrix(work.operands[2])] {
+        cv::integral(source, out, squares, out.depth(), squares.depth());
+    };
+}
+
 }  // namespace bench::peer

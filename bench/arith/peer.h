@@ -7,5 +7,9 @@ namespace bench::peer {
 
 [[gnu::weak]] Peer accumulate, accumulateSquare, accumulateProduct, accumulateWeighted, weightedSum;
 [[gnu::weak]] Peer absDiff, absDiffConstant;
+[[gnu::weak]] Peer normInf, normL1, normL2;  // of one source, or of the difference of two
+[[gnu::weak]] Peer normRelInf, normRelL1, normRelL2;
+[[gnu::weak]] Peer mean, meanAndDeviation, extrema;
+[[gnu::weak]] Peer integral, integralAndSquares;
 
 }  // namespace bench::peer
