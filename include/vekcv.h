@@ -338,6 +338,284 @@ VEKCV_API Status VEKCV_CALL vekiAbsDiffC_32f_C1R(const float* source, int32_t so
                                                  int32_t destinationStep, RoiSize roiSize, float value);
 /** @} */
 
+/* ------------------------------------------------------------------------------------------------------------------ */
+/**
+ * @defgroup Norms Norms
+ * Norms of an image, of the difference of two images, and of that difference relative to the second image, over the
+ * pixels p that take part:
+ *
+ *                  Inf             L1              L2
+ *     vekiNorm     max |a(p)|      sum |a(p)|      sqrt(sum a(p)^2)                        a = source
+ *     vekiNormDiff the same of a = source1 - source2
+ *     vekiNormRel  vekiNormDiff of source1 and source2 / vekiNorm of source2
+ *
+ * Sums and maxima of integers are exact, and rounded once to the result. Differences of floats, their magnitudes and
+ * squares are rounded to float; a row of them is added in 16 running sums of floats (pixel x to sum x modulo 16), which
+ * are added in pairs (k and k + 8, then + 4, + 2, + 1), and the rows are added in double. So the result is within
+ * (width / 16 + 5) * 2^-24 of the true sum, relatively, as long as no partial sum overflows, and squares above 3.4e38
+ * do. With more than one thread the rows are added stripe by stripe, so that the number of threads may change the last
+ * bits of L1 and L2 norms of floats.
+ *
+ * A NaN that takes part gives NaN in L1 and L2 norms; the maximum passes over it, as no comparison with it is true.
+ * Without any pixel that takes part vekiNorm and vekiNormDiff give 0.
+ *
+ * @param source, source1, source2   first pixel of each source
+ * @param mask      first pixel of the mask
+ * @param sourceStep, source1Step, source2Step, maskStep   bytes from row to row
+ * @param roiSize   size shared by all images, at least 1 x 1
+ * @param channelOfInterest   the channel of both sources that is looked at: 1, 2 or 3 (C3C forms)
+ * @param result    receives the norm
+ *
+ * @retval StatusOk                       the norm was written
+ * @retval StatusDivideByZeroWarning      the norm of source2 is 0; the result is NaN where that of the difference is 0
+ *                                        too, and infinite otherwise (vekiNormRel)
+ * @retval StatusNullPointer              an image, the mask or the result is null
+ * @retval StatusSizeError                width or height is below 1
+ * @retval StatusStepError                a step is smaller than a row
+ * @retval StatusStepNotMultiple          the step of a 16u or 32f image is not a multiple of 2 or 4
+ * @retval StatusChannelOfInterestError   the channel of interest is not 1, 2 or 3 (C3C forms)
+ *
+ * Regions of 131072 pixels for each configured thread and more are shared among the threads, with these exceptions:
+ * - 524288: vekiNorm_Inf_8u_C1MR, vekiNorm_Inf_8s_C1MR, vekiNorm_Inf_16u_C1MR;
+ * - 32768: vekiNorm_Inf_32f_C3CMR, vekiNormDiff_L1_8s_C3CMR, vekiNormDiff_L1_16u_C3CMR, vekiNormRel_Inf_16u_C3CMR,
+ *   vekiNormRel_Inf_32f_C1MR, vekiNormRel_Inf_32f_C3CMR, vekiNormRel_L1_16u_C3CMR, vekiNormRel_L2_16u_C3CMR;
+ * - the calling thread alone: vekiNormDiff_Inf_16u_C1MR, vekiNormDiff_Inf_16u_C3CMR.
+ * @{
+ */
+/** max |source|, where the mask is not 0 */
+VEKCV_API Status VEKCV_CALL vekiNorm_Inf_8u_C1MR(const uint8_t* source, int32_t sourceStep, const uint8_t* mask,
+                                                 int32_t maskStep, RoiSize roiSize, double* result);
+VEKCV_API Status VEKCV_CALL vekiNorm_Inf_8s_C1MR(const int8_t* source, int32_t sourceStep, const uint8_t* mask,
+                                                 int32_t maskStep, RoiSize roiSize, double* result);
+VEKCV_API Status VEKCV_CALL vekiNorm_Inf_16u_C1MR(const uint16_t* source, int32_t sourceStep, const uint8_t* mask,
+                                                  int32_t maskStep, RoiSize roiSize, double* result);
+VEKCV_API Status VEKCV_CALL vekiNorm_Inf_32f_C1MR(const float* source, int32_t sourceStep, const uint8_t* mask,
+                                                  int32_t maskStep, RoiSize roiSize, double* result);
+/** max |source|, of one channel where the mask is not 0 */
+VEKCV_API Status VEKCV_CALL vekiNorm_Inf_8u_C3CMR(const uint8_t* source, int32_t sourceStep, const uint8_t* mask,
+                                                  int32_t maskStep, RoiSize roiSize, int32_t channelOfInterest,
+                                                  double* result);
+VEKCV_API Status VEKCV_CALL vekiNorm_Inf_8s_C3CMR(const int8_t* source, int32_t sourceStep, const uint8_t* mask,
+                                                  int32_t maskStep, RoiSize roiSize, int32_t channelOfInterest,
+                                                  double* result);
+VEKCV_API Status VEKCV_CALL vekiNorm_Inf_16u_C3CMR(const uint16_t* source, int32_t sourceStep, const uint8_t* mask,
+                                                   int32_t maskStep, RoiSize roiSize, int32_t channelOfInterest,
+                                                   double* result);
+VEKCV_API Status VEKCV_CALL vekiNorm_Inf_32f_C3CMR(const float* source, int32_t sourceStep, const uint8_t* mask,
+                                                   int32_t maskStep, RoiSize roiSize, int32_t channelOfInterest,
+                                                   double* result);
+/** sum of |source|, where the mask is not 0 */
+VEKCV_API Status VEKCV_CALL vekiNorm_L1_8u_C1MR(const uint8_t* source, int32_t sourceStep, const uint8_t* mask,
+                                                int32_t maskStep, RoiSize roiSize, double* result);
+VEKCV_API Status VEKCV_CALL vekiNorm_L1_8s_C1MR(const int8_t* source, int32_t sourceStep, const uint8_t* mask,
+                                                int32_t maskStep, RoiSize roiSize, double* result);
+VEKCV_API Status VEKCV_CALL vekiNorm_L1_16u_C1MR(const uint16_t* source, int32_t sourceStep, const uint8_t* mask,
+                                                 int32_t maskStep, RoiSize roiSize, double* result);
+VEKCV_API Status VEKCV_CALL vekiNorm_L1_32f_C1MR(const float* source, int32_t sourceStep, const uint8_t* mask,
+                                                 int32_t maskStep, RoiSize roiSize, double* result);
+/** sum of |source|, of one channel where the mask is not 0 */
+VEKCV_API Status VEKCV_CALL vekiNorm_L1_8u_C3CMR(const uint8_t* source, int32_t sourceStep, const uint8_t* mask,
+                                                 int32_t maskStep, RoiSize roiSize, int32_t channelOfInterest,
+                                                 double* result);
+VEKCV_API Status VEKCV_CALL vekiNorm_L1_8s_C3CMR(const int8_t* source, int32_t sourceStep, const uint8_t* mask,
+                                                 int32_t maskStep, RoiSize roiSize, int32_t channelOfInterest,
+                                                 double* result);
+VEKCV_API Status VEKCV_CALL vekiNorm_L1_16u_C3CMR(const uint16_t* source, int32_t sourceStep, const uint8_t* mask,
+                                                  int32_t maskStep, RoiSize roiSize, int32_t channelOfInterest,
+                                                  double* result);
+VEKCV_API Status VEKCV_CALL vekiNorm_L1_32f_C3CMR(const float* source, int32_t sourceStep, const uint8_t* mask,
+                                                  int32_t maskStep, RoiSize roiSize, int32_t channelOfInterest,
+                                                  double* result);
+/** square root of the sum of source * source, where the mask is not 0 */
+VEKCV_API Status VEKCV_CALL vekiNorm_L2_8u_C1MR(const uint8_t* source, int32_t sourceStep, const uint8_t* mask,
+                                                int32_t maskStep, RoiSize roiSize, double* result);
+VEKCV_API Status VEKCV_CALL vekiNorm_L2_8s_C1MR(const int8_t* source, int32_t sourceStep, const uint8_t* mask,
+                                                int32_t maskStep, RoiSize roiSize, double* result);
+VEKCV_API Status VEKCV_CALL vekiNorm_L2_16u_C1MR(const uint16_t* source, int32_t sourceStep, const uint8_t* mask,
+                                                 int32_t maskStep, RoiSize roiSize, double* result);
+VEKCV_API Status VEKCV_CALL vekiNorm_L2_32f_C1MR(const float* source, int32_t sourceStep, const uint8_t* mask,
+                                                 int32_t maskStep, RoiSize roiSize, double* result);
+/** square root of the sum of source * source, of one channel where the mask is not 0 */
+VEKCV_API Status VEKCV_CALL vekiNorm_L2_8u_C3CMR(const uint8_t* source, int32_t sourceStep, const uint8_t* mask,
+                                                 int32_t maskStep, RoiSize roiSize, int32_t channelOfInterest,
+                                                 double* result);
+VEKCV_API Status VEKCV_CALL vekiNorm_L2_8s_C3CMR(const int8_t* source, int32_t sourceStep, const uint8_t* mask,
+                                                 int32_t maskStep, RoiSize roiSize, int32_t channelOfInterest,
+                                                 double* result);
+VEKCV_API Status VEKCV_CALL vekiNorm_L2_16u_C3CMR(const uint16_t* source, int32_t sourceStep, const uint8_t* mask,
+                                                  int32_t maskStep, RoiSize roiSize, int32_t channelOfInterest,
+                                                  double* result);
+VEKCV_API Status VEKCV_CALL vekiNorm_L2_32f_C3CMR(const float* source, int32_t sourceStep, const uint8_t* mask,
+                                                  int32_t maskStep, RoiSize roiSize, int32_t channelOfInterest,
+                                                  double* result);
+/** max |source1 - source2|, where the mask is not 0 */
+VEKCV_API Status VEKCV_CALL vekiNormDiff_Inf_8u_C1MR(const uint8_t* source1, int32_t source1Step,
+                                                     const uint8_t* source2, int32_t source2Step, const uint8_t* mask,
+                                                     int32_t maskStep, RoiSize roiSize, double* result);
+VEKCV_API Status VEKCV_CALL vekiNormDiff_Inf_8s_C1MR(const int8_t* source1, int32_t source1Step, const int8_t* source2,
+                                                     int32_t source2Step, const uint8_t* mask, int32_t maskStep,
+                                                     RoiSize roiSize, double* result);
+VEKCV_API Status VEKCV_CALL vekiNormDiff_Inf_16u_C1MR(const uint16_t* source1, int32_t source1Step,
+                                                      const uint16_t* source2, int32_t source2Step, const uint8_t* mask,
+                                                      int32_t maskStep, RoiSize roiSize, double* result);
+VEKCV_API Status VEKCV_CALL vekiNormDiff_Inf_32f_C1MR(const float* source1, int32_t source1Step, const float* source2,
+                                                      int32_t source2Step, const uint8_t* mask, int32_t maskStep,
+                                                      RoiSize roiSize, double* result);
+/** max |source1 - source2|, of one channel where the mask is not 0 */
+VEKCV_API Status VEKCV_CALL vekiNormDiff_Inf_8u_C3CMR(const uint8_t* source1, int32_t source1Step,
+                                                      const uint8_t* source2, int32_t source2Step, const uint8_t* mask,
+                                                      int32_t maskStep, RoiSize roiSize, int32_t channelOfInterest,
+                                                      double* result);
+VEKCV_API Status VEKCV_CALL vekiNormDiff_Inf_8s_C3CMR(const int8_t* source1, int32_t source1Step, const int8_t* source2,
+                                                      int32_t source2Step, const uint8_t* mask, int32_t maskStep,
+                                                      RoiSize roiSize, int32_t channelOfInterest, double* result);
+VEKCV_API Status VEKCV_CALL vekiNormDiff_Inf_16u_C3CMR(const uint16_t* source1, int32_t source1Step,
+                                                       const uint16_t* source2, int32_t source2Step,
+                                                       const uint8_t* mask, int32_t maskStep, RoiSize roiSize,
+                                                       int32_t channelOfInterest, double* result);
+VEKCV_API Status VEKCV_CALL vekiNormDiff_Inf_32f_C3CMR(const float* source1, int32_t source1Step, const float* source2,
+                                                       int32_t source2Step, const uint8_t* mask, int32_t maskStep,
+                                                       RoiSize roiSize, int32_t channelOfInterest, double* result);
+/** sum of |source1 - source2|, where the mask is not 0 */
+VEKCV_API Status VEKCV_CALL vekiNormDiff_L1_8u_C1MR(const uint8_t* source1, int32_t source1Step, const uint8_t* source2,
+                                                    int32_t source2Step, const uint8_t* mask, int32_t maskStep,
+                                                    RoiSize roiSize, double* result);
+VEKCV_API Status VEKCV_CALL vekiNormDiff_L1_8s_C1MR(const int8_t* source1, int32_t source1Step, const int8_t* source2,
+                                                    int32_t source2Step, const uint8_t* mask, int32_t maskStep,
+                                                    RoiSize roiSize, double* result);
+VEKCV_API Status VEKCV_CALL vekiNormDiff_L1_16u_C1MR(const uint16_t* source1, int32_t source1Step,
+                                                     const uint16_t* source2, int32_t source2Step, const uint8_t* mask,
+                                                     int32_t maskStep, RoiSize roiSize, double* result);
+VEKCV_API Status VEKCV_CALL vekiNormDiff_L1_32f_C1MR(const float* source1, int32_t source1Step, const float* source2,
+                                                     int32_t source2Step, const uint8_t* mask, int32_t maskStep,
+                                                     RoiSize roiSize, double* result);
+/** sum of |source1 - source2|, of one channel where the mask is not 0 */
+VEKCV_API Status VEKCV_CALL vekiNormDiff_L1_8u_C3CMR(const uint8_t* source1, int32_t source1Step,
+                                                     const uint8_t* source2, int32_t source2Step, const uint8_t* mask,
+                                                     int32_t maskStep, RoiSize roiSize, int32_t channelOfInterest,
+                                                     double* result);
+VEKCV_API Status VEKCV_CALL vekiNormDiff_L1_8s_C3CMR(const int8_t* source1, int32_t source1Step, const int8_t* source2,
+                                                     int32_t source2Step, const uint8_t* mask, int32_t maskStep,
+                                                     RoiSize roiSize, int32_t channelOfInterest, double* result);
+VEKCV_API Status VEKCV_CALL vekiNormDiff_L1_16u_C3CMR(const uint16_t* source1, int32_t source1Step,
+                                                      const uint16_t* source2, int32_t source2Step, const uint8_t* mask,
+                                                      int32_t maskStep, RoiSize roiSize, int32_t channelOfInterest,
+                                                      double* result);
+VEKCV_API Status VEKCV_CALL vekiNormDiff_L1_32f_C3CMR(const float* source1, int32_t source1Step, const float* source2,
+                                                      int32_t source2Step, const uint8_t* mask, int32_t maskStep,
+                                                      RoiSize roiSize, int32_t channelOfInterest, double* result);
+/** square root of the sum of (source1 - source2)^2, where the mask is not 0 */
+VEKCV_API Status VEKCV_CALL vekiNormDiff_L2_8u_C1MR(const uint8_t* source1, int32_t source1Step, const uint8_t* source2,
+                                                    int32_t source2Step, const uint8_t* mask, int32_t maskStep,
+                                                    RoiSize roiSize, double* result);
+VEKCV_API Status VEKCV_CALL vekiNormDiff_L2_8s_C1MR(const int8_t* source1, int32_t source1Step, const int8_t* source2,
+                                                    int32_t source2Step, const uint8_t* mask, int32_t maskStep,
+                                                    RoiSize roiSize, double* result);
+VEKCV_API Status VEKCV_CALL vekiNormDiff_L2_16u_C1MR(const uint16_t* source1, int32_t source1Step,
+                                                     const uint16_t* source2, int32_t source2Step, const uint8_t* mask,
+                                                     int32_t maskStep, RoiSize roiSize, double* result);
+VEKCV_API Status VEKCV_CALL vekiNormDiff_L2_32f_C1MR(const float* source1, int32_t source1Step, const float* source2,
+                                                     int32_t source2Step, const uint8_t* mask, int32_t maskStep,
+                                                     RoiSize roiSize, double* result);
+/** square root of the sum of (source1 - source2)^2, of one channel where the mask is not 0 */
+VEKCV_API Status VEKCV_CALL vekiNormDiff_L2_8u_C3CMR(const uint8_t* source1, int32_t source1Step,
+                                                     const uint8_t* source2, int32_t source2Step, const uint8_t* mask,
+                                                     int32_t maskStep, RoiSize roiSize, int32_t channelOfInterest,
+                                                     double* result);
+VEKCV_API Status VEKCV_CALL vekiNormDiff_L2_8s_C3CMR(const int8_t* source1, int32_t source1Step, const int8_t* source2,
+                                                     int32_t source2Step, const uint8_t* mask, int32_t maskStep,
+                                                     RoiSize roiSize, int32_t channelOfInterest, double* result);
+VEKCV_API Status VEKCV_CALL vekiNormDiff_L2_16u_C3CMR(const uint16_t* source1, int32_t source1Step,
+                                                      const uint16_t* source2, int32_t source2Step, const uint8_t* mask,
+                                                      int32_t maskStep, RoiSize roiSize, int32_t channelOfInterest,
+                                                      double* result);
+VEKCV_API Status VEKCV_CALL vekiNormDiff_L2_32f_C3CMR(const float* source1, int32_t source1Step, const float* source2,
+                                                      int32_t source2Step, const uint8_t* mask, int32_t maskStep,
+                                                      RoiSize roiSize, int32_t channelOfInterest, double* result);
+/** max |source1 - source2| / max |source2|, where the mask is not 0 */
+VEKCV_API Status VEKCV_CALL vekiNormRel_Inf_8u_C1MR(const uint8_t* source1, int32_t source1Step, const uint8_t* source2,
+                                                    int32_t source2Step, const uint8_t* mask, int32_t maskStep,
+                                                    RoiSize roiSize, double* result);
+VEKCV_API Status VEKCV_CALL vekiNormRel_Inf_8s_C1MR(const int8_t* source1, int32_t source1Step, const int8_t* source2,
+                                                    int32_t source2Step, const uint8_t* mask, int32_t maskStep,
+                                                    RoiSize roiSize, double* result);
+VEKCV_API Status VEKCV_CALL vekiNormRel_Inf_16u_C1MR(const uint16_t* source1, int32_t source1Step,
+                                                     const uint16_t* source2, int32_t source2Step, const uint8_t* mask,
+                                                     int32_t maskStep, RoiSize roiSize, double* result);
+VEKCV_API Status VEKCV_CALL vekiNormRel_Inf_32f_C1MR(const float* source1, int32_t source1Step, const float* source2,
+                                                     int32_t source2Step, const uint8_t* mask, int32_t maskStep,
+                                                     RoiSize roiSize, double* result);
+/** max |source1 - source2| / max |source2|, of one channel where the mask is not 0 */
+VEKCV_API Status VEKCV_CALL vekiNormRel_Inf_8u_C3CMR(const uint8_t* source1, int32_t source1Step,
+                                                     const uint8_t* source2, int32_t source2Step, const uint8_t* mask,
+                                                     int32_t maskStep, RoiSize roiSize, int32_t channelOfInterest,
+                                                     double* result);
+VEKCV_API Status VEKCV_CALL vekiNormRel_Inf_8s_C3CMR(const int8_t* source1, int32_t source1Step, const int8_t* source2,
+                                                     int32_t source2Step, const uint8_t* mask, int32_t maskStep,
+                                                     RoiSize roiSize, int32_t channelOfInterest, double* result);
+VEKCV_API Status VEKCV_CALL vekiNormRel_Inf_16u_C3CMR(const uint16_t* source1, int32_t source1Step,
+                                                      const uint16_t* source2, int32_t source2Step, const uint8_t* mask,
+                                                      int32_t maskStep, RoiSize roiSize, int32_t channelOfInterest,
+                                                      double* result);
+VEKCV_API Status VEKCV_CALL vekiNormRel_Inf_32f_C3CMR(const float* source1, int32_t source1Step, const float* source2,
+                                                      int32_t source2Step, const uint8_t* mask, int32_t maskStep,
+                                                      RoiSize roiSize, int32_t channelOfInterest, double* result);
+/** sum of |source1 - source2| / sum of |source2|, where the mask is not 0 */
+VEKCV_API Status VEKCV_CALL vekiNormRel_L1_8u_C1MR(const uint8_t* source1, int32_t source1Step, const uint8_t* source2,
+                                                   int32_t source2Step, const uint8_t* mask, int32_t maskStep,
+                                                   RoiSize roiSize, double* result);
+VEKCV_API Status VEKCV_CALL vekiNormRel_L1_8s_C1MR(const int8_t* source1, int32_t source1Step, const int8_t* source2,
+                                                   int32_t source2Step, const uint8_t* mask, int32_t maskStep,
+                                                   RoiSize roiSize, double* result);
+VEKCV_API Status VEKCV_CALL vekiNormRel_L1_16u_C1MR(const uint16_t* source1, int32_t source1Step,
+                                                    const uint16_t* source2, int32_t source2Step, const uint8_t* mask,
+                                                    int32_t maskStep, RoiSize roiSize, double* result);
+VEKCV_API Status VEKCV_CALL vekiNormRel_L1_32f_C1MR(const float* source1, int32_t source1Step, const float* source2,
+                                                    int32_t source2Step, const uint8_t* mask, int32_t maskStep,
+                                                    RoiSize roiSize, double* result);
+/** sum of |source1 - source2| / sum of |source2|, of one channel where the mask is not 0 */
+VEKCV_API Status VEKCV_CALL vekiNormRel_L1_8u_C3CMR(const uint8_t* source1, int32_t source1Step, const uint8_t* source2,
+                                                    int32_t source2Step, const uint8_t* mask, int32_t maskStep,
+                                                    RoiSize roiSize, int32_t channelOfInterest, double* result);
+VEKCV_API Status VEKCV_CALL vekiNormRel_L1_8s_C3CMR(const int8_t* source1, int32_t source1Step, const int8_t* source2,
+                                                    int32_t source2Step, const uint8_t* mask, int32_t maskStep,
+                                                    RoiSize roiSize, int32_t channelOfInterest, double* result);
+VEKCV_API Status VEKCV_CALL vekiNormRel_L1_16u_C3CMR(const uint16_t* source1, int32_t source1Step,
+                                                     const uint16_t* source2, int32_t source2Step, const uint8_t* mask,
+                                                     int32_t maskStep, RoiSize roiSize, int32_t channelOfInterest,
+                                                     double* result);
+VEKCV_API Status VEKCV_CALL vekiNormRel_L1_32f_C3CMR(const float* source1, int32_t source1Step, const float* source2,
+                                                     int32_t source2Step, const uint8_t* mask, int32_t maskStep,
+                                                     RoiSize roiSize, int32_t channelOfInterest, double* result);
+/** L2 norm of source1 - source2 / L2 norm of source2, where the mask is not 0 */
+VEKCV_API Status VEKCV_CALL vekiNormRel_L2_8u_C1MR(const uint8_t* source1, int32_t source1Step, const uint8_t* source2,
+                                                   int32_t source2Step, const uint8_t* mask, int32_t maskStep,
+                                                   RoiSize roiSize, double* result);
+VEKCV_API Status VEKCV_CALL vekiNormRel_L2_8s_C1MR(const int8_t* source1, int32_t source1Step, const int8_t* source2,
+                                                   int32_t source2Step, const uint8_t* mask, int32_t maskStep,
+                                                   RoiSize roiSize, double* result);
+VEKCV_API Status VEKCV_CALL vekiNormRel_L2_16u_C1MR(const uint16_t* source1, int32_t source1Step,
+                                                    const uint16_t* source2, int32_t source2Step, const uint8_t* mask,
+                                                    int32_t maskStep, RoiSize roiSize, double* result);
+VEKCV_API Status VEKCV_CALL vekiNormRel_L2_32f_C1MR(const float* source1, int32_t source1Step, const float* source2,
+                                                    int32_t source2Step, const uint8_t* mask, int32_t maskStep,
+                                                    RoiSize roiSize, double* result);
+/** L2 norm of source1 - source2 / L2 norm of source2, of one channel where the mask is not 0 */
+VEKCV_API Status VEKCV_CALL vekiNormRel_L2_8u_C3CMR(const uint8_t* source1, int32_t source1Step, const uint8_t* source2,
+                                                    int32_t source2Step, const uint8_t* mask, int32_t maskStep,
+                                                    RoiSize roiSize, int32_t channelOfInterest, double* result);
+VEKCV_API Status VEKCV_CALL vekiNormRel_L2_8s_C3CMR(const int8_t* source1, int32_t source1Step, const int8_t* source2,
+                                                    int32_t source2Step, const uint8_t* mask, int32_t maskStep,
+                                                    RoiSize roiSize, int32_t channelOfInterest, double* result);
+VEKCV_API Status VEKCV_CALL vekiNormRel_L2_16u_C3CMR(const uint16_t* source1, int32_t source1Step,
+                                                     const uint16_t* source2, int32_t source2Step, const uint8_t* mask,
+                                                     int32_t maskStep, RoiSize roiSize, int32_t channelOfInterest,
+                                                     double* result);
+VEKCV_API Status VEKCV_CALL vekiNormRel_L2_32f_C3CMR(const float* source1, int32_t source1Step, const float* source2,
+                                                     int32_t source2Step, const uint8_t* mask, int32_t maskStep,
+                                                     RoiSize roiSize, int32_t channelOfInterest, double* result);
+/** @} */
+
 #ifdef __cplusplus
 }
 #endif

@@ -1,0 +1,345 @@
+// Norms of an image, of a difference, and of a difference relative to an image.
+#include <cmath>
+
+#include "absolute_difference.h"
+#include "bind.h"
+#include "channel_forms.h"
+#include "check.h"
+#include "parallel.h"
+#include "sums.h"
+
+namespace VEKCV_VARIANT {
+namespace {
+
+/** The type of |a| and |a - b|: unsigned for integers. */
+template <typename T>
+using Magnitude = std::conditional_t<hwy::IsFloat<T>(), T, hwy::MakeUnsigned<T>>;
+
+template <typename T>
+HWY_INLINE hn::Vec<hn::ScalableTag<Magnitude<T>>> magnitude(hn::Vec<hn::ScalableTag<T>> a) {
+    if constexpr (std::is_same_v<T, uint8_t> || std::is_same_v<T, uint16_t>)
+        return a;
+    else
+        return hn::BitCast(hn::ScalableTag<Magnitude<T>>(), hn::Abs(a));
+}
+
+template <typename T>
+HWY_INLINE hn::Vec<hn::ScalableTag<Magnitude<T>>> distance(hn::Vec<hn::ScalableTag<T>> a,
+                                                           hn::Vec<hn::ScalableTag<T>> b) {
+    if constexpr (std::is_same_v<T, int8_t>) {
+        // Moved to 0 to 255, for the difference of two signed bytes does not fit one.
+        const hn::ScalableTag<uint8_t> d;
+        const auto middle = hn::Set(d, 128);
+        return absoluteDifference(hn::Xor(hn::BitCast(d, a), middle), hn::Xor(hn::BitCast(d, b), middle));
+    } else {
+        return absoluteDifference(a, b);
+    }
+}
+
+/** Sums of floats: those of a row in single precision, those of the rows in double. */
+template <bool kSquares>
+class RowSums {
+    using D = hn::ScalableTag<float>;
+    static constexpr auto kLanes = static_cast<ptrdiff_t>(hn::MaxLanes(D()));
+
+  public:
+    HWY_INLINE RowSums() { clear(); }
+    HWY_INLINE void add(ptrdiff_t vector, hn::Vec<D> v) {
+        row_[vector] = hn::Add(row_[vector], kSquares ? hn::Mul(v, v) : v);
+    }
+    HWY_INLINE void endRun() {
+        float lanes[kBlockPixels<float>];
+        for (ptrdiff_t i = 0; i < kBlockVectorCount<float>; ++i)
+            hn::StoreU(row_[i], D(), lanes + i * kLanes);
+        for (ptrdiff_t half = kBlockPixels<float> / 2; half > 0; half /= 2)
+            for (ptrdiff_t i = 0; i < half; ++i)
+                lanes[i] += lanes[i + half];
+        total_ += static_cast<double>(lanes[0]);
+        clear();
+    }
+    double total() const { return total_; }
+
+  private:
+    HWY_INLINE void clear() {
+        for (auto& sums : row_)
+            sums = hn::Zero(D());
+    }
+
+    hn::Vec<D> row_[kBlockVectorCount<float>];
+    double total_ = 0;
+};
+
+template <typename M>
+class Maximum {
+    using D = hn::ScalableTag<M>;
+
+  public:
+    // The maximum of NaN and another value is the second operand on x86, so that a NaN is passed over.
+    HWY_INLINE void add(ptrdiff_t /*vector*/, hn::Vec<D> v) { most_ = hn::Max(v, most_); }
+    HWY_INLINE void endRun() {}
+    M total() const {
+        M lanes[hn::MaxLanes(D())];
+        hn::StoreU(most_, D(), lanes);
+        M most = lanes[0];
+        for (const M lane : lanes)
+            most = lane > most ? lane : most;
+        return most;
+    }
+
+  private:
+    hn::Vec<D> most_ = hn::Zero(D());
+};
+
+// A norm: what magnitudes are added to, how the totals of two stripes are joined, and what the norm is of a total.
+struct Inf {
+    template <typename M>
+    using Accumulator = Maximum<M>;
+    template <typename Total>
+    static Total join(Total a, Total b) {
+        return a < b ? b : a;
+    }
+    static double norm(double total) { return total; }
+};
+
+struct L1 {
+    template <typename M>
+    using Accumulator = std::conditional_t<hwy::IsFloat<M>(), RowSums<false>, Sum<M>>;
+    template <typename Total>
+    static Total join(Total a, Total b) {
+        return a + b;
+    }
+    static double norm(double total) { return total; }
+};
+
+struct L2 : L1 {
+    template <typename M>
+    using Accumulator = std::conditional_t<hwy::IsFloat<M>(), RowSums<true>, SumOfSquares<M>>;
+    static double norm(double total) { return std::sqrt(total); }
+};
+
+/** The magnitudes of blocks: of one image, or of a difference and, for relative norms, of the second image. */
+template <typename Norm, typename T, bool kRelative>
+class NormReduction {
+    using M = Magnitude<T>;
+    using Accumulator = typename Norm::template Accumulator<M>;
+    using Total = decltype(Accumulator().total());
+    using D = hn::ScalableTag<T>;
+    static constexpr auto kLanes = static_cast<ptrdiff_t>(hn::MaxLanes(D()));
+
+  public:
+    static constexpr ptrdiff_t kBlock = kBlockPixels<T>;
+    // The sums of floats are those of rows.
+    static constexpr ptrdiff_t kRunPixels = hwy::IsFloat<T>() ? PTRDIFF_MAX : kSumRunPixels<M>;
+
+    struct Totals {
+        Total difference{}, second{};
+
+        static void join(Totals& a, const Totals& b) {
+            a = {Norm::join(a.difference, b.difference), Norm::join(a.second, b.second)};
+        }
+    };
+
+    static T neutral() { return 0; }
+
+    template <int32_t kStride>
+    HWY_INLINE void add(Pixels<T, kStride> a, MaskBytes mask) {
+        for (ptrdiff_t i = 0; i < kBlockVectorCount<T>; ++i, a = a + kLanes, mask = mask + kLanes)
+            difference_.add(i, mask.selectOrZero(hn::ScalableTag<M>(), magnitude<T>(a.load(D()))));
+    }
+    template <int32_t kStride>
+    HWY_INLINE void add(Pixels<T, kStride> a, Pixels<T, kStride> b, MaskBytes mask) {
+        const hn::ScalableTag<M> d;
+        for (ptrdiff_t i = 0; i < kBlockVectorCount<T>; ++i, a = a + kLanes, b = b + kLanes, mask = mask + kLanes) {
+            const auto second = b.load(D());
+            difference_.add(i, mask.selectOrZero(d, distance<T>(a.load(D()), second)));
+            if constexpr (kRelative)
+                second_.add(i, mask.selectOrZero(d, magnitude<T>(second)));
+        }
+    }
+    HWY_INLINE void endRun() {
+        difference_.endRun();
+        if constexpr (kRelative)
+            second_.endRun();
+    }
+
+    Totals totals() const { return {difference_.total(), second_.total()}; }
+
+  private:
+    Accumulator difference_;
+    Accumulator second_;
+};
+
+/** Pixels for each thread, from which on an export is shared among the threads. */
+template <auto Export>
+constexpr int64_t kPixelsPerThread = 131072;
+constexpr int64_t kAlone = 0;
+
+template <>
+constexpr int64_t kPixelsPerThread<&vekiNorm_Inf_8u_C1MR> = 524288;
+template <>
+constexpr int64_t kPixelsPerThread<&vekiNorm_Inf_8s_C1MR> = 524288;
+template <>
+constexpr int64_t kPixelsPerThread<&vekiNorm_Inf_16u_C1MR> = 524288;
+template <>
+constexpr int64_t kPixelsPerThread<&vekiNorm_Inf_32f_C3CMR> = 32768;
+template <>
+constexpr int64_t kPixelsPerThread<&vekiNormDiff_L1_8s_C3CMR> = 32768;
+template <>
+constexpr int64_t kPixelsPerThread<&vekiNormDiff_L1_16u_C3CMR> = 32768;
+template <>
+constexpr int64_t kPixelsPerThread<&vekiNormRel_Inf_16u_C3CMR> = 32768;
+template <>
+constexpr int64_t kPixelsPerThread<&vekiNormRel_Inf_32f_C1MR> = 32768;
+template <>
+constexpr int64_t kPixelsPerThread<&vekiNormRel_Inf_32f_C3CMR> = 32768;
+template <>
+constexpr int64_t kPixelsPerThread<&vekiNormRel_L1_16u_C3CMR> = 32768;
+template <>
+constexpr int64_t kPixelsPerThread<&vekiNormRel_L2_16u_C3CMR> = 32768;
+template <>
+constexpr int64_t kPixelsPerThread<&vekiNormDiff_Inf_16u_C1MR> = kAlone;
+template <>
+constexpr int64_t kPixelsPerThread<&vekiNormDiff_Inf_16u_C3CMR> = kAlone;
+
+/** Checks, and the norm of one channel of the sources. */
+template <auto Export, typename Norm, bool kRelative, typename T, int32_t kChannels, typename... Sources>
+Status reduce(Image<const uint8_t> mask, RoiSize roi, int32_t channel, double* result, Image<const T, kChannels> source,
+              Sources... others) {
+    if (Status status = Check()
+                            .pointers(source, others..., mask, result)
+                            .roi(roi)
+                            .steps(roi.width, source, others..., mask)
+                            .channelOfInterest(channel))
+        return status;
+
+    using Reduction = NormReduction<Norm, T, kRelative>;
+    constexpr int64_t kPixels = kPixelsPerThread<Export>;
+    const ParallelFrom threshold = kPixels == kAlone ? ParallelFrom::never() : ParallelFrom::perThread(kPixels);
+    const auto totals = reduceRows(
+        roi, threshold,
+        [=](int32_t first, int32_t rows) {
+            const PixelRows lines = reducedRows<T>(roi, first, rows, source, others..., mask);
+            Reduction reduction;
+            for (int32_t y = lines.first; y < lines.end; ++y)
+                reduceRow(reduction, lines.width, pixelRow(source.from(channel), y),
+                          pixelRow(others.from(channel), y)..., maskRow(mask, y));
+            return reduction.totals();
+        },
+        Reduction::Totals::join);
+
+    const double norm = Norm::norm(static_cast<double>(totals.difference));
+    if constexpr (!kRelative) {
+        *result = norm;
+        return StatusOk;
+    }
+    const double divisor = Norm::norm(static_cast<double>(totals.second));
+    *result = norm / divisor;
+    return divisor == 0 ? StatusDivideByZeroWarning : StatusOk;
+}
+
+template <auto Export, typename Norm>
+struct NormOfOne {
+    template <typename Source>
+    static Status run(Source source, Image<const uint8_t> mask, RoiSize roi, int32_t channel, double* result) {
+        return reduce<Export, Norm, false>(mask, roi, channel, result, source);
+    }
+};
+
+template <auto Export, typename Norm, bool kRelative, typename T>
+Status normOfTwo(const T* source1, int32_t source1Step, const T* source2, int32_t source2Step, const uint8_t* mask,
+                 int32_t maskStep, RoiSize roi, double* result) {
+    return reduce<Export, Norm, kRelative>({mask, maskStep}, roi, 1, result, Image<const T>{source1, source1Step},
+                                           Image<const T>{source2, source2Step});
+}
+
+template <auto Export, typename Norm, bool kRelative, typename T>
+Status normOfTwo(const T* source1, int32_t source1Step, const T* source2, int32_t source2Step, const uint8_t* mask,
+                 int32_t maskStep, RoiSize roi, int32_t channel, double* result) {
+    return reduce<Export, Norm, kRelative>({mask, maskStep}, roi, channel, result,
+                                           Image<const T, 3>{source1, source1Step},
+                                           Image<const T, 3>{source2, source2Step});
+}
+
+}  // namespace
+
+VEKCV_BIND(vekiNorm_Inf_8u_C1MR, onChannel<NormOfOne<kExport, Inf>>);
+VEKCV_BIND(vekiNorm_Inf_8s_C1MR, onChannel<NormOfOne<kExport, Inf>>);
+VEKCV_BIND(vekiNorm_Inf_16u_C1MR, onChannel<NormOfOne<kExport, Inf>>);
+VEKCV_BIND(vekiNorm_Inf_32f_C1MR, onChannel<NormOfOne<kExport, Inf>>);
+VEKCV_BIND(vekiNorm_Inf_8u_C3CMR, onChannel<NormOfOne<kExport, Inf>>);
+VEKCV_BIND(vekiNorm_Inf_8s_C3CMR, onChannel<NormOfOne<kExport, Inf>>);
+VEKCV_BIND(vekiNorm_Inf_16u_C3CMR, onChannel<NormOfOne<kExport, Inf>>);
+VEKCV_BIND(vekiNorm_Inf_32f_C3CMR, onChannel<NormOfOne<kExport, Inf>>);
+
+VEKCV_BIND(vekiNorm_L1_8u_C1MR, onChannel<NormOfOne<kExport, L1>>);
+VEKCV_BIND(vekiNorm_L1_8s_C1MR, onChannel<NormOfOne<kExport, L1>>);
+VEKCV_BIND(vekiNorm_L1_16u_C1MR, onChannel<NormOfOne<kExport, L1>>);
+VEKCV_BIND(vekiNorm_L1_32f_C1MR, onChannel<NormOfOne<kExport, L1>>);
+VEKCV_BIND(vekiNorm_L1_8u_C3CMR, onChannel<NormOfOne<kExport, L1>>);
+VEKCV_BIND(vekiNorm_L1_8s_C3CMR, onChannel<NormOfOne<kExport, L1>>);
+VEKCV_BIND(vekiNorm_L1_16u_C3CMR, onChannel<NormOfOne<kExport, L1>>);
+VEKCV_BIND(vekiNorm_L1_32f_C3CMR, onChannel<NormOfOne<kExport, L1>>);
+
+VEKCV_BIND(vekiNorm_L2_8u_C1MR, onChannel<NormOfOne<kExport, L2>>);
+VEKCV_BIND(vekiNorm_L2_8s_C1MR, onChannel<NormOfOne<kExport, L2>>);
+VEKCV_BIND(vekiNorm_L2_16u_C1MR, onChannel<NormOfOne<kExport, L2>>);
+VEKCV_BIND(vekiNorm_L2_32f_C1MR, onChannel<NormOfOne<kExport, L2>>);
+VEKCV_BIND(vekiNorm_L2_8u_C3CMR, onChannel<NormOfOne<kExport, L2>>);
+VEKCV_BIND(vekiNorm_L2_8s_C3CMR, onChannel<NormOfOne<kExport, L2>>);
+VEKCV_BIND(vekiNorm_L2_16u_C3CMR, onChannel<NormOfOne<kExport, L2>>);
+VEKCV_BIND(vekiNorm_L2_32f_C3CMR, onChannel<NormOfOne<kExport, L2>>);
+
+VEKCV_BIND(vekiNormDiff_Inf_8u_C1MR, normOfTwo<kExport, Inf, false>);
+VEKCV_BIND(vekiNormDiff_Inf_8s_C1MR, normOfTwo<kExport, Inf, false>);
+VEKCV_BIND(vekiNormDiff_Inf_16u_C1MR, normOfTwo<kExport, Inf, false>);
+VEKCV_BIND(vekiNormDiff_Inf_32f_C1MR, normOfTwo<kExport, Inf, false>);
+VEKCV_BIND(vekiNormDiff_Inf_8u_C3CMR, normOfTwo<kExport, Inf, false>);
+VEKCV_BIND(vekiNormDiff_Inf_8s_C3CMR, normOfTwo<kExport, Inf, false>);
+VEKCV_BIND(vekiNormDiff_Inf_16u_C3CMR, normOfTwo<kExport, Inf, false>);
+VEKCV_BIND(vekiNormDiff_Inf_32f_C3CMR, normOfTwo<kExport, Inf, false>);
+
+VEKCV_BIND(vekiNormDiff_L1_8u_C1MR, normOfTwo<kExport, L1, false>);
+VEKCV_BIND(vekiNormDiff_L1_8s_C1MR, normOfTwo<kExport, L1, false>);
+VEKCV_BIND(vekiNormDiff_L1_16u_C1MR, normOfTwo<kExport, L1, false>);
+VEKCV_BIND(vekiNormDiff_L1_32f_C1MR, normOfTwo<kExport, L1, false>);
+VEKCV_BIND(vekiNormDiff_L1_8u_C3CMR, normOfTwo<kExport, L1, false>);
+VEKCV_BIND(vekiNormDiff_L1_8s_C3CMR, normOfTwo<kExport, L1, false>);
+VEKCV_BIND(vekiNormDiff_L1_16u_C3CMR, normOfTwo<kExport, L1, false>);
+VEKCV_BIND(vekiNormDiff_L1_32f_C3CMR, normOfTwo<kExport, L1, false>);
+
+VEKCV_BIND(vekiNormDiff_L2_8u_C1MR, normOfTwo<kExport, L2, false>);
+VEKCV_BIND(vekiNormDiff_L2_8s_C1MR, normOfTwo<kExport, L2, false>);
+VEKCV_BIND(vekiNormDiff_L2_16u_C1MR, normOfTwo<kExport, L2, false>);
+VEKCV_BIND(vekiNormDiff_L2_32f_C1MR, normOfTwo<kExport, L2, false>);
+VEKCV_BIND(vekiNormDiff_L2_8u_C3CMR, normOfTwo<kExport, L2, false>);
+VEKCV_BIND(vekiNormDiff_L2_8s_C3CMR, normOfTwo<kExport, L2, false>);
+VEKCV_BIND(vekiNormDiff_L2_16u_C3CMR, normOfTwo<kExport, L2, false>);
+VEKCV_BIND(vekiNormDiff_L2_32f_C3CMR, normOfTwo<kExport, L2, false>);
+
+VEKCV_BIND(vekiNormRel_Inf_8u_C1MR, normOfTwo<kExport, Inf, true>);
+VEKCV_BIND(vekiNormRel_Inf_8s_C1MR, normOfTwo<kExport, Inf, true>);
+VEKCV_BIND(vekiNormRel_Inf_16u_C1MR, normOfTwo<kExport, Inf, true>);
+VEKCV_BIND(vekiNormRel_Inf_32f_C1MR, normOfTwo<kExport, Inf, true>);
+VEKCV_BIND(vekiNormRel_Inf_8u_C3CMR, normOfTwo<kExport, Inf, true>);
+VEKCV_BIND(vekiNormRel_Inf_8s_C3CMR, normOfTwo<kExport, Inf, true>);
+VEKCV_BIND(vekiNormRel_Inf_16u_C3CMR, normOfTwo<kExport, Inf, true>);
+VEKCV_BIND(vekiNormRel_Inf_32f_C3CMR, normOfTwo<kExport, Inf, true>);
+
+VEKCV_BIND(vekiNormRel_L1_8u_C1MR, normOfTwo<kExport, L1, true>);
+VEKCV_BIND(vekiNormRel_L1_8s_C1MR, normOfTwo<kExport, L1, true>);
+VEKCV_BIND(vekiNormRel_L1_16u_C1MR, normOfTwo<kExport, L1, true>);
+VEKCV_BIND(vekiNormRel_L1_32f_C1MR, normOfTwo<kExport, L1, true>);
+VEKCV_BIND(vekiNormRel_L1_8u_C3CMR, normOfTwo<kExport, L1, true>);
+VEKCV_BIND(vekiNormRel_L1_8s_C3CMR, normOfTwo<kExport, L1, true>);
+VEKCV_BIND(vekiNormRel_L1_16u_C3CMR, normOfTwo<kExport, L1, true>);
+VEKCV_BIND(vekiNormRel_L1_32f_C3CMR, normOfTwo<kExport, L1, true>);
+
+VEKCV_BIND(vekiNormRel_L2_8u_C1MR, normOfTwo<kExport, L2, true>);
+VEKCV_BIND(vekiNormRel_L2_8s_C1MR, normOfTwo<kExport, L2, true>);
+VEKCV_BIND(vekiNormRel_L2_16u_C1MR, normOfTwo<kExport, L2, true>);
+VEKCV_BIND(vekiNormRel_L2_32f_C1MR, normOfTwo<kExport, L2, true>);
+VEKCV_BIND(vekiNormRel_L2_8u_C3CMR, normOfTwo<kExport, L2, true>);
+VEKCV_BIND(vekiNormRel_L2_8s_C3CMR, normOfTwo<kExport, L2, true>);
+VEKCV_BIND(vekiNormRel_L2_16u_C3CMR, normOfTwo<kExport, L2, true>);
+VEKCV_BIND(vekiNormRel_L2_32f_C3CMR, normOfTwo<kExport, L2, true>);
+}  // namespace VEKCV_VARIANT

@@ -1,0 +1,138 @@
+// Exact sums of unsigned integers, and of their squares, over the pixels of blocks.
+#pragma once
+
+#include "reduction.h"
+
+namespace VEKCV_VARIANT {
+
+/** Pixels between two calls of endRun: so many that the 32-bit sums below cannot overflow. */
+template <typename T>
+constexpr ptrdiff_t kSumRunPixels = 1024 * kBlockPixels<T>;
+
+/** Sums of products of 16-bit lanes: 32-bit sums of a run, and 64-bit sums of the runs. */
+class ProductSums {
+    using Narrow = hn::ScalableTag<int32_t>;
+    using Wide = hn::ScalableTag<uint64_t>;
+
+  public:
+    template <typename V>
+    HWY_INLINE void add(V a, V b) {
+        hn::Vec<Narrow> unused = run_;
+        run_ = hn::ReorderWidenMulAccumulate(Narrow(), a, b, run_, unused);
+    }
+    HWY_INLINE void endRun() {
+        const Wide d;
+        const auto pairs = hn::BitCast(d, run_);
+        runs_ = hn::Add(runs_, hn::Add(hn::And(pairs, hn::Set(d, 0xFFFFFFFF)), hn::ShiftRight<32>(pairs)));
+        run_ = hn::Zero(Narrow());
+    }
+    uint64_t total() const { return hn::GetLane(hn::SumOfLanes(Wide(), runs_)); }
+
+  private:
+    hn::Vec<Narrow> run_ = hn::Zero(Narrow());
+    hn::Vec<Wide> runs_ = hn::Zero(Wide());
+};
+
+/** Sums of bytes. */
+class ByteSums {
+    using Wide = hn::ScalableTag<uint64_t>;
+
+  public:
+    template <typename V>
+    HWY_INLINE void add(V bytes) {
+        sums_ = hn::Add(sums_, hn::SumsOf8(bytes));
+    }
+    uint64_t total() const { return hn::GetLane(hn::SumOfLanes(Wide(), sums_)); }
+
+  private:
+    hn::Vec<Wide> sums_ = hn::Zero(Wide());
+};
+
+/** The low and the high bytes of 16-bit lanes, as lanes of 16 bits. */
+template <typename D>
+HWY_INLINE hn::Vec<D> lowBytes(D d, hn::Vec<D> v) {
+    return hn::And(v, hn::Set(d, 0xFF));
+}
+template <typename V>
+HWY_INLINE V highBytes(V v) {
+    return hn::ShiftRight<8>(v);
+}
+
+template <typename T>
+class Sum;
+
+template <>
+class Sum<uint8_t> {
+  public:
+    HWY_INLINE void add(ptrdiff_t /*vector*/, hn::Vec<hn::ScalableTag<uint8_t>> v) { sums_.add(v); }
+    HWY_INLINE void endRun() {}
+    uint64_t total() const { return sums_.total(); }
+
+  private:
+    ByteSums sums_;
+};
+
+template <>
+class Sum<uint16_t> {
+    using D = hn::ScalableTag<uint16_t>;
+    using Bytes = hn::ScalableTag<uint8_t>;
+
+  public:
+    HWY_INLINE void add(ptrdiff_t /*vector*/, hn::Vec<D> v) {
+        low_.add(hn::BitCast(Bytes(), lowBytes(D(), v)));
+        high_.add(hn::BitCast(Bytes(), highBytes(v)));
+    }
+    HWY_INLINE void endRun() {}
+    uint64_t total() const { return low_.total() + 256 * high_.total(); }
+
+  private:
+    ByteSums low_, high_;
+};
+
+template <typename T>
+class SumOfSquares;
+
+template <>
+class SumOfSquares<uint8_t> {
+    using D = hn::ScalableTag<uint8_t>;
+    using Wide = hn::ScalableTag<int16_t>;
+
+  public:
+    HWY_INLINE void add(ptrdiff_t /*vector*/, hn::Vec<D> v) {
+        const auto lower = hn::BitCast(Wide(), hn::InterleaveLower(D(), v, hn::Zero(D())));
+        const auto upper = hn::BitCast(Wide(), hn::InterleaveUpper(D(), v, hn::Zero(D())));
+        sums_.add(lower, lower);
+        sums_.add(upper, upper);
+    }
+    HWY_INLINE void endRun() { sums_.endRun(); }
+    uint64_t total() const { return sums_.total(); }
+
+  private:
+    ProductSums sums_;
+};
+
+/** (256 h + l)^2 = 65536 h^2 + 512 h l + l^2, whose products fit the multiplication of signed lanes. */
+template <>
+class SumOfSquares<uint16_t> {
+    using D = hn::ScalableTag<uint16_t>;
+    using Signed = hn::ScalableTag<int16_t>;
+
+  public:
+    HWY_INLINE void add(ptrdiff_t /*vector*/, hn::Vec<D> v) {
+        const auto low = hn::BitCast(Signed(), lowBytes(D(), v)), high = hn::BitCast(Signed(), highBytes(v));
+        lowSquares_.add(low, low);
+        products_.add(low, high);
+        highSquares_.add(high, high);
+    }
+    HWY_INLINE void endRun() {
+        lowSquares_.endRun();
+        products_.endRun();
+        highSquares_.endRun();
+    }
+    uint64_t total() const { return (highSquares_.total() << 16) + (products_.total() << 9) + lowSquares_.total(); }
+
+  private:
+    ProductSums lowSquares_, products_, highSquares_;
+};
+
+}  // namespace VEKCV_VARIANT
