@@ -616,6 +616,199 @@ VEKCV_API Status VEKCV_CALL vekiNormRel_L2_32f_C3CMR(const float* source1, int32
                                                      RoiSize roiSize, int32_t channelOfInterest, double* result);
 /** @} */
 
+/* ------------------------------------------------------------------------------------------------------------------ */
+/**
+ * @defgroup MeanStdDev Mean and standard deviation
+ * Mean and population standard deviation of the n pixels that take part, with S the sum of their values and Q the sum
+ * of the squares:
+ *
+ *     mean = S / n
+ *     standardDeviation = sqrt(|Q / n - mean * mean|)
+ *
+ * Without any pixel that takes part both are 0. S and Q of integers are exact for every region; the formulas are
+ * evaluated in double. Floats are converted to double, and they and their squares are added in 16 running sums of
+ * doubles (pixel x of every row to sum x modulo 16), which are added in pairs (k and k + 8, then + 4, + 2, + 1). With
+ * more than one thread each has running sums of its own, so that the number of threads may change the last bits of the
+ * results of floats. A NaN or an infinity that takes part makes the deviation NaN, and the mean NaN or infinite.
+ *
+ * The standard deviation of a constant integer image is exactly 0. Where the deviation is small against the mean, the
+ * difference in the formula cancels: the variance has an error of about 1e-16 times the square of the mean.
+ *
+ * @param source   first pixel of the source
+ * @param mask     first pixel of the mask
+ * @param sourceStep, maskStep   bytes from row to row
+ * @param roiSize  size shared by all images, at least 1 x 1
+ * @param channelOfInterest   the channel that is looked at: 1, 2 or 3 (C3C forms)
+ * @param mean     receives the mean; vekiMean_StdDev leaves it out where the pointer is null
+ * @param standardDeviation   receives the standard deviation; left out where the pointer is null
+ *
+ * @retval StatusOk                       the results were written
+ * @retval StatusNullPointer              an image or the mask is null, or the mean of vekiMean
+ * @retval StatusSizeError                width or height is below 1
+ * @retval StatusStepError                a step is smaller than a row
+ * @retval StatusStepNotMultiple          the step of a 16u or 32f image is not a multiple of 2 or 4
+ * @retval StatusChannelOfInterestError   the channel of interest is not 1, 2 or 3 (C3C forms)
+ *
+ * Regions of 131072 pixels for each configured thread and more are shared among the threads, those of
+ * vekiMean_StdDev_32f_C1R from 65536 on.
+ * @{
+ */
+/** mean, where the mask is not 0 */
+VEKCV_API Status VEKCV_CALL vekiMean_8u_C1MR(const uint8_t* source, int32_t sourceStep, const uint8_t* mask,
+                                             int32_t maskStep, RoiSize roiSize, double* mean);
+VEKCV_API Status VEKCV_CALL vekiMean_8s_C1MR(const int8_t* source, int32_t sourceStep, const uint8_t* mask,
+                                             int32_t maskStep, RoiSize roiSize, double* mean);
+VEKCV_API Status VEKCV_CALL vekiMean_16u_C1MR(const uint16_t* source, int32_t sourceStep, const uint8_t* mask,
+                                              int32_t maskStep, RoiSize roiSize, double* mean);
+VEKCV_API Status VEKCV_CALL vekiMean_32f_C1MR(const float* source, int32_t sourceStep, const uint8_t* mask,
+                                              int32_t maskStep, RoiSize roiSize, double* mean);
+/** mean, of one channel where the mask is not 0 */
+VEKCV_API Status VEKCV_CALL vekiMean_8u_C3CMR(const uint8_t* source, int32_t sourceStep, const uint8_t* mask,
+                                              int32_t maskStep, RoiSize roiSize, int32_t channelOfInterest,
+                                              double* mean);
+VEKCV_API Status VEKCV_CALL vekiMean_8s_C3CMR(const int8_t* source, int32_t sourceStep, const uint8_t* mask,
+                                              int32_t maskStep, RoiSize roiSize, int32_t channelOfInterest,
+                                              double* mean);
+VEKCV_API Status VEKCV_CALL vekiMean_16u_C3CMR(const uint16_t* source, int32_t sourceStep, const uint8_t* mask,
+                                               int32_t maskStep, RoiSize roiSize, int32_t channelOfInterest,
+                                               double* mean);
+VEKCV_API Status VEKCV_CALL vekiMean_32f_C3CMR(const float* source, int32_t sourceStep, const uint8_t* mask,
+                                               int32_t maskStep, RoiSize roiSize, int32_t channelOfInterest,
+                                               double* mean);
+/** mean and standard deviation */
+VEKCV_API Status VEKCV_CALL vekiMean_StdDev_8u_C1R(const uint8_t* source, int32_t sourceStep, RoiSize roiSize,
+                                                   double* mean, double* standardDeviation);
+VEKCV_API Status VEKCV_CALL vekiMean_StdDev_8s_C1R(const int8_t* source, int32_t sourceStep, RoiSize roiSize,
+                                                   double* mean, double* standardDeviation);
+VEKCV_API Status VEKCV_CALL vekiMean_StdDev_16u_C1R(const uint16_t* source, int32_t sourceStep, RoiSize roiSize,
+                                                    double* mean, double* standardDeviation);
+VEKCV_API Status VEKCV_CALL vekiMean_StdDev_32f_C1R(const float* source, int32_t sourceStep, RoiSize roiSize,
+                                                    double* mean, double* standardDeviation);
+/** mean and standard deviation, where the mask is not 0 */
+VEKCV_API Status VEKCV_CALL vekiMean_StdDev_8u_C1MR(const uint8_t* source, int32_t sourceStep, const uint8_t* mask,
+                                                    int32_t maskStep, RoiSize roiSize, double* mean,
+                                                    double* standardDeviation);
+VEKCV_API Status VEKCV_CALL vekiMean_StdDev_8s_C1MR(const int8_t* source, int32_t sourceStep, const uint8_t* mask,
+                                                    int32_t maskStep, RoiSize roiSize, double* mean,
+                                                    double* standardDeviation);
+VEKCV_API Status VEKCV_CALL vekiMean_StdDev_16u_C1MR(const uint16_t* source, int32_t sourceStep, const uint8_t* mask,
+                                                     int32_t maskStep, RoiSize roiSize, double* mean,
+                                                     double* standardDeviation);
+VEKCV_API Status VEKCV_CALL vekiMean_StdDev_32f_C1MR(const float* source, int32_t sourceStep, const uint8_t* mask,
+                                                     int32_t maskStep, RoiSize roiSize, double* mean,
+                                                     double* standardDeviation);
+/** mean and standard deviation, of one channel */
+VEKCV_API Status VEKCV_CALL vekiMean_StdDev_8u_C3CR(const uint8_t* source, int32_t sourceStep, RoiSize roiSize,
+                                                    int32_t channelOfInterest, double* mean, double* standardDeviation);
+VEKCV_API Status VEKCV_CALL vekiMean_StdDev_8s_C3CR(const int8_t* source, int32_t sourceStep, RoiSize roiSize,
+                                                    int32_t channelOfInterest, double* mean, double* standardDeviation);
+VEKCV_API Status VEKCV_CALL vekiMean_StdDev_16u_C3CR(const uint16_t* source, int32_t sourceStep, RoiSize roiSize,
+                                                     int32_t channelOfInterest, double* mean,
+                                                     double* standardDeviation);
+VEKCV_API Status VEKCV_CALL vekiMean_StdDev_32f_C3CR(const float* source, int32_t sourceStep, RoiSize roiSize,
+                                                     int32_t channelOfInterest, double* mean,
+                                                     double* standardDeviation);
+/** mean and standard deviation, of one channel where the mask is not 0 */
+VEKCV_API Status VEKCV_CALL vekiMean_StdDev_8u_C3CMR(const uint8_t* source, int32_t sourceStep, const uint8_t* mask,
+                                                     int32_t maskStep, RoiSize roiSize, int32_t channelOfInterest,
+                                                     double* mean, double* standardDeviation);
+VEKCV_API Status VEKCV_CALL vekiMean_StdDev_8s_C3CMR(const int8_t* source, int32_t sourceStep, const uint8_t* mask,
+                                                     int32_t maskStep, RoiSize roiSize, int32_t channelOfInterest,
+                                                     double* mean, double* standardDeviation);
+VEKCV_API Status VEKCV_CALL vekiMean_StdDev_16u_C3CMR(const uint16_t* source, int32_t sourceStep, const uint8_t* mask,
+                                                      int32_t maskStep, RoiSize roiSize, int32_t channelOfInterest,
+                                                      double* mean, double* standardDeviation);
+VEKCV_API Status VEKCV_CALL vekiMean_StdDev_32f_C3CMR(const float* source, int32_t sourceStep, const uint8_t* mask,
+                                                      int32_t maskStep, RoiSize roiSize, int32_t channelOfInterest,
+                                                      double* mean, double* standardDeviation);
+/** @} */
+
+/* ------------------------------------------------------------------------------------------------------------------ */
+/**
+ * @defgroup Extrema Minimum and maximum
+ * The least and the greatest value of the pixels that take part, and where each occurs first: the topmost row, and the
+ * leftmost pixel in it. Positions are relative to the region. All values are exact in the 32-bit float results. The
+ * number of threads does not change any result.
+ *
+ * Pixels that are NaN take no part. Zeros of either sign are equal; the value is that of the pixel at the position.
+ * Without any pixel that takes part both values are 0 and both positions (-1, -1).
+ *
+ * @param source   first pixel of the source
+ * @param mask     first pixel of the mask
+ * @param sourceStep, maskStep   bytes from row to row
+ * @param roiSize  size shared by all images, at least 1 x 1
+ * @param channelOfInterest   the channel that is looked at: 1, 2 or 3 (C3C forms)
+ * @param minimum, maximum             receive the values
+ * @param minimumIndex, maximumIndex   receive the positions
+ *
+ * @retval StatusOk                       the results were written
+ * @retval StatusNullPointer              an image, the mask or a result is null
+ * @retval StatusSizeError                width or height is below 1
+ * @retval StatusStepError                a step is smaller than a row
+ * @retval StatusStepNotMultiple          the step of a 16u or 32f image is not a multiple of 2 or 4
+ * @retval StatusChannelOfInterestError   the channel of interest is not 1, 2 or 3 (C3C forms)
+ *
+ * Regions of 16384 pixels and more are shared among the threads.
+ * @{
+ */
+/** minimum and maximum with their positions */
+VEKCV_API Status VEKCV_CALL vekiMinMaxIndx_8u_C1R(const uint8_t* source, int32_t sourceStep, RoiSize roiSize,
+                                                  float* minimum, float* maximum, ImagePoint* minimumIndex,
+                                                  ImagePoint* maximumIndex);
+VEKCV_API Status VEKCV_CALL vekiMinMaxIndx_8s_C1R(const int8_t* source, int32_t sourceStep, RoiSize roiSize,
+                                                  float* minimum, float* maximum, ImagePoint* minimumIndex,
+                                                  ImagePoint* maximumIndex);
+VEKCV_API Status VEKCV_CALL vekiMinMaxIndx_16u_C1R(const uint16_t* source, int32_t sourceStep, RoiSize roiSize,
+                                                   float* minimum, float* maximum, ImagePoint* minimumIndex,
+                                                   ImagePoint* maximumIndex);
+VEKCV_API Status VEKCV_CALL vekiMinMaxIndx_32f_C1R(const float* source, int32_t sourceStep, RoiSize roiSize,
+                                                   float* minimum, float* maximum, ImagePoint* minimumIndex,
+                                                   ImagePoint* maximumIndex);
+/** minimum and maximum with their positions, where the mask is not 0 */
+VEKCV_API Status VEKCV_CALL vekiMinMaxIndx_8u_C1MR(const uint8_t* source, int32_t sourceStep, const uint8_t* mask,
+                                                   int32_t maskStep, RoiSize roiSize, float* minimum, float* maximum,
+                                                   ImagePoint* minimumIndex, ImagePoint* maximumIndex);
+VEKCV_API Status VEKCV_CALL vekiMinMaxIndx_8s_C1MR(const int8_t* source, int32_t sourceStep, const uint8_t* mask,
+                                                   int32_t maskStep, RoiSize roiSize, float* minimum, float* maximum,
+                                                   ImagePoint* minimumIndex, ImagePoint* maximumIndex);
+VEKCV_API Status VEKCV_CALL vekiMinMaxIndx_16u_C1MR(const uint16_t* source, int32_t sourceStep, const uint8_t* mask,
+                                                    int32_t maskStep, RoiSize roiSize, float* minimum, float* maximum,
+                                                    ImagePoint* minimumIndex, ImagePoint* maximumIndex);
+VEKCV_API Status VEKCV_CALL vekiMinMaxIndx_32f_C1MR(const float* source, int32_t sourceStep, const uint8_t* mask,
+                                                    int32_t maskStep, RoiSize roiSize, float* minimum, float* maximum,
+                                                    ImagePoint* minimumIndex, ImagePoint* maximumIndex);
+/** minimum and maximum with their positions, of one channel */
+VEKCV_API Status VEKCV_CALL vekiMinMaxIndx_8u_C3CR(const uint8_t* source, int32_t sourceStep, RoiSize roiSize,
+                                                   int32_t channelOfInterest, float* minimum, float* maximum,
+                                                   ImagePoint* minimumIndex, ImagePoint* maximumIndex);
+VEKCV_API Status VEKCV_CALL vekiMinMaxIndx_8s_C3CR(const int8_t* source, int32_t sourceStep, RoiSize roiSize,
+                                                   int32_t channelOfInterest, float* minimum, float* maximum,
+                                                   ImagePoint* minimumIndex, ImagePoint* maximumIndex);
+VEKCV_API Status VEKCV_CALL vekiMinMaxIndx_16u_C3CR(const uint16_t* source, int32_t sourceStep, RoiSize roiSize,
+                                                    int32_t channelOfInterest, float* minimum, float* maximum,
+                                                    ImagePoint* minimumIndex, ImagePoint* maximumIndex);
+VEKCV_API Status VEKCV_CALL vekiMinMaxIndx_32f_C3CR(const float* source, int32_t sourceStep, RoiSize roiSize,
+                                                    int32_t channelOfInterest, float* minimum, float* maximum,
+                                                    ImagePoint* minimumIndex, ImagePoint* maximumIndex);
+/** minimum and maximum with their positions, of one channel where the mask is not 0 */
+VEKCV_API Status VEKCV_CALL vekiMinMaxIndx_8u_C3CMR(const uint8_t* source, int32_t sourceStep, const uint8_t* mask,
+                                                    int32_t maskStep, RoiSize roiSize, int32_t channelOfInterest,
+                                                    float* minimum, float* maximum, ImagePoint* minimumIndex,
+                                                    ImagePoint* maximumIndex);
+VEKCV_API Status VEKCV_CALL vekiMinMaxIndx_8s_C3CMR(const int8_t* source, int32_t sourceStep, const uint8_t* mask,
+                                                    int32_t maskStep, RoiSize roiSize, int32_t channelOfInterest,
+                                                    float* minimum, float* maximum, ImagePoint* minimumIndex,
+                                                    ImagePoint* maximumIndex);
+VEKCV_API Status VEKCV_CALL vekiMinMaxIndx_16u_C3CMR(const uint16_t* source, int32_t sourceStep, const uint8_t* mask,
+                                                     int32_t maskStep, RoiSize roiSize, int32_t channelOfInterest,
+                                                     float* minimum, float* maximum, ImagePoint* minimumIndex,
+                                                     ImagePoint* maximumIndex);
+VEKCV_API Status VEKCV_CALL vekiMinMaxIndx_32f_C3CMR(const float* source, int32_t sourceStep, const uint8_t* mask,
+                                                     int32_t maskStep, RoiSize roiSize, int32_t channelOfInterest,
+                                                     float* minimum, float* maximum, ImagePoint* minimumIndex,
+                                                     ImagePoint* maximumIndex);
+/** @} */
+
 #ifdef __cplusplus
 }
 #endif

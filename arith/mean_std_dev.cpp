@@ -1,0 +1,258 @@
+// Mean and standard deviation.
+#include <cmath>
+
+#include "bind.h"
+#include "channel_forms.h"
+#include "check.h"
+#include "parallel.h"
+#include "sums.h"
+
+namespace VEKCV_VARIANT {
+namespace {
+
+/** Pixels for each thread, from which on the work is shared among the threads. */
+constexpr int64_t kPixelsPerThread = 131072;
+
+/** Sum of pixels and of their squares. */
+template <typename T>
+class Moments {
+  public:
+    using Total = int64_t;
+
+    HWY_INLINE void add(ptrdiff_t vector, hn::Vec<hn::ScalableTag<T>> v) { sum_.add(vector, v); }
+    HWY_INLINE void addSquares(ptrdiff_t vector, hn::Vec<hn::ScalableTag<T>> v) { squares_.add(vector, v); }
+    HWY_INLINE void endRun() { squares_.endRun(); }
+    int64_t sum() const { return static_cast<int64_t>(sum_.total()); }
+    uint64_t squares() const { return squares_.total(); }
+
+  private:
+    Sum<T> sum_;
+    SumOfSquares<T> squares_;
+};
+
+/** Signed bytes are added as their distance from -128. */
+template <>
+class Moments<int8_t> {
+    using D = hn::ScalableTag<int8_t>;
+    using Unsigned = hn::ScalableTag<uint8_t>;
+
+  public:
+    using Total = int64_t;
+
+    HWY_INLINE void add(ptrdiff_t vector, hn::Vec<D> v) {
+        moved_.add(vector, hn::Xor(hn::BitCast(Unsigned(), v), hn::Set(Unsigned(), 128)));
+        ++vectors_;
+    }
+    HWY_INLINE void addSquares(ptrdiff_t vector, hn::Vec<D> v) {
+        squares_.add(vector, hn::BitCast(Unsigned(), hn::Abs(v)));
+    }
+    HWY_INLINE void endRun() { squares_.endRun(); }
+    int64_t sum() const { return static_cast<int64_t>(moved_.total()) - 128 * vectors_ * int64_t{hn::MaxLanes(D())}; }
+    uint64_t squares() const { return squares_.total(); }
+
+  private:
+    Sum<uint8_t> moved_;
+    SumOfSquares<uint8_t> squares_;
+    int64_t vectors_ = 0;
+};
+
+/** Sixteen running sums of doubles. */
+class DoubleSums {
+    using D = hn::ScalableTag<double>;
+    static constexpr auto kLanes = static_cast<ptrdiff_t>(hn::MaxLanes(D()));
+
+  public:
+    HWY_INLINE DoubleSums() {
+        for (auto& sums : sums_)
+            sums = hn::Zero(D());
+    }
+    HWY_INLINE void add(ptrdiff_t vector, hn::Vec<D> v) { sums_[vector] = hn::Add(sums_[vector], v); }
+    double total() const {
+        double lanes[kSums];
+        for (ptrdiff_t i = 0; i < kSums; i += kLanes)
+            hn::StoreU(sums_[i / kLanes], D(), lanes + i);
+        for (ptrdiff_t half = kSums / 2; half > 0; half /= 2)
+            for (ptrdiff_t i = 0; i < half; ++i)
+                lanes[i] += lanes[i + half];
+        return lanes[0];
+    }
+
+  private:
+    static constexpr ptrdiff_t kSums = kBlockPixels<float>;
+    hn::Vec<D> sums_[kSums / kLanes];
+};
+
+template <>
+class Moments<float> {
+    using D = hn::ScalableTag<float>;
+    using Wide = hn::ScalableTag<double>;
+
+  public:
+    using Total = double;
+
+    HWY_INLINE void add(ptrdiff_t vector, hn::Vec<D> v) {
+        sum_.add(2 * vector, lower(v));
+        sum_.add(2 * vector + 1, upper(v));
+    }
+    HWY_INLINE void addSquares(ptrdiff_t vector, hn::Vec<D> v) {
+        squares_.add(2 * vector, hn::Mul(lower(v), lower(v)));
+        squares_.add(2 * vector + 1, hn::Mul(upper(v), upper(v)));
+    }
+    HWY_INLINE void endRun() {}
+    double sum() const { return sum_.total(); }
+    double squares() const { return squares_.total(); }
+
+  private:
+    HWY_INLINE static hn::Vec<Wide> lower(hn::Vec<D> v) { return hn::PromoteTo(Wide(), hn::LowerHalf(v)); }
+    HWY_INLINE static hn::Vec<Wide> upper(hn::Vec<D> v) {
+        return hn::PromoteTo(Wide(), hn::UpperHalf(hn::Half<D>(), v));
+    }
+
+    DoubleSums sum_, squares_;
+};
+
+/** Counts the pixels that a mask selects; without a mask it counts nothing. */
+template <ptrdiff_t kBlock>
+class Count {
+    using D = hn::CappedTag<uint8_t, kBlock>;
+    static constexpr auto kLanes = static_cast<ptrdiff_t>(hn::MaxLanes(D()));
+    using Wide = hn::Repartition<uint64_t, D>;
+
+  public:
+    HWY_INLINE void add(NoMask /*mask*/) {}
+    HWY_INLINE void add(MaskBytes mask) {
+        for (ptrdiff_t i = 0; i < kBlock; i += kLanes)
+            count_ = hn::Add(count_, hn::SumsOf8((mask + i).selectOrZero(D(), hn::Set(D(), 1))));
+    }
+    int64_t total() const { return static_cast<int64_t>(hn::GetLane(hn::SumOfLanes(Wide(), count_))); }
+
+  private:
+    hn::Vec<Wide> count_ = hn::Zero(Wide());
+};
+
+enum class Results { kMean, kMeanAndDeviation };
+
+template <typename T, Results kResults>
+class StatisticsReduction {
+    using D = hn::ScalableTag<T>;
+    static constexpr auto kLanes = static_cast<ptrdiff_t>(hn::MaxLanes(D()));
+
+  public:
+    static constexpr ptrdiff_t kBlock = kBlockPixels<T>;
+    static constexpr ptrdiff_t kRunPixels = hwy::IsFloat<T>() ? PTRDIFF_MAX : kSumRunPixels<T>;
+
+    struct Totals {
+        typename Moments<T>::Total sum{};
+        decltype(Moments<T>().squares()) squares{};
+        int64_t count = 0;
+
+        static void join(Totals& a, const Totals& b) { a = {a.sum + b.sum, a.squares + b.squares, a.count + b.count}; }
+    };
+
+    static T neutral() { return 0; }
+
+    template <int32_t kStride, typename Mask>
+    HWY_INLINE void add(Pixels<T, kStride> pixels, Mask mask) {
+        count_.add(mask);
+        for (ptrdiff_t i = 0; i < kBlockVectorCount<T>; ++i, pixels = pixels + kLanes, mask = mask + kLanes) {
+            const auto v = mask.selectOrZero(D(), pixels.load(D()));
+            moments_.add(i, v);
+            if constexpr (kResults == Results::kMeanAndDeviation)
+                moments_.addSquares(i, v);
+        }
+    }
+    HWY_INLINE void endRun() { moments_.endRun(); }
+
+    Totals totals() const { return {moments_.sum(), moments_.squares(), count_.total()}; }
+
+  private:
+    Moments<T> moments_;
+    Count<kBlock> count_;
+};
+
+/** The sums of the pixels that take part. */
+template <Results kResults, typename T, int32_t kChannels, typename Mask>
+auto totalsOf(Image<const T, kChannels> source, Mask mask, RoiSize roi, ParallelFrom threshold) {
+    using Reduction = StatisticsReduction<T, kResults>;
+    auto totals = reduceRows(
+        roi, threshold,
+        [=](int32_t first, int32_t rows) {
+            const PixelRows lines = reducedRows<T>(roi, first, rows, source, mask);
+            Reduction reduction;
+            for (int32_t y = lines.first; y < lines.end; ++y)
+                reduceRow(reduction, lines.width, pixelRow(source, y), maskRow(mask, y));
+            return reduction.totals();
+        },
+        Reduction::Totals::join);
+    if constexpr (std::is_same_v<Mask, NoImage>)
+        totals.count = int64_t{roi.width} * roi.height;
+    return totals;
+}
+
+template <typename Sum>
+double mean(Sum sum, int64_t count) {
+    return count == 0 ? 0 : static_cast<double>(sum) / static_cast<double>(count);
+}
+
+struct Mean {
+    template <typename Source, typename Mask>
+    static Status run(Source source, Mask mask, RoiSize roi, int32_t channel, double* result) {
+        if (Status status = Check()
+                                .pointers(source, mask, result)
+                                .roi(roi)
+                                .steps(roi.width, source, mask)
+                                .channelOfInterest(channel))
+            return status;
+        const auto totals =
+            totalsOf<Results::kMean>(source.from(channel), mask, roi, ParallelFrom::perThread(kPixelsPerThread));
+        *result = mean(totals.sum, totals.count);
+        return StatusOk;
+    }
+};
+
+template <int64_t kPixels>
+struct MeanStdDev {
+    template <typename Source, typename Mask>
+    static Status run(Source source, Mask mask, RoiSize roi, int32_t channel, double* meanResult, double* deviation) {
+        if (Status status =
+                Check().pointers(source, mask).roi(roi).steps(roi.width, source, mask).channelOfInterest(channel))
+            return status;
+        const auto totals =
+            totalsOf<Results::kMeanAndDeviation>(source.from(channel), mask, roi, ParallelFrom::perThread(kPixels));
+        const double average = mean(totals.sum, totals.count);
+        if (meanResult != nullptr)
+            *meanResult = average;
+        if (deviation != nullptr)
+            *deviation = std::sqrt(std::abs(mean(totals.squares, totals.count) - average * average));
+        return StatusOk;
+    }
+};
+
+}  // namespace
+
+VEKCV_BIND(vekiMean_8u_C1MR, onChannel<Mean>);
+VEKCV_BIND(vekiMean_8s_C1MR, onChannel<Mean>);
+VEKCV_BIND(vekiMean_16u_C1MR, onChannel<Mean>);
+VEKCV_BIND(vekiMean_32f_C1MR, onChannel<Mean>);
+VEKCV_BIND(vekiMean_8u_C3CMR, onChannel<Mean>);
+VEKCV_BIND(vekiMean_8s_C3CMR, onChannel<Mean>);
+VEKCV_BIND(vekiMean_16u_C3CMR, onChannel<Mean>);
+VEKCV_BIND(vekiMean_32f_C3CMR, onChannel<Mean>);
+
+VEKCV_BIND(vekiMean_StdDev_8u_C1R, onChannel<MeanStdDev<kPixelsPerThread>>);
+VEKCV_BIND(vekiMean_StdDev_8s_C1R, onChannel<MeanStdDev<kPixelsPerThread>>);
+VEKCV_BIND(vekiMean_StdDev_16u_C1R, onChannel<MeanStdDev<kPixelsPerThread>>);
+VEKCV_BIND(vekiMean_StdDev_32f_C1R, onChannel<MeanStdDev<65536>>);
+VEKCV_BIND(vekiMean_StdDev_8u_C1MR, onChannel<MeanStdDev<kPixelsPerThread>>);
+VEKCV_BIND(vekiMean_StdDev_8s_C1MR, onChannel<MeanStdDev<kPixelsPerThread>>);
+VEKCV_BIND(vekiMean_StdDev_16u_C1MR, onChannel<MeanStdDev<kPixelsPerThread>>);
+VEKCV_BIND(vekiMean_StdDev_32f_C1MR, onChannel<MeanStdDev<kPixelsPerThread>>);
+VEKCV_BIND(vekiMean_StdDev_8u_C3CR, onChannel<MeanStdDev<kPixelsPerThread>>);
+VEKCV_BIND(vekiMean_StdDev_8s_C3CR, onChannel<MeanStdDev<kPixelsPerThread>>);
+VEKCV_BIND(vekiMean_StdDev_16u_C3CR, onChannel<MeanStdDev<kPixelsPerThread>>);
+VEKCV_BIND(vekiMean_StdDev_32f_C3CR, onChannel<MeanStdDev<kPixelsPerThread>>);
+VEKCV_BIND(vekiMean_StdDev_8u_C3CMR, onChannel<MeanStdDev<kPixelsPerThread>>);
+VEKCV_BIND(vekiMean_StdDev_8s_C3CMR, onChannel<MeanStdDev<kPixelsPerThread>>);
+VEKCV_BIND(vekiMean_StdDev_16u_C3CMR, onChannel<MeanStdDev<kPixelsPerThread>>);
+VEKCV_BIND(vekiMean_StdDev_32f_C3CMR, onChannel<MeanStdDev<kPixelsPerThread>>);
+}  // namespace VEKCV_VARIANT

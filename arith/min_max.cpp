@@ -1,0 +1,229 @@
+// Minimum and maximum with their positions.
+#include "bind.h"
+#include "channel_forms.h"
+#include "check.h"
+#include "parallel.h"
+#include "reduction.h"
+
+namespace VEKCV_VARIANT {
+namespace {
+
+/** Lanes in the same order as the pixels, of a type whose minimum is one instruction in every variant. */
+template <typename V>
+HWY_INLINE auto ordered(V pixels) {
+    using T = hn::TFromV<V>;
+    if constexpr (std::is_same_v<T, int8_t>) {
+        const hn::RebindToUnsigned<hn::DFromV<V>> d;
+        return hn::Xor(hn::BitCast(d, pixels), hn::Set(d, 128));
+    } else if constexpr (std::is_same_v<T, uint16_t>) {
+        const hn::RebindToSigned<hn::DFromV<V>> d;
+        return hn::Xor(hn::BitCast(d, pixels), hn::Set(d, INT16_MIN));
+    } else {
+        return pixels;
+    }
+}
+
+/** A run of pixels in a row. */
+struct Run {
+    int32_t y;
+    ptrdiff_t x;
+};
+
+/** The extremes of runs, and the first run that has each. */
+template <typename T>
+class ExtremaReduction {
+    using D = hn::ScalableTag<T>;
+    using V = decltype(ordered(hn::Zero(D())));
+    using Ordered = hn::DFromV<V>;
+    static constexpr auto kLanes = static_cast<ptrdiff_t>(hn::MaxLanes(D()));
+
+  public:
+    static constexpr ptrdiff_t kBlock = kBlockPixels<T>;
+    static constexpr ptrdiff_t kRunPixels = 32 * kBlock;
+
+    /** Begins with the first pixel of all, which is no NaN. */
+    HWY_INLINE ExtremaReduction(T pixel, Run run)
+        : pixel_(pixel), start_(ordered(hn::Set(D(), pixel))), leastRun_(run), greatestRun_(run) {}
+
+    HWY_INLINE void beginRow(int32_t y) { run_ = {y, 0}; }
+
+    T neutral() const { return pixel_; }
+
+    template <int32_t kStride, typename Mask>
+    HWY_INLINE void add(Pixels<T, kStride> pixels, Mask mask) {
+        for (ptrdiff_t i = 0; i < kBlockVectorCount<T>; ++i, pixels = pixels + kLanes, mask = mask + kLanes) {
+            const V v = mask.selectOr(Ordered(), ordered(pixels.load(D())), start_);
+            // The minimum of NaN and another value is the second operand on x86, so that a NaN is passed over.
+            minima_[i % 2] = hn::Min(v, minima_[i % 2]);
+            maxima_[i % 2] = hn::Max(v, maxima_[i % 2]);
+        }
+    }
+
+    HWY_INLINE void endRun() {
+        const V minima = hn::Min(minima_[0], minima_[1]), maxima = hn::Max(maxima_[0], maxima_[1]);
+        if (HWY_UNLIKELY(!hn::AllFalse(Ordered(), hn::Lt(minima, least_)))) {
+            least_ = extreme(minima, [](auto a, auto b) { return a < b; });
+            leastRun_ = run_;
+        }
+        if (HWY_UNLIKELY(!hn::AllFalse(Ordered(), hn::Gt(maxima, greatest_)))) {
+            greatest_ = extreme(maxima, [](auto a, auto b) { return a > b; });
+            greatestRun_ = run_;
+        }
+        run_.x += kRunPixels;
+    }
+
+    V least() const { return least_; }
+    V greatest() const { return greatest_; }
+    Run leastRun() const { return leastRun_; }
+    Run greatestRun() const { return greatestRun_; }
+
+  private:
+    /** The lane that is before all others, in all lanes. */
+    template <typename Before>
+    static V extreme(V v, Before before) {
+        hn::TFromV<V> lanes[hn::MaxLanes(Ordered())];
+        hn::StoreU(v, Ordered(), lanes);
+        auto first = lanes[0];
+        for (const auto lane : lanes)
+            first = before(lane, first) ? lane : first;
+        return hn::Set(Ordered(), first);
+    }
+
+    T pixel_;
+    V start_;
+    V minima_[2] = {start_, start_}, maxima_[2] = {start_, start_};
+    V least_ = start_, greatest_ = start_;
+    Run run_{}, leastRun_, greatestRun_;
+};
+
+/** The first pixel that takes part and for which holds(vector of pixels) is true, or -1. */
+template <typename T, int32_t kStride, typename Mask, typename Condition>
+HWY_INLINE ptrdiff_t findFirst(ptrdiff_t width, Pixels<T, kStride> pixels, Mask mask, Condition holds) {
+    const hn::ScalableTag<T> d;
+    constexpr auto kLanes = static_cast<ptrdiff_t>(hn::MaxLanes(hn::ScalableTag<T>()));
+    const auto find = [&](Pixels<T, kStride> from, Mask fromMask) {
+        const auto condition = holds(from.load(d));
+        const hn::DFromV<decltype(ordered(from.load(d)))> lanes;
+        // By bytes, for with AVX2 the search of 16-bit lanes needs instructions that the variant does without.
+        const hn::Repartition<uint8_t, decltype(d)> bytes;
+        const auto selected = hn::BitCast(bytes, hn::VecFromMask(lanes, fromMask.select(lanes, condition)));
+        const intptr_t byte = hn::FindFirstTrue(bytes, hn::MaskFromVec(selected));
+        return byte < 0 ? byte : byte / static_cast<intptr_t>(sizeof(T));
+    };
+    for (ptrdiff_t x = 0; x < width; x += kLanes) {
+        const ptrdiff_t count = HWY_MIN(kLanes, width - x);
+        const bool isInside = x + kLanes + (kStride > 1 ? 1 : 0) <= width;
+        const ptrdiff_t found = isInside ? find(pixels + x, mask + x)
+                                         : find(typename Pixels<T, kStride>::Rest(pixels + x, count, T{}),
+                                                typename Mask::Rest(mask + x, count, T{}));
+        if (found >= 0)
+            return found < count ? x + found : -1;
+    }
+    return -1;
+}
+
+/** A value and where it is first. */
+template <typename T>
+struct Extreme {
+    T value;
+    ImagePoint point;
+};
+
+template <typename T>
+struct Extrema {
+    bool areFound = false;
+    Extreme<T> least{}, greatest{};
+
+    /** Of two stripes; the earlier one keeps what is equal. */
+    static void join(Extrema& a, const Extrema& b) {
+        if (!a.areFound)
+            a = b;
+        if (!b.areFound)
+            return;
+        if (b.least.value < a.least.value)
+            a.least = b.least;
+        if (b.greatest.value > a.greatest.value)
+            a.greatest = b.greatest;
+    }
+};
+
+/** The extrema of a stripe: one pass over all pixels, and a search in the run of each extreme. */
+template <typename T, int32_t kChannels, typename Mask>
+Extrema<T> extremaOf(Image<const T, kChannels> source, Mask mask, RoiSize roi, int32_t firstRow, int32_t rows) {
+    using Reduction = ExtremaReduction<T>;
+    const PixelRows lines = PixelRows::of(roi, firstRow, rows, source, mask);
+    const auto valueAt = [&](int32_t y, ptrdiff_t x) {
+        T value;  // may begin at any address
+        __builtin_memcpy(&value, (pixelRow(source, y) + x).first, sizeof(T));
+        return value;
+    };
+
+    int32_t y = lines.first;
+    ptrdiff_t start = -1;
+    for (; y < lines.end; ++y) {
+        start = findFirst(lines.width, pixelRow(source, y), maskRow(mask, y),
+                          [](auto v) { return hn::Eq(ordered(v), ordered(v)); });  // false for NaN
+        if (start >= 0)
+            break;
+    }
+    if (start < 0)
+        return {};
+
+    constexpr ptrdiff_t kRun = Reduction::kRunPixels;
+    Reduction reduction(valueAt(y, start), {y, start / kRun * kRun});
+    for (; y < lines.end; ++y) {
+        reduction.beginRow(y);
+        reduceRow(reduction, lines.width, pixelRow(source, y), maskRow(mask, y));
+    }
+
+    const auto locate = [&](auto value, Run run) -> Extreme<T> {
+        const ptrdiff_t x =
+            run.x + findFirst(HWY_MIN(kRun, lines.width - run.x), pixelRow(source, run.y) + run.x,
+                              maskRow(mask, run.y) + run.x, [=](auto v) { return hn::Eq(ordered(v), value); });
+        return {valueAt(run.y, x), {static_cast<int32_t>(x % roi.width), run.y + static_cast<int32_t>(x / roi.width)}};
+    };
+    return {true, locate(reduction.least(), reduction.leastRun()),
+            locate(reduction.greatest(), reduction.greatestRun())};
+}
+
+struct MinMaxIndx {
+    template <typename T, int32_t kChannels, typename Mask>
+    static Status run(Image<const T, kChannels> source, Mask mask, RoiSize roi, int32_t channel, float* minimum,
+                      float* maximum, ImagePoint* minimumIndex, ImagePoint* maximumIndex) {
+        if (Status status = Check()
+                                .pointers(source, mask, minimum, maximum, minimumIndex, maximumIndex)
+                                .roi(roi)
+                                .steps(roi.width, source, mask)
+                                .channelOfInterest(channel))
+            return status;
+        const auto extrema = reduceRows(
+            roi, ParallelFrom{16384},
+            [=](int32_t first, int32_t rows) { return extremaOf(source.from(channel), mask, roi, first, rows); },
+            Extrema<T>::join);
+        *minimum = static_cast<float>(extrema.least.value);
+        *maximum = static_cast<float>(extrema.greatest.value);
+        *minimumIndex = extrema.areFound ? extrema.least.point : ImagePoint{-1, -1};
+        *maximumIndex = extrema.areFound ? extrema.greatest.point : ImagePoint{-1, -1};
+        return StatusOk;
+    }
+};
+
+}  // namespace
+
+VEKCV_BIND(vekiMinMaxIndx_8u_C1R, onChannel<MinMaxIndx>);
+VEKCV_BIND(vekiMinMaxIndx_8s_C1R, onChannel<MinMaxIndx>);
+VEKCV_BIND(vekiMinMaxIndx_16u_C1R, onChannel<MinMaxIndx>);
+VEKCV_BIND(vekiMinMaxIndx_32f_C1R, onChannel<MinMaxIndx>);
+VEKCV_BIND(vekiMinMaxIndx_8u_C1MR, onChannel<MinMaxIndx>);
+VEKCV_BIND(vekiMinMaxIndx_8s_C1MR, onChannel<MinMaxIndx>);
+VEKCV_BIND(vekiMinMaxIndx_16u_C1MR, onChannel<MinMaxIndx>);
+VEKCV_BIND(vekiMinMaxIndx_32f_C1MR, onChannel<MinMaxIndx>);
+VEKCV_BIND(vekiMinMaxIndx_8u_C3CR, onChannel<MinMaxIndx>);
+VEKCV_BIND(vekiMinMaxIndx_8s_C3CR, onChannel<MinMaxIndx>);
+VEKCV_BIND(vekiMinMaxIndx_16u_C3CR, onChannel<MinMaxIndx>);
+VEKCV_BIND(vekiMinMaxIndx_32f_C3CR, onChannel<MinMaxIndx>);
+VEKCV_BIND(vekiMinMaxIndx_8u_C3CMR, onChannel<MinMaxIndx>);
+VEKCV_BIND(vekiMinMaxIndx_8s_C3CMR, onChannel<MinMaxIndx>);
+VEKCV_BIND(vekiMinMaxIndx_16u_C3CMR, onChannel<MinMaxIndx>);
+VEKCV_BIND(vekiMinMaxIndx_32f_C3CMR, onChannel<MinMaxIndx>);
+}  // namespace VEKCV_VARIANT

@@ -1,0 +1,181 @@
+// Means and standard deviations against their definition: integers exactly, floats in the documented order.
+#include <gtest/gtest.h>
+
+#include "channel_form.h"
+#include "vekcore.h"
+
+namespace {
+
+/** Sixteen running sums, as the header has them for floats. */
+class RunningSums {
+  public:
+    void add(int x, double value) { sums_[x % 16] += value; }
+    double total() {
+        for (int half = 8; half > 0; half /= 2)
+            for (int k = 0; k < half; ++k)
+                sums_[k] += sums_[k + half];
+        return sums_[0];
+    }
+
+  private:
+    double sums_[16] = {};
+};
+
+struct Statistics {
+    double mean = 0, deviation = 0;
+};
+
+template <auto Export>
+struct Member : ChannelForm<Export, 1> {
+    using Form = ChannelForm<Export, 1>;
+    using T = typename Form::Pixel;
+    using Operands = typename Form::Operands;
+    static constexpr bool kIsFloat = std::is_floating_point_v<T>;
+    static constexpr bool kHasDeviation = Form::kResultCount == 2;
+
+    static Statistics expected(const Operands& operands) {
+        std::conditional_t<kIsFloat, RunningSums, int64_t> sum{}, squares{};
+        int64_t count = 0;
+        operands.forEach([&](int x, int y) {
+            ++count;
+            if constexpr (kIsFloat) {
+                const double value = operands.pixel(0, x, y);
+                sum.add(x, value);
+                squares.add(x, value * value);
+            } else {
+                const int64_t value = operands.pixel(0, x, y);
+                sum += value;
+                squares += value * value;
+            }
+        });
+        if (count == 0)
+            return {};
+        const auto total = [](auto& of) {
+            if constexpr (kIsFloat)
+                return of.total();
+            else
+                return double(of);
+        };
+        const double mean = total(sum) / double(count);
+        return {mean, std::sqrt(std::fabs(total(squares) / double(count) - mean * mean))};
+    }
+
+    static Status call(const Operands& operands, double* mean, double* deviation) {
+        if constexpr (kHasDeviation)
+            return operands.call(mean, deviation);
+        else
+            return operands.call(mean);
+    }
+
+    static void check(const Operands& operands, double bound = 0) {
+        Statistics result{-1, -1};
+        ASSERT_EQ(StatusOk, call(operands, &result.mean, &result.deviation));
+        const Statistics right = expected(operands);
+        const auto near = [=](double a, double b) { return sameElement(a, b) || std::fabs(a - b) <= bound; };
+        ASSERT_TRUE(near(right.mean, result.mean)) << "expected mean " << right.mean << ", got " << result.mean;
+        ASSERT_TRUE(!kHasDeviation || near(right.deviation, result.deviation))
+            << "expected deviation " << right.deviation << ", got " << result.deviation;
+    }
+};
+
+template <typename T>
+T ordinary(Random& random) {
+    if constexpr (std::is_floating_point_v<T>)
+        return float(int32_t(random.below(2000001)) - 1000000) / 1024;
+    else
+        return random.value<T>();
+}
+
+template <typename MemberType>
+class MeanStdDev : public ::testing::Test {};
+using Members = ::testing::Types<
+    Member<&vekiMean_8u_C1MR>, Member<&vekiMean_8s_C1MR>, Member<&vekiMean_16u_C1MR>, Member<&vekiMean_32f_C1MR>,
+    Member<&vekiMean_8u_C3CMR>, Member<&vekiMean_8s_C3CMR>, Member<&vekiMean_16u_C3CMR>, Member<&vekiMean_32f_C3CMR>,
+    Member<&vekiMean_StdDev_8u_C1R>, Member<&vekiMean_StdDev_8s_C1R>, Member<&vekiMean_StdDev_16u_C1R>,
+    Member<&vekiMean_StdDev_32f_C1R>, Member<&vekiMean_StdDev_8u_C1MR>, Member<&vekiMean_StdDev_8s_C1MR>,
+    Member<&vekiMean_StdDev_16u_C1MR>, Member<&vekiMean_StdDev_32f_C1MR>, Member<&vekiMean_StdDev_8u_C3CR>,
+    Member<&vekiMean_StdDev_8s_C3CR>, Member<&vekiMean_StdDev_16u_C3CR>, Member<&vekiMean_StdDev_32f_C3CR>,
+    Member<&vekiMean_StdDev_8u_C3CMR>, Member<&vekiMean_StdDev_8s_C3CMR>, Member<&vekiMean_StdDev_16u_C3CMR>,
+    Member<&vekiMean_StdDev_32f_C3CMR>>;
+TYPED_TEST_SUITE(MeanStdDev, Members);
+
+TYPED_TEST(MeanStdDev, MatchesItsDefinition) {
+    TypeParam::forSmallRegions(ordinary<typename TypeParam::T>,
+                               [](const auto& operands) { TypeParam::check(operands); });
+}
+
+// Threads add sums of their own, which changes no sum of integers.
+TYPED_TEST(MeanStdDev, MatchesItsDefinitionInParallel) {
+    const int32_t pixels = 131072 * ownGetNumThreads();
+    for (const RoiSize roi : {RoiSize{1024, pixels / 1024}, RoiSize{1031, pixels / 1024}})
+        TypeParam::check({roi, {Layout::kAfterGuard, 1, 3}, ordinary<typename TypeParam::T>},
+                         TypeParam::kIsFloat ? 1e-10 : 0);
+}
+
+TYPED_TEST(MeanStdDev, ReportsTheFirstFault) {
+    double mean = 77, deviation = 77;
+    const auto untouched = [&] { return mean == 77 && deviation == 77; };
+    if constexpr (TypeParam::kHasDeviation)
+        TypeParam::template checkStatuses<false>(untouched, &mean, &deviation);
+    else
+        TypeParam::template checkStatuses<true>(untouched, &mean);
+}
+
+TYPED_TEST(MeanStdDev, OfNothingIsZero) {
+    if constexpr (TypeParam::kHasMask) {
+        typename TypeParam::Operands operands({37, 3}, {}, ordinary<typename TypeParam::T>);
+        operands.mask = TestImage<uint8_t>::filled({37, 3}, {}, [](int, int) { return uint8_t(0); });
+        double mean = 77, deviation = 77;
+        ASSERT_EQ(StatusOk, TypeParam::call(operands, &mean, &deviation));
+        ASSERT_EQ(0, mean);
+        ASSERT_TRUE(!TypeParam::kHasDeviation || deviation == 0);
+    }
+}
+
+TYPED_TEST(MeanStdDev, GivesOnlyWhatIsAskedFor) {
+    if constexpr (TypeParam::kHasDeviation) {
+        const typename TypeParam::Operands operands({37, 3}, {}, ordinary<typename TypeParam::T>);
+        const Statistics right = TypeParam::expected(operands);
+        Statistics result;
+        ASSERT_EQ(StatusOk, TypeParam::call(operands, &result.mean, nullptr));
+        ASSERT_EQ(StatusOk, TypeParam::call(operands, nullptr, &result.deviation));
+        ASSERT_EQ(StatusOk, TypeParam::call(operands, nullptr, nullptr));
+        ASSERT_EQ(right.mean, result.mean);
+        ASSERT_EQ(right.deviation, result.deviation);
+    }
+}
+
+// Constant images, in rows so long that sums of 32 bits overflow: the mean is the constant, the deviation exactly 0.
+TYPED_TEST(MeanStdDev, OfAConstantImageIsExact) {
+    using T = typename TypeParam::T;
+    using Limits = std::numeric_limits<T>;
+    std::vector<T> values{T(1), T(77), Limits::max(), Limits::min()};
+    if (TypeParam::kIsFloat)
+        values = {T(-1.5), T(4096)};
+    for (const T value : values) {
+        double mean = 77, deviation = 0;
+        ASSERT_EQ(StatusOk, TypeParam::call({{140001, 2}, value}, &mean, &deviation));
+        ASSERT_EQ(double(value), mean);
+        ASSERT_EQ(0, deviation);
+    }
+}
+
+TYPED_TEST(MeanStdDev, TakesAnyFloat) {
+    using T = typename TypeParam::T;
+    if constexpr (TypeParam::kIsFloat) {
+        TypeParam::check({{301, 3}, {}, [](Random& random) { return random.value<T>(); }});
+        for (const float special : {std::numeric_limits<T>::quiet_NaN(), std::numeric_limits<T>::infinity()})
+            for (const int byte : {0, 1, 2, 128, 255}) {
+                typename TypeParam::Operands operands({37, 2}, {}, ordinary<T>);
+                operands.sources[0].at(17 * TypeParam::kChannels + operands.channel - 1, 1) = special;
+                operands.mask.at(17, 1) = uint8_t(byte);
+                TypeParam::check(operands);
+                double mean = 0, deviation = 0;
+                ASSERT_EQ(StatusOk, TypeParam::call(operands, &mean, &deviation));
+                ASSERT_EQ(operands.takesPart(17, 1), !std::isfinite(mean));
+                ASSERT_EQ(operands.takesPart(17, 1) && TypeParam::kHasDeviation, std::isnan(deviation));
+            }
+    }
+}
+
+}  // namespace
