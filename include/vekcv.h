@@ -809,6 +809,179 @@ VEKCV_API Status VEKCV_CALL vekiMinMaxIndx_32f_C3CMR(const float* source, int32_
                                                      ImagePoint* maximumIndex);
 /** @} */
 
+/* ------------------------------------------------------------------------------------------------------------------ */
+/**
+ * @defgroup Integral Integral images
+ * Summed-area tables of an image s, from which the sum over any rectangle follows by four loads. Tables have more
+ * columns and rows than the image; all begin with a constant.
+ *
+ * Upright (F. C. Crow, "Summed-Area Tables for Texture Mapping", SIGGRAPH 1984): width + 1 columns, height + 1 rows.
+ * Row 0 and column 0 hold the constant. With r the sum of s(0, j) to s(x, j), added from the left,
+ *
+ *     I(x + 1, j + 1) = I(x + 1, j) + r
+ *
+ * so I(x, y) is the constant and the sum of the pixels above and to the left of (x, y).
+ *
+ * Tilted by 45 degrees (after R. Lienhart and J. Maydt, "An Extended Set of Haar-like Features for Rapid Object
+ * Detection", ICIP 2002): width + 2 columns, height + 2 rows. Rows 0 and 1 hold the constant, and
+ *
+ *     T(0, j + 2) = T(1, j + 1)
+ *     T(x, j + 2) = T(x - 1, j + 1) - T(x, j) + T(x + 1, j + 1) + s(x - 1, j) + s(x, j)     for x = 1 to width
+ *     T(width + 1, j + 2) = T(width, j + 1)
+ *
+ * with s(width, j) = 0. T(x, y) holds the pixels of a triangle with its apex below: x - 1 and x in row y - 2, two more
+ * in each row above. What the table leaves out at the left and right edge of the image cancels in every tilted
+ * rectangle whose corners lie in it.
+ *
+ * Squared tables hold the same sums of s * s, with a constant of their own.
+ *
+ * 32s tables wrap modulo 2^32, so that the sum of any rectangle that fits is right. In upright 32f and 64f tables every
+ * operation of the recursion is rounded to the type of the table: r and the sum of it and the entry above. In tilted
+ * ones the terms are added in double from left to right, and the result is rounded once. 32f tables are exact up to
+ * 16777216, which an image of 65793 white pixels stays below; 64f tables always are where the constant is a whole
+ * number.
+ *
+ * @param source   first pixel of the image
+ * @param integral, squareIntegral   first entry of each table; must not overlap the source or each other
+ * @param sourceStep, integralStep, squareIntegralStep   bytes from row to row
+ * @param roiSize  size of the image, at least 1 x 1
+ * @param value, squareValue   the constants; not checked
+ *
+ * @retval StatusOk                the tables were written
+ * @retval StatusNullPointer       the image or a table is null
+ * @retval StatusSizeError         width or height is below 1
+ * @retval StatusStepError         a step is smaller than a row of the image or the table
+ * @retval StatusStepNotMultiple   the step of a table is not a multiple of its element
+ *
+ * The calling thread does all the work.
+ * @{
+ */
+/** integral image */
+VEKCV_API Status VEKCV_CALL vekiIntegral_8u32s_C1R(const uint8_t* source, int32_t sourceStep, int32_t* integral,
+                                                   int32_t integralStep, RoiSize roiSize, int32_t value);
+/** integral image in floats */
+VEKCV_API Status VEKCV_CALL vekiIntegral_8u32f_C1R(const uint8_t* source, int32_t sourceStep, float* integral,
+                                                   int32_t integralStep, RoiSize roiSize, float value);
+/** integral images of the pixels and of their squares */
+VEKCV_API Status VEKCV_CALL vekiSqrIntegral_8u32s64f_C1R(const uint8_t* source, int32_t sourceStep, int32_t* integral,
+                                                         int32_t integralStep, double* squareIntegral,
+                                                         int32_t squareIntegralStep, RoiSize roiSize, int32_t value,
+                                                         double squareValue);
+/** integral images of the pixels and of their squares in floats */
+VEKCV_API Status VEKCV_CALL vekiSqrIntegral_8u32f64f_C1R(const uint8_t* source, int32_t sourceStep, float* integral,
+                                                         int32_t integralStep, double* squareIntegral,
+                                                         int32_t squareIntegralStep, RoiSize roiSize, float value,
+                                                         double squareValue);
+/** integral images of the pixels and of their squares in integers */
+VEKCV_API Status VEKCV_CALL vekiSqrIntegral_8u32s_C1R(const uint8_t* source, int32_t sourceStep, int32_t* integral,
+                                                      int32_t integralStep, int32_t* squareIntegral,
+                                                      int32_t squareIntegralStep, RoiSize roiSize, int32_t value,
+                                                      int32_t squareValue);
+/** tilted integral image */
+VEKCV_API Status VEKCV_CALL vekiTiltedIntegral_8u32s_C1R(const uint8_t* source, int32_t sourceStep, int32_t* integral,
+                                                         int32_t integralStep, RoiSize roiSize, int32_t value);
+/** tilted integral image in floats */
+VEKCV_API Status VEKCV_CALL vekiTiltedIntegral_8u32f_C1R(const uint8_t* source, int32_t sourceStep, float* integral,
+                                                         int32_t integralStep, RoiSize roiSize, float value);
+/** tilted integral images of the pixels and of their squares */
+VEKCV_API Status VEKCV_CALL vekiTiltedSqrIntegral_8u32s64f_C1R(const uint8_t* source, int32_t sourceStep,
+                                                               int32_t* integral, int32_t integralStep,
+                                                               double* squareIntegral, int32_t squareIntegralStep,
+                                                               RoiSize roiSize, int32_t value, double squareValue);
+/** tilted integral images of the pixels and of their squares in floats */
+VEKCV_API Status VEKCV_CALL vekiTiltedSqrIntegral_8u32f64f_C1R(const uint8_t* source, int32_t sourceStep,
+                                                               float* integral, int32_t integralStep,
+                                                               double* squareIntegral, int32_t squareIntegralStep,
+                                                               RoiSize roiSize, float value, double squareValue);
+/** tilted integral images of the pixels and of their squares in integers */
+VEKCV_API Status VEKCV_CALL vekiTiltedSqrIntegral_8u32s_C1R(const uint8_t* source, int32_t sourceStep,
+                                                            int32_t* integral, int32_t integralStep,
+                                                            int32_t* squareIntegral, int32_t squareIntegralStep,
+                                                            RoiSize roiSize, int32_t value, int32_t squareValue);
+/** @} */
+
+/* ------------------------------------------------------------------------------------------------------------------ */
+/**
+ * @defgroup WindowDeviation Window standard deviation
+ * Standard deviation of the pixels in a window around every position, from an integral and a squared integral image
+ * that begin with the constant 0 (any other constants cancel, as far as 32f entries are exact). For the position (x, y)
+ * of the destination, with all operations rounded to float:
+ *
+ *     sum = I(A) - I(B) - I(C) + I(D), mean = sum / area
+ *     squares = Q(A) - Q(B) - Q(C) + Q(D), meanSquare = squares / area
+ *     destination = sqrt(max(meanSquare - mean * mean, 0))
+ *
+ * 32s entries are combined modulo 2^32, and the signed result is converted to float: a sum of squares fits as long as
+ * the window has no more than 33025 white pixels. 64f entries are converted to float before they are combined.
+ *
+ * With rect = (rx, ry, w, h), the entries and the number of pixels are
+ *
+ *               A                          B                  C                  D          area
+ *     upright   (rx + w, ry + h)           (rx, ry + h)       (rx + w, ry)       (rx, ry)   w * h
+ *     tilted    (rx + w - h, ry + w + h)   (rx - h, ry + h)   (rx + w, ry + w)   (rx, ry)   2 * w * h
+ *
+ * moved by (x, y), and in a tilted table one column to the right and one row down as well. The upright window is the
+ * rectangle rect. The tilted one holds the pixels (rx + i - k, ry + 1 + i + k) and (rx + 1 + i - k, ry + 1 + i + k) for
+ * i = 0 to w - 1 and k = 0 to h - 1: w steps to the lower right and h steps to the lower left.
+ *
+ * The deviation of a constant window is 0 as long as the entries of the squared table are exact in float, that is up to
+ * 16777216. Larger ones lose their last bits, and small deviations far from the origin of a large table with them; the
+ * Sfs forms, whose tables are integers, do not have this limit.
+ *
+ * Sfs forms divide by 2 to the power of the scale factor, round to the nearest integer, of two equally near ones to the
+ * even one, and saturate.
+ *
+ * @param integral, squareIntegral   first entry of each table
+ * @param destination   first pixel of the result; must not overlap the tables
+ * @param integralStep, squareIntegralStep, destinationStep   bytes from row to row
+ * @param roiSize       size of the destination, at least 1 x 1
+ * @param rect          the window at the position (0, 0)
+ * @param scaleFactor   any integer (Sfs forms)
+ *
+ * @retval StatusOk                every position was written
+ * @retval StatusNullPointer       a table or the destination is null
+ * @retval StatusSizeError         width or height of the region is below 1
+ * @retval StatusStepError         the step of a table holds fewer than rx + width + w entries, or that of the
+ *                                 destination is smaller than a row
+ * @retval StatusStepNotMultiple   a step is not a multiple of the element
+ * @retval StatusSizeError         rx or ry is below 0, w or h is below 1; in tilted tables rx + 1 is below h, too,
+ * which puts the corner B to the left of the table
+ *
+ * Regions of 262144 pixels and more are shared among the threads.
+ * @{
+ */
+/** standard deviation of each window */
+VEKCV_API Status VEKCV_CALL vekiRectStdDev_32s32f_C1R(const int32_t* integral, int32_t integralStep,
+                                                      const double* squareIntegral, int32_t squareIntegralStep,
+                                                      float* destination, int32_t destinationStep, RoiSize roiSize,
+                                                      ImageRect rect);
+/** standard deviation of each window from a float integral image */
+VEKCV_API Status VEKCV_CALL vekiRectStdDev_32f_C1R(const float* integral, int32_t integralStep,
+                                                   const double* squareIntegral, int32_t squareIntegralStep,
+                                                   float* destination, int32_t destinationStep, RoiSize roiSize,
+                                                   ImageRect rect);
+/** scaled integer standard deviation of each window */
+VEKCV_API Status VEKCV_CALL vekiRectStdDev_32s_C1RSfs(const int32_t* integral, int32_t integralStep,
+                                                      const int32_t* squareIntegral, int32_t squareIntegralStep,
+                                                      int32_t* destination, int32_t destinationStep, RoiSize roiSize,
+                                                      ImageRect rect, int32_t scaleFactor);
+/** standard deviation of each tilted window */
+VEKCV_API Status VEKCV_CALL vekiTiltedRectStdDev_32s32f_C1R(const int32_t* integral, int32_t integralStep,
+                                                            const double* squareIntegral, int32_t squareIntegralStep,
+                                                            float* destination, int32_t destinationStep,
+                                                            RoiSize roiSize, ImageRect rect);
+/** standard deviation of each tilted window from a float integral image */
+VEKCV_API Status VEKCV_CALL vekiTiltedRectStdDev_32f_C1R(const float* integral, int32_t integralStep,
+                                                         const double* squareIntegral, int32_t squareIntegralStep,
+                                                         float* destination, int32_t destinationStep, RoiSize roiSize,
+                                                         ImageRect rect);
+/** scaled integer standard deviation of each tilted window */
+VEKCV_API Status VEKCV_CALL vekiTiltedRectStdDev_32s_C1RSfs(const int32_t* integral, int32_t integralStep,
+                                                            const int32_t* squareIntegral, int32_t squareIntegralStep,
+                                                            int32_t* destination, int32_t destinationStep,
+                                                            RoiSize roiSize, ImageRect rect, int32_t scaleFactor);
+/** @} */
+
 #ifdef __cplusplus
 }
 #endif

@@ -1,0 +1,183 @@
+// Integral images against their recursions, as the header has them, and against sums of pixels.
+#include <gtest/gtest.h>
+
+#include "regions.h"
+#include "status_order.h"
+#include "test_image.h"
+
+namespace {
+
+enum Shape { kUpright, kTilted };
+
+template <auto Export, Shape kShapeName>
+struct Member;
+
+template <typename E, typename... Rest, Status (*Export)(const uint8_t*, int32_t, E*, int32_t, Rest...),
+          Shape kShapeName>
+struct Member<Export, kShapeName> {
+    using Entry = E;
+    static constexpr Shape kShape = kShapeName;
+    static constexpr bool kHasSquares = sizeof...(Rest) > 2;
+    // Of the rest: squares, step, size, value, square value; or size and value.
+    using SquareEntry = std::remove_pointer_t<std::tuple_element_t<0, std::tuple<Rest...>>>;
+
+    /** Columns and rows that a table has more than the image. */
+    static constexpr int kMore = kShape == kUpright ? 1 : 2;
+    static RoiSize tableSize(RoiSize roi) { return {roi.width + kMore, roi.height + kMore}; }
+
+    template <typename Table>
+    static Table plus(Table a, Table b) {
+        if constexpr (std::is_integral_v<Table>)
+            return Table(uint32_t(a) + uint32_t(b));
+        else
+            return a + b;
+    }
+
+    template <typename Table, typename Pixel>
+    static TestImage<Table> upright(RoiSize roi, Table value, Pixel pixel) {
+        TestImage<Table> table(tableSize(roi));
+        for (int x = 0; x <= roi.width; ++x)
+            table.at(x, 0) = value;
+        for (int y = 0; y < roi.height; ++y) {
+            table.at(0, y + 1) = value;
+            Table sum = 0;
+            for (int x = 0; x < roi.width; ++x) {
+                sum = plus(sum, Table(pixel(x, y)));
+                table.at(x + 1, y + 1) = plus(table.at(x + 1, y), sum);
+            }
+        }
+        return table;
+    }
+
+    template <typename Table, typename Pixel>
+    static TestImage<Table> tilted(RoiSize roi, Table value, Pixel pixel) {
+        using Wide = std::conditional_t<std::is_integral_v<Table>, uint32_t, double>;
+        TestImage<Table> table(tableSize(roi));
+        const int w = roi.width;
+        for (int x = 0; x < w + 2; ++x)
+            table.at(x, 0) = table.at(x, 1) = value;
+        for (int y = 0; y < roi.height; ++y) {
+            table.at(0, y + 2) = table.at(1, y + 1);
+            table.at(w + 1, y + 2) = table.at(w, y + 1);
+            for (int x = 1; x <= w; ++x)
+                table.at(x, y + 2) =
+                    Table(Wide(table.at(x - 1, y + 1)) - Wide(table.at(x, y)) + Wide(table.at(x + 1, y + 1)) +
+                          Wide(pixel(x - 1, y)) + Wide(x < w ? pixel(x, y) : 0));
+        }
+        return table;
+    }
+
+    template <typename Table, typename Pixel>
+    static TestImage<Table> expected(RoiSize roi, Table value, Pixel pixel) {
+        if constexpr (kShape == kUpright)
+            return upright(roi, value, pixel);
+        else
+            return tilted(roi, value, pixel);
+    }
+
+    static void check(const TestImage<uint8_t>& image, Layout layout, double value = 0, double squareValue = 0) {
+        const RoiSize roi = image.roi();
+        const TestImage<Entry> table(tableSize(roi), layout);
+        const auto pixel = [&](int x, int y) { return int(image.at(x, y)); };
+        if constexpr (!kHasSquares) {
+            ASSERT_EQ(StatusOk, Export(image.data(), image.step(), table.data(), table.step(), roi, Entry(value)));
+        } else {
+            const TestImage<SquareEntry> squares(tableSize(roi), layout);
+            ASSERT_EQ(StatusOk, Export(image.data(), image.step(), table.data(), table.step(), squares.data(),
+                                       squares.step(), roi, Entry(value), SquareEntry(squareValue)));
+            ASSERT_TRUE(samePixels(
+                expected(roi, SquareEntry(squareValue), [&](int x, int y) { return pixel(x, y) * pixel(x, y); }),
+                squares));
+        }
+        ASSERT_TRUE(samePixels(expected(roi, Entry(value), pixel), table));
+    }
+
+    static void checkStatuses() {
+        const RoiSize roi{9, 4};
+        const TestImage<uint8_t> image(roi);
+        const auto table = TestImage<Entry>::random(tableSize(roi), {}, 1);
+        const auto before = table.copy({});
+        // The tables have more columns than the region, which commonFaults does not know: steps one element short.
+        const int32_t entryBytes = sizeof(Entry);
+        const auto untouched = [&] { return bool(samePixels(before, table)); };
+        if constexpr (!kHasSquares) {
+            StatusOrder(Export, image.data(), 9, table.data(), table.step(), roi, Entry(0))
+                .template fault<0>("null image", StatusNullPointer, nullptr)
+                .template fault<2>("null table", StatusNullPointer, nullptr)
+                .template fault<4>("width 0", StatusSizeError, RoiSize{0, 4})
+                .template fault<4>("height 0", StatusSizeError, RoiSize{9, 0})
+                .template fault<4>("width 2147483647", StatusStepError, RoiSize{INT32_MAX, 4})
+                .template fault<1>("image step", StatusStepError, 8)
+                .template fault<3>("table step", StatusStepError, table.step() - entryBytes)
+                .template fault<3>("odd table step", StatusStepNotMultiple, table.step() + entryBytes / 2)
+                .check(untouched);
+        } else {
+            const auto squares = TestImage<SquareEntry>::random(tableSize(roi), {}, 2);
+            const auto squaresBefore = squares.copy({});
+            const int32_t squareBytes = sizeof(SquareEntry);
+            StatusOrder(Export, image.data(), 9, table.data(), table.step(), squares.data(), squares.step(), roi,
+                        Entry(0), SquareEntry(0))
+                .template fault<0>("null image", StatusNullPointer, nullptr)
+                .template fault<2>("null table", StatusNullPointer, nullptr)
+                .template fault<4>("null squares", StatusNullPointer, nullptr)
+                .template fault<6>("width 0", StatusSizeError, RoiSize{0, 4})
+                .template fault<6>("height 0", StatusSizeError, RoiSize{9, 0})
+                .template fault<1>("image step", StatusStepError, 8)
+                .template fault<3>("table step", StatusStepError, table.step() - entryBytes)
+                .template fault<5>("squares step", StatusStepError, squares.step() - squareBytes)
+                .template fault<3>("odd table step", StatusStepNotMultiple, table.step() + entryBytes / 2)
+                .template fault<5>("odd squares step", StatusStepNotMultiple, squares.step() + squareBytes / 2)
+                .check([&] { return untouched() && samePixels(squaresBefore, squares); });
+        }
+    }
+};
+
+template <typename MemberType>
+class Integral : public ::testing::Test {};
+using Members = ::testing::Types<
+    Member<&vekiIntegral_8u32s_C1R, kUpright>, Member<&vekiIntegral_8u32f_C1R, kUpright>,
+    Member<&vekiSqrIntegral_8u32s64f_C1R, kUpright>, Member<&vekiSqrIntegral_8u32f64f_C1R, kUpright>,
+    Member<&vekiSqrIntegral_8u32s_C1R, kUpright>, Member<&vekiTiltedIntegral_8u32s_C1R, kTilted>,
+    Member<&vekiTiltedIntegral_8u32f_C1R, kTilted>, Member<&vekiTiltedSqrIntegral_8u32s64f_C1R, kTilted>,
+    Member<&vekiTiltedSqrIntegral_8u32f64f_C1R, kTilted>, Member<&vekiTiltedSqrIntegral_8u32s_C1R, kTilted>>;
+TYPED_TEST_SUITE(Integral, Members);
+
+TYPED_TEST(Integral, MatchesItsDefinition) {
+    for (const RoiSize& roi : smallRegions())
+        for (const Layout& layout : kLayouts) {
+            SCOPED_TRACE(::testing::Message() << roi.width << " x " << roi.height << ", " << layout);
+            TypeParam::check(TestImage<uint8_t>::random(roi, layout, 1), layout);
+            TypeParam::check(TestImage<uint8_t>::random(roi, layout, 2), layout, 100, -3);
+        }
+    TypeParam::check(TestImage<uint8_t>::random({301, 203}, {}, 3), {});
+}
+
+// Constants that are no whole numbers, or so large that sums are rounded.
+TYPED_TEST(Integral, BeginsWithAnyConstant) {
+    const auto image = TestImage<uint8_t>::random({77, 40}, {}, 4);
+    TypeParam::check(image, {}, INT32_MIN, 2e9);
+    if constexpr (std::is_floating_point_v<typename TypeParam::Entry>)
+        for (const double value : {0.1, -1e-20, 1e9, 3e38, std::numeric_limits<double>::infinity()})
+            TypeParam::check(image, {}, value, 0.1);
+}
+
+// Rows of 65536 white pixels and more, whose sums are no longer exact in float; images whose sums wrap in 32 bits.
+TYPED_TEST(Integral, GoesOnWhereSumsAreNotExact) {
+    for (const RoiSize roi : {RoiSize{66100, 3}, RoiSize{131, 600}}) {
+        const auto image = TestImage<uint8_t>::filled(roi, {}, [](int x, int y) { return uint8_t(x + y == 9 ? 0 : 255); });
+        TypeParam::check(image, {}, INT32_MAX, INT32_MAX);
+    }
+}
+
+TYPED_TEST(Integral, ReportsTheFirstFault) {
+    TypeParam::checkStatuses();
+}
+
+TEST(UprightIntegral, HoldsSumsOfRectangles) {
+    const uint8_t seven = 7;
+    int32_t table[4];
+    ASSERT_EQ(StatusOk, vekiIntegral_8u32s_C1R(&seven, 1, table, 8, {1, 1}, 0));
+    EXPECT_EQ((std::vector{0, 0, 0, 7}), std::vector(table, table + 4));
+}
+
+}  // namespace
