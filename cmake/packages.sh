@@ -4,7 +4,8 @@
 set -euo pipefail
 
 declare -A packages=(
-    [build]="g++ g++-multilib cmake ninja-build pkg-config libhwy-dev libpng-dev libturbojpeg0-dev libcli11-dev"
+    [build]="g++ g++-multilib cmake ninja-build pkg-config libhwy-dev libpng-dev libturbojpeg0-dev libcli11-dev
+        nlohmann-json3-dev"
     [test]="googletest binutils qemu-user ffmpeg"
     [demo]="ffmpeg"
     [bench]="libbenchmark-dev python3"

@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # Shows the operations of the tool on photographs, as a page of pictures: build/demo/index.html.
-# Usage: run.sh BUILD_FOLDER. Every entry of the page is one call of `show` below.
+# Usage: run.sh BUILD_FOLDER. Every entry of the page is one call of `show` or `print` below.
 set -euo pipefail
 build=$(realpath "$1")
 source=$(realpath "$(dirname "$0")/../..")
@@ -30,6 +30,19 @@ show() {
     for picture in $outputs; do printf '<img src="%s" alt="%s" title="%s">\n' "$picture" "$picture" "$picture"; done
     printf '</div>\n<code>vek %s</code><span class="time">%s in the library</span>\n</article>\n' \
         "$(escape "$*")" "$time"
+}
+
+# print TITLE ARGUMENT...: runs vek with the arguments, and shows what it prints and the time that the library took.
+print() {
+    local title=$1 text time
+    shift
+    # shellcheck disable=SC2048,SC2086
+    text=$("$build/vek" $* --time 2>times.txt)
+    time=$(sed -n 's/^ *\([0-9.]* ms\)  in all$/\1/p' times.txt)
+    rm times.txt
+    echo "vek $*" >&2
+    printf '<article>\n<h3>%s</h3>\n<pre>%s</pre>\n' "$(escape "$title")" "$(escape "$text")"
+    printf '<code>vek %s</code><span class="time">%s in the library</span>\n</article>\n' "$(escape "$*")" "$time"
 }
 
 # Inputs that are made from the photographs.
@@ -90,6 +103,19 @@ twelve shaking, noisy frames; the average forgets it and smooths the noise.'
     show 'Frames 3, 6, 9 and 12 of twelve' 'frames/frame-03.png frames/frame-06.png' \
         'motion/03.png motion/06.png motion/09.png motion/12.png' \
         motion 'frames/*.png' -o motion/%02d.png --alpha 0.1
+
+    section 'Statistics' 'Mean, standard deviation, minimum and maximum of every channel, and where these occur first.'
+    print 'Photographs in grey and in colour, and text with 16 bits' \
+        stats camera.png coins.png astronaut.png coffee.png text16.png
+    print 'The left half of a frame alone, by a mask' stats frames/frame-12.png --mask mask.png
+    print 'For other programs' stats coins.png --json
+
+    section 'Local contrast' 'The standard deviation of the window around each pixel, twice as bright: what is flat is
+black, edges and texture are light.'
+    show 'Coins, windows of 5 x 5' coins.png coins-5.png localcontrast coins.png coins-5.png --window 5
+    show 'Coins, windows of 15 x 15' coins.png coins-15.png localcontrast coins.png coins-15.png --window 15
+    show 'A photograph, windows of 5 x 5' camera.png camera-5.png localcontrast camera.png camera-5.png --window 5
+    show 'A photograph, windows of 15 x 15' camera.png camera-15.png localcontrast camera.png camera-15.png --window 15
     printf '</body>\n</html>\n'
 }
 

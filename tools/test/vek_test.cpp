@@ -10,6 +10,8 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <nlohmann/json.hpp>
+#include <optional>
 
 #include "picture_file.h"
 
@@ -196,6 +198,160 @@ TEST_F(Vek, ShowsMotionAgainstTheBackgroundSoFar) {
     EXPECT_EQ(80, readPicture("m-03.png").bytes[0]);   // 120 - 40
 }
 
+/** Whether a description by vek stats is that of the values of a channel, computed plainly. */
+void expectStatistics(const nlohmann::json& given, const Picture& of, const Picture* mask, size_t channel) {
+    SCOPED_TRACE(given.dump());
+    double count = 0, sum = 0, deviations = 0;
+    std::optional<size_t> least, most;  // pixels
+    const auto value = [&](size_t i) { return valueAt(of, i * size_t(of.channels) + channel); };
+    const auto forEachPixel = [&](auto visit) {
+        for (size_t i = 0; i < size_t(of.width) * size_t(of.height); ++i)
+            if (mask == nullptr || mask->bytes[i] != 0)
+                visit(i);
+    };
+    forEachPixel([&](size_t i) {
+        ++count;
+        sum += value(i);
+        if (!least || value(i) < value(*least))
+            least = i;
+        if (!most || value(i) > value(*most))
+            most = i;
+    });
+    const double mean = count == 0 ? 0 : sum / count;
+    forEachPixel([&](size_t i) { deviations += (value(i) - mean) * (value(i) - mean); });
+    EXPECT_DOUBLE_EQ(mean, given.at("mean"));
+    EXPECT_NEAR(count == 0 ? 0 : std::sqrt(deviations / count), given.at("deviation").get<double>(), 1e-6);
+    const auto expectExtremum = [&](const std::optional<size_t>& pixel, const nlohmann::json& extremum) {
+        if (!pixel) {
+            EXPECT_TRUE(extremum.is_null());
+            return;
+        }
+        EXPECT_EQ(value(*pixel), extremum.at("value"));
+        EXPECT_EQ(*pixel % size_t(of.width), extremum.at("x"));
+        EXPECT_EQ(*pixel / size_t(of.width), extremum.at("y"));
+    };
+    expectExtremum(least, given.at("minimum"));
+    expectExtremum(most, given.at("maximum"));
+}
+
+TEST_F(Vek, GivesStatisticsOfPicturesOfEveryKind) {
+    const std::array<Picture, 3> pictures = {picture(37, 21, 1, 8, 1), picture(37, 21, 3, 8, 2),
+                                             picture(37, 21, 1, 16, 3)};
+    // With quotation marks, a backslash, UTF-8 and a byte that is not UTF-8.
+    const std::array<std::string, 3> names = {"grey \"1\".png", "back\\slash \xc3\xa9.png", "deep \xff.png"};
+    const std::array<std::string, 3> namesInJson = {names[0], names[1], "deep \xef\xbf\xbd.png"};
+    std::string arguments = "stats --json";
+    for (size_t i = 0; i < 3; ++i) {
+        writePicture(names[i], pictures[i]);
+        arguments += " '" + names[i] + "'";
+    }
+    Picture some(37, 21, 1, 8), none(37, 21, 1, 8);
+    for (size_t i = 0; i < some.bytes.size(); ++i)
+        some.bytes[i] = i % 5 < 3 ? 0 : static_cast<uint8_t>(i % 255 + 1);
+    writePicture("some.png", some);
+    writePicture("none.png", none);
+
+    struct Selection {
+        std::string option;
+        const Picture* mask;
+    };
+    for (const Selection& selection :
+         {Selection{"", nullptr}, Selection{" --mask some.png", &some}, Selection{" --mask none.png", &none}}) {
+        SCOPED_TRACE(selection.option);
+        const Result result = vek(arguments + selection.option);
+        ASSERT_EQ(0, result.status) << result.output;
+        const auto all = nlohmann::json::parse(result.output);
+        ASSERT_EQ(5u, all.size());
+        constexpr std::array<const char*, 5> kChannels = {"grey", "red", "green", "blue", "grey"};
+        for (size_t i = 0; i < 5; ++i) {
+            const size_t file = i == 0 ? 0 : i < 4 ? 1 : 2;
+            EXPECT_EQ(namesInJson[file], all[i].at("file"));
+            EXPECT_EQ(kChannels[i], all[i].at("channel"));
+            expectStatistics(all[i], pictures[file], selection.mask, file == 1 ? i - 1 : 0);
+        }
+    }
+}
+
+TEST_F(Vek, PrintsStatisticsAsATable) {
+    Picture color(3, 2, 3, 8);
+    std::ranges::fill(color.bytes, uint8_t{7});
+    color.bytes[0] = 255;        // red, first pixel
+    color.bytes[3 * 5 + 1] = 1;  // green, last pixel
+    writePicture("\xc3\xa9.png", color);
+    Picture deep(1, 2, 1, 16);
+    deep.pixels<uint16_t>()[1] = 65535;
+    writePicture("two\nlines.png", deep);
+    EXPECT_EQ(
+        "file           channel       mean  deviation  minimum (x, y)  maximum (x, y)\n"
+        "\xc3\xa9.png          red         48.333     92.424        7 (1, 0)      255 (0, 0)\n"
+        "\xc3\xa9.png          green        6.000      2.236        1 (2, 1)        7 (0, 0)\n"
+        "\xc3\xa9.png          blue         7.000      0.000        7 (0, 0)        7 (0, 0)\n"
+        "two?lines.png  grey     32767.500  32767.500        0 (0, 0)    65535 (0, 1)\n",
+        vek("stats \xc3\xa9.png 'two\nlines.png'").output);
+    writePicture("none.png", Picture(1, 2, 1, 8));
+    EXPECT_EQ(
+        "file      channel   mean  deviation  minimum (x, y)  maximum (x, y)\n"
+        "none.png  grey     0.000      0.000               -               -\n",
+        vek("stats none.png --mask none.png").output);
+    const Result timed = vek("stats none.png --time");
+    EXPECT_NE(std::string::npos, timed.output.find("ms  vekiMinMaxIndx_8u_C1R")) << timed.output;
+    expectFailure("stats none.png > /dev/full", 1, "standard output: cannot be written");
+}
+
+/** Twice the deviation of the window around each pixel, by its definition. */
+double twiceTheDeviation(const Picture& of, int32_t x, int32_t y, int32_t window) {
+    int64_t sum = 0, squares = 0;
+    for (int32_t j = y - window / 2; j < y - window / 2 + window; ++j)
+        for (int32_t i = x - window / 2; i < x - window / 2 + window; ++i) {
+            const int32_t row = std::clamp(j, 0, of.height - 1), column = std::clamp(i, 0, of.width - 1);
+            const int64_t value = of.bytes[static_cast<size_t>(row * of.width + column)];
+            sum += value;
+            squares += value * value;
+        }
+    const int64_t area = int64_t{window} * window;
+    return 2 * std::sqrt(static_cast<double>(squares * area - sum * sum)) / static_cast<double>(area);
+}
+
+void checkLocalContrast(const Picture& source, const Picture& grey, int32_t window) {
+    SCOPED_TRACE(::testing::Message() << source.shape() << ", window " << window);
+    writePicture("in.png", source);
+    const Result result = vek("localcontrast in.png out.png --window " + std::to_string(window));
+    ASSERT_EQ(0, result.status) << result.output;
+    EXPECT_EQ("", result.output);
+    const Picture out = readPicture("out.png");
+    ASSERT_TRUE(out.hasShapeOf(grey)) << out.shape();
+    for (int32_t y = 0; y < grey.height; ++y)
+        for (int32_t x = 0; x < grey.width; ++x)
+            // Half a level is the rounding of the result; a nearly flat window adds that of floats.
+            ASSERT_NEAR(twiceTheDeviation(grey, x, y, window), valueAt(out, static_cast<size_t>(y * grey.width + x)),
+                        0.75)
+                << x << ", " << y;
+}
+
+TEST_F(Vek, ShowsLocalContrast) {
+    const Picture random = picture(29, 17, 1, 8, 1);
+    for (int32_t window : {2, 3, 4, 5, 16, 40, 181})
+        checkLocalContrast(random, random, window);
+    checkLocalContrast(picture(1, 1, 1, 8, 1), picture(1, 1, 1, 8, 1), 7);
+
+    const Picture color = picture(29, 17, 3, 8, 2);
+    Picture grey(29, 17, 1, 8);
+    for (size_t i = 0; i < grey.bytes.size(); ++i)
+        grey.bytes[i] = static_cast<uint8_t>(
+            std::lrint(0.299 * color.bytes[3 * i] + 0.587 * color.bytes[3 * i + 1] + 0.114 * color.bytes[3 * i + 2]));
+    checkLocalContrast(color, grey, 5);
+
+    // The greatest deviation there is, and small ones far from the corner of a large bright picture.
+    Picture stripes(60, 40, 1, 8), bright(400, 300, 1, 8);
+    for (size_t i = 0; i < stripes.bytes.size(); ++i)
+        stripes.bytes[i] = i % 2 == 0 ? 255 : 0;
+    checkLocalContrast(stripes, stripes, 2);
+    checkLocalContrast(stripes, stripes, 180);
+    for (size_t i = 0; i < bright.bytes.size(); ++i)
+        bright.bytes[i] = static_cast<uint8_t>(250 + i * i % 3);
+    checkLocalContrast(bright, bright, 3);
+}
+
 TEST_F(Vek, ReadsVideos) {
     writePicture("f1.png", picture(48, 32, 1, 8, 5));
     writePicture("f2.png", picture(48, 32, 1, 8, 6));
@@ -246,10 +402,27 @@ TEST_F(Vek, TellsWhatItIsAndHas) {
 }
 
 TEST_F(Vek, RefusesWrongUsage) {
-    for (const std::string arguments :
-         {"", "fly", "diff", "diff a.png", "background -o x.png --alpha 1", "background a.png -o x.png",
-          "background a.png -o x.png --alpha fast", "background a.png -o x.png --alpha NaN",
-          "background a.png -o x.png --alpha -inf", "info --threads 0", "info --wrong"})
+    for (const std::string arguments : {"",
+                                        "fly",
+                                        "diff",
+                                        "diff a.png",
+                                        "background -o x.png --alpha 1",
+                                        "background a.png -o x.png",
+                                        "background a.png -o x.png --alpha fast",
+                                        "background a.png -o x.png --alpha NaN",
+                                        "background a.png -o x.png --alpha -inf",
+                                        "info --threads 0",
+                                        "info --wrong",
+                                        "stats",
+                                        "stats --json",
+                                        "localcontrast a.png --window 5",
+                                        "localcontrast a.png x.png",
+                                        "localcontrast a.png x.png --window 1",
+                                        "localcontrast a.png x.png --window -5",
+                                        "localcontrast a.png x.png --window 182",
+                                        "localcontrast a.png x.png --window 5.5",
+                                        "localcontrast a.png x.png --window wide",
+                                        "localcontrast a.png x.png --window 99999999999"})
         expectFailure(arguments, 2, "");
 }
 
@@ -280,6 +453,17 @@ TEST_F(Vek, SaysWhatIsWrongWithAFile) {
     expectFailure("background grey.png grey.png -o x.png --alpha 1 --mask large.png", 1, "large.png");
     expectFailure("motion grey.png grey.png -o x.png --alpha 1", 2, "x.png: the name needs one %d");
     expectFailure("motion grey.png grey.png -o x-%s.png --alpha 1", 2, "x-%s.png: the name needs one %d");
+    expectFailure("stats grey.png missing.png", 1, "missing.png: cannot be opened");
+    expectFailure("stats grey.png text.png --json", 1, "text.png: is not a PNG or JPEG");
+    expectFailure("stats grey.png --mask missing.png", 1, "missing.png: cannot be opened");
+    expectFailure("stats large.png grey.png --mask large.png", 1,
+                  "large.png: is 17 x 8, 8-bit grey; the mask must be 8-bit grey and as large as grey.png, 16 x 8");
+    expectFailure("stats grey.png --mask color.png", 1, "color.png: is 16 x 8, 8-bit colour; the mask must be");
+    expectFailure("stats deep.png --mask deep.png", 1, "deep.png: is 16 x 8, 16-bit grey; the mask must be");
+    expectFailure("localcontrast missing.png x.png --window 5", 1, "missing.png: cannot be opened");
+    expectFailure("localcontrast deep.png x.png --window 5", 1, "deep.png: is 16 x 8, 16-bit grey; the local contrast");
+    expectFailure("localcontrast grey.png x.bmp --window 5", 2, "x.bmp: pictures are written as");
+    expectFailure("localcontrast grey.png missing/x.png --window 5", 1, "missing/x.png: cannot be written");
 }
 
 TEST_F(Vek, RefusesPicturesThatEndTooEarly) {

@@ -8,3 +8,5 @@ void addList(CLI::App& app);
 void addDiff(CLI::App& app);
 void addBackground(CLI::App& app);
 void addMotion(CLI::App& app);
+void addStats(CLI::App& app);
+void addLocalContrast(CLI::App& app);

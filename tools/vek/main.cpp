@@ -44,6 +44,8 @@ int main(int argc, char** argv) {
     addDiff(app);
     addBackground(app);
     addMotion(app);
+    addStats(app);
+    addLocalContrast(app);
 
     try {
         app.parse(argc, argv);

@@ -6,6 +6,7 @@
 #include "commands.h"
 #include "difference.h"
 #include "frames.h"
+#include "mask.h"
 #include "picture_file.h"
 
 namespace {
@@ -22,9 +23,7 @@ Picture readMask(const std::string& path, const Picture& frame) {
     if (path.empty())
         return {};
     const Picture mask = readPicture(path);
-    if (mask.channels != 1 || mask.bits != 8 || mask.width != frame.width || mask.height != frame.height)
-        throw Failure(path, "is " + mask.shape() + "; the mask must be 8-bit grey and as large as the frames, " +
-                                std::to_string(frame.width) + " x " + std::to_string(frame.height));
+    checkMask(path, mask, frame, "the frames");
     Picture result(frame.width, frame.height, frame.channels, 8);
     for (size_t i = 0; i < result.bytes.size(); ++i)
         result.bytes[i] = mask.bytes[i / static_cast<size_t>(frame.channels)];
