@@ -7,6 +7,12 @@
 
 namespace VEKCV_VARIANT {
 
+/**
+ * How far ahead an image is asked for that is read alone. Processors do not look beyond the page that they are in; with
+ * two images and more there is always one that they can go on with.
+ */
+constexpr ptrdiff_t kPrefetchBytes = 512;
+
 /** So many pixels fill a block. */
 template <typename T>
 constexpr ptrdiff_t kBlockPixels = 64 / sizeof(T);
@@ -25,6 +31,12 @@ struct Pixels {
 
     HWY_INLINE Pixels operator+(ptrdiff_t x) const { return {first + x * kStride}; }
 
+    /** Asks for the block that is `bytes` ahead, whether or not the row goes on as far as there. */
+    HWY_INLINE void prefetch(ptrdiff_t bytes) const {
+        for (ptrdiff_t line = 0; line < kStride; ++line)
+            __builtin_prefetch(reinterpret_cast<const uint8_t*>(first) + bytes + 64 * line);
+    }
+
     template <typename D>
     HWY_INLINE hn::Vec<D> load(D d) const {
         if constexpr (kStride == 1)
@@ -39,9 +51,16 @@ struct Pixels {
         alignas(64) T elements[kBlockPixels<T> * kStride];
 
         Rest(Pixels pixels, ptrdiff_t count, T neutral) {
+            const auto copy = [&](ptrdiff_t copied) {
+                __builtin_memcpy(elements, pixels.first, static_cast<size_t>((copied - 1) * kStride + 1) * sizeof(T));
+            };
+            if (count == kBlockPixels<T>) {  // only the last pixel makes it a rest; a copy of constant size is quick
+                copy(kBlockPixels<T>);
+                return;
+            }
             for (T& element : elements)
                 element = neutral;
-            __builtin_memcpy(elements, pixels.first, static_cast<size_t>((count - 1) * kStride + 1) * sizeof(T));
+            copy(count);
         }
         operator Pixels() const { return {elements}; }
     };
@@ -86,6 +105,7 @@ struct NoMask {
     static constexpr ptrdiff_t kBeyond = 0;
 
     HWY_INLINE NoMask operator+(ptrdiff_t /*x*/) const { return {}; }
+    HWY_INLINE void prefetch(ptrdiff_t /*bytes*/) const {}
 
     template <typename D>
     HWY_INLINE hn::Vec<D> selectOr(D /*d*/, hn::Vec<D> pixels, hn::Vec<D> /*otherwise*/) const {
@@ -139,8 +159,11 @@ HWY_INLINE void reduceRow(Op& op, ptrdiff_t width, Sources... sources) {
     for (ptrdiff_t x = 0; x < width;) {
         const ptrdiff_t end = width - x > Op::kRunPixels ? x + Op::kRunPixels : width;
         const ptrdiff_t lastBlock = HWY_MIN(end, width - kFollowing) - kBlock;
-        for (; x <= lastBlock; x += kBlock)
+        for (; x <= lastBlock; x += kBlock) {
+            if constexpr ((std::is_same_v<Sources, NoMask> || ...))
+                ((sources + x).prefetch(kPrefetchBytes), ...);
             op.add((sources + x)...);
+        }
         if (end == width && x < width) {
             op.add(Sources(typename Sources::Rest(sources + x, width - x, op.neutral()))...);
             x = width;
