@@ -125,7 +125,7 @@ void run(const Options& options) {
             const bool small = size.width * size.height < 65536;  // never shared among threads
             const bool inCache = int64_t{size.width} * size.height < cacheBytes / 2;
             const int mostThreads = small || options.quick ? 1 : 2;
-            measureRow(entry, size, mostThreads, {options.quick ? 5 : inCache ? 15 : 7, 0.003, inCache}, results);
+            measureRow(entry, size, mostThreads, {options.quick || !inCache ? 5 : 11, 0.003, inCache}, results);
         }
     }
     std::ofstream file(options.output);
