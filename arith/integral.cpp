@@ -2,8 +2,8 @@
 #include <hwy/cache_control.h>
 
 #include "bind.h"
-#include "check.h"
-#include "simd.h"
+#include "integral_checks.h"
+#include "pair_products.h"
 #include "streaming.h"
 
 namespace VEKCV_VARIANT {
@@ -93,8 +93,7 @@ class RunningSquareSum {
         const hn::Repartition<int32_t, Unit> d;
         const hn::Repartition<uint32_t, Unit> bits;
         const auto values = hn::BitCast(hn::RebindToSigned<Unit>(), pixels);
-        auto unused = hn::Zero(d);
-        const auto pairs = blockSums(d, hn::ReorderWidenMulAccumulate(d, values, values, hn::Zero(d), unused));
+        const auto pairs = blockSums(d, addPairProducts(d, values, values, hn::Zero(d)));
         const auto seconds = hn::BitCast(d, hn::ShiftRight<16>(hn::BitCast(bits, hn::Mul(pixels, pixels))));
         const auto firsts = hn::Sub(pairs, seconds);
         const auto lower = hn::InterleaveLower(d, firsts, pairs), upper = hn::InterleaveUpper(d, firsts, pairs);
@@ -244,6 +243,7 @@ void integrateStrip(const uint8_t* pixels, int32_t first, int32_t k, bool isLast
     [&](Runnings... runnings, LineStream<typename Runnings::Entry>... streams) {
         for (ptrdiff_t i = 0; i < count; i += kPortionPixels) {
             const ptrdiff_t portion = HWY_MIN(kPortionPixels, count - i);
+            // The strip of this row that comes after those of the other rows of the group.
             for (ptrdiff_t line = 0; line < kPortionPixels; line += 64)
                 __builtin_prefetch(pixels + i + kStripPixels + line);
             integrate(pixels + i, portion,
@@ -303,12 +303,7 @@ Status integral(const uint8_t* source, int32_t sourceStep, Entry* integral, int3
                 Entry value) {
     const Image<const uint8_t> in{source, sourceStep};
     const Image<Entry> sums{integral, integralStep};
-    if (Status status = Check()
-                            .pointers(in, sums)
-                            .roi(roi)
-                            .stepLengths(roi.width, in)
-                            .stepLengths(int64_t{roi.width} + 1, sums)
-                            .stepMultiples(sums))
+    if (Status status = checkTables<1>(in, roi, sums))
         return status;
     writeBorder(sums, roi, value);
     writeTables<RunningSum<Entry>>(in, roi, sums);
@@ -322,12 +317,7 @@ Status squareIntegral(const uint8_t* source, int32_t sourceStep, Entry* integral
     const Image<const uint8_t> in{source, sourceStep};
     const Image<Entry> sums{integral, integralStep};
     const Image<SquareEntry> squares{squareIntegral, squareIntegralStep};
-    if (Status status = Check()
-                            .pointers(in, sums, squares)
-                            .roi(roi)
-                            .stepLengths(roi.width, in)
-                            .stepLengths(int64_t{roi.width} + 1, sums, squares)
-                            .stepMultiples(sums, squares))
+    if (Status status = checkTables<1>(in, roi, sums, squares))
         return status;
     writeBorder(sums, roi, value);
     writeBorder(squares, roi, squareValue);

@@ -170,7 +170,7 @@ Extrema<T> extremaOf(Image<const T, kChannels> source, Mask mask, RoiSize roi, i
         return {};
 
     constexpr ptrdiff_t kRun = Reduction::kRunPixels;
-    Reduction reduction(valueAt(y, start), {y, start / kRun * kRun});
+    Reduction reduction(valueAt(y, start), {y, start});
     for (; y < lines.end; ++y) {
         reduction.beginRow(y);
         reduceRow(reduction, lines.width, pixelRow(source, y), maskRow(mask, y));

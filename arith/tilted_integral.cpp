@@ -1,6 +1,6 @@
 // Integral images tilted by 45 degrees, of pixels and of their squares.
 #include "bind.h"
-#include "check.h"
+#include "integral_checks.h"
 #include "pixelwise.h"
 
 namespace VEKCV_VARIANT {
@@ -80,12 +80,7 @@ Status tiltedIntegral(const uint8_t* source, int32_t sourceStep, Entry* integral
                       Entry value) {
     const Image<const uint8_t> in{source, sourceStep};
     const Image<Entry> sums{integral, integralStep};
-    if (Status status = Check()
-                            .pointers(in, sums)
-                            .roi(roi)
-                            .stepLengths(roi.width, in)
-                            .stepLengths(int64_t{roi.width} + 2, sums)
-                            .stepMultiples(sums))
+    if (Status status = checkTables<2>(in, roi, sums))
         return status;
     writeFirstRows(sums, roi, value);
     for (ptrdiff_t y = 0; y < roi.height; ++y)
@@ -100,12 +95,7 @@ Status tiltedSquareIntegral(const uint8_t* source, int32_t sourceStep, Entry* in
     const Image<const uint8_t> in{source, sourceStep};
     const Image<Entry> sums{integral, integralStep};
     const Image<SquareEntry> squares{squareIntegral, squareIntegralStep};
-    if (Status status = Check()
-                            .pointers(in, sums, squares)
-                            .roi(roi)
-                            .stepLengths(roi.width, in)
-                            .stepLengths(int64_t{roi.width} + 2, sums, squares)
-                            .stepMultiples(sums, squares))
+    if (Status status = checkTables<2>(in, roi, sums, squares))
         return status;
     writeFirstRows(sums, roi, value);
     writeFirstRows(squares, roi, squareValue);

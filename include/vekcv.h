@@ -351,10 +351,10 @@ VEKCV_API Status VEKCV_CALL vekiAbsDiffC_32f_C1R(const float* source, int32_t so
  *
  * Sums and maxima of integers are exact, and rounded once to the result. Differences of floats, their magnitudes and
  * squares are rounded to float; a row of them is added in 16 running sums of floats (pixel x to sum x modulo 16), which
- * are added in pairs (k and k + 8, then + 4, + 2, + 1), and the rows are added in double. So the result is within
- * (width / 16 + 5) * 2^-24 of the true sum, relatively, as long as no partial sum overflows, and squares above 3.4e38
- * do. With more than one thread the rows are added stripe by stripe, so that the number of threads may change the last
- * bits of L1 and L2 norms of floats.
+ * are added in pairs (k and k + 8, then + 4, + 2, + 1), and the rows are added in double. So a sum is
+ * within (width / 16 + 5) * 2^-24 of the true one, relatively, and a relative norm within twice that, as long as no
+ * square or sum overflows (3.4e38) and no square underflows (1.2e-38). With more than one thread the rows are added
+ * stripe by stripe, so that the number of threads may change the last bits of L1 and L2 norms of floats.
  *
  * A NaN that takes part gives NaN in L1 and L2 norms; the maximum passes over it, as no comparison with it is true.
  * Without any pixel that takes part vekiNorm and vekiNormDiff give 0.
@@ -363,7 +363,7 @@ VEKCV_API Status VEKCV_CALL vekiAbsDiffC_32f_C1R(const float* source, int32_t so
  * @param mask      first pixel of the mask
  * @param sourceStep, source1Step, source2Step, maskStep   bytes from row to row
  * @param roiSize   size shared by all images, at least 1 x 1
- * @param channelOfInterest   the channel of both sources that is looked at: 1, 2 or 3 (C3C forms)
+ * @param channelOfInterest   the channel of every source that is looked at: 1, 2 or 3 (C3C forms)
  * @param result    receives the norm
  *
  * @retval StatusOk                       the norm was written
@@ -628,11 +628,14 @@ VEKCV_API Status VEKCV_CALL vekiNormRel_L2_32f_C3CMR(const float* source1, int32
  * Without any pixel that takes part both are 0. S and Q of integers are exact for every region; the formulas are
  * evaluated in double. Floats are converted to double, and they and their squares are added in 16 running sums of
  * doubles (pixel x of every row to sum x modulo 16), which are added in pairs (k and k + 8, then + 4, + 2, + 1). With
- * more than one thread each has running sums of its own, so that the number of threads may change the last bits of the
- * results of floats. A NaN or an infinity that takes part makes the deviation NaN, and the mean NaN or infinite.
+ * more than one thread each has running sums of its own, so that the number of threads may change the
+ * results of floats, as another order of adding does. A NaN or an infinity that takes part makes the deviation NaN, and
+ * the mean NaN or infinite.
  *
- * The standard deviation of a constant integer image is exactly 0. Where the deviation is small against the mean, the
- * difference in the formula cancels: the variance has an error of about 1e-16 times the square of the mean.
+ * The standard deviation of a constant image is exactly 0 as long as Q is exact in double, that is below 2^53: always
+ * for 8-bit images of less than 2^37 pixels, for 16u images of 2^21 pixels or less. Where the deviation is small
+ * against the mean, the difference in the formula cancels, and the roundings of Q / n and of the square of the mean
+ * remain.
  *
  * @param source   first pixel of the source
  * @param mask     first pixel of the mask
@@ -922,7 +925,9 @@ VEKCV_API Status VEKCV_CALL vekiTiltedSqrIntegral_8u32s_C1R(const uint8_t* sourc
  *
  * moved by (x, y), and in a tilted table one column to the right and one row down as well. The upright window is the
  * rectangle rect. The tilted one holds the pixels (rx + i - k, ry + 1 + i + k) and (rx + 1 + i - k, ry + 1 + i + k) for
- * i = 0 to w - 1 and k = 0 to h - 1: w steps to the lower right and h steps to the lower left.
+ * i = 0 to w - 1 and k = 0 to h - 1: w steps to the lower right and h steps to the lower left. Upright tables must have
+ * ry + height + h rows, and tilted ones rx + width + w + 1 columns, which is one more than the check of the step asks
+ * for, and ry + height + w + h + 1 rows; those of an image that the windows lie in have.
  *
  * The deviation of a constant window is 0 as long as the entries of the squared table are exact in float, that is up to
  * 16777216. Larger ones lose their last bits, and small deviations far from the origin of a large table with them; the
@@ -944,8 +949,8 @@ VEKCV_API Status VEKCV_CALL vekiTiltedSqrIntegral_8u32s_C1R(const uint8_t* sourc
  * @retval StatusStepError         the step of a table holds fewer than rx + width + w entries, or that of the
  *                                 destination is smaller than a row
  * @retval StatusStepNotMultiple   a step is not a multiple of the element
- * @retval StatusSizeError         rx or ry is below 0, w or h is below 1; in tilted tables rx + 1 is below h, too,
- * which puts the corner B to the left of the table
+ * @retval StatusSizeError         rx or ry is below 0, or w or h below 1; in tilted tables also rx + 1 below h, which
+ *                                 puts the corner B to the left of the table
  *
  * Regions of 262144 pixels and more are shared among the threads.
  * @{

@@ -1,6 +1,7 @@
 // Exact sums of unsigned integers, and of their squares, over the pixels of blocks.
 #pragma once
 
+#include "pair_products.h"
 #include "reduction.h"
 
 namespace VEKCV_VARIANT {
@@ -17,8 +18,7 @@ class ProductSums {
   public:
     template <typename V>
     HWY_INLINE void add(V a, V b) {
-        hn::Vec<Narrow> unused = run_;
-        run_ = hn::ReorderWidenMulAccumulate(Narrow(), a, b, run_, unused);
+        run_ = addPairProducts(Narrow(), a, b, run_);
     }
     HWY_INLINE void endRun() {
         const Wide d;

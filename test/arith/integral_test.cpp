@@ -1,4 +1,4 @@
-// Integral images against their recursions, as the header has them, and against sums of pixels.
+// Integral images against their recursions, as the header has them.
 #include <gtest/gtest.h>
 
 #include "regions.h"
@@ -164,7 +164,8 @@ TYPED_TEST(Integral, BeginsWithAnyConstant) {
 // Rows of 65536 white pixels and more, whose sums are no longer exact in float; images whose sums wrap in 32 bits.
 TYPED_TEST(Integral, GoesOnWhereSumsAreNotExact) {
     for (const RoiSize roi : {RoiSize{66100, 3}, RoiSize{131, 600}}) {
-        const auto image = TestImage<uint8_t>::filled(roi, {}, [](int x, int y) { return uint8_t(x + y == 9 ? 0 : 255); });
+        const auto image =
+            TestImage<uint8_t>::filled(roi, {}, [](int x, int y) { return uint8_t(x + y == 9 ? 0 : 255); });
         TypeParam::check(image, {}, INT32_MAX, INT32_MAX);
     }
 }
@@ -173,11 +174,52 @@ TYPED_TEST(Integral, ReportsTheFirstFault) {
     TypeParam::checkStatuses();
 }
 
-TEST(UprightIntegral, HoldsSumsOfRectangles) {
+TEST(UprightIntegral, OfOnePixelIsTheLastEntry) {
     const uint8_t seven = 7;
     int32_t table[4];
     ASSERT_EQ(StatusOk, vekiIntegral_8u32s_C1R(&seven, 1, table, 8, {1, 1}, 0));
     EXPECT_EQ((std::vector{0, 0, 0, 7}), std::vector(table, table + 4));
+}
+
+// Tables may begin at any address; those that are large are streamed only where entries are aligned.
+TEST(UprightIntegral, NeedsNoAlignment) {
+    const RoiSize roi{77, 40};
+    const auto image = TestImage<uint8_t>::random(roi, {}, 5);
+    const size_t entries = 78 * 41;
+    std::vector<int32_t> expected(entries), result(entries);
+    ASSERT_EQ(StatusOk, vekiIntegral_8u32s_C1R(image.data(), image.step(), expected.data(), 78 * 4, roi, 1));
+    std::vector<uint8_t> memory(entries * 4 + 1);
+    ASSERT_EQ(StatusOk, vekiIntegral_8u32s_C1R(image.data(), image.step(),
+                                               reinterpret_cast<int32_t*>(memory.data() + 1), 78 * 4, roi, 1));
+    std::memcpy(result.data(), memory.data() + 1, entries * 4);
+    EXPECT_EQ(expected, result);
+}
+
+// The table leaves out pixels at its edges; that cancels in every rectangle, also those whose corners lie at the edges.
+TEST(TiltedIntegral, HoldsSumsOfRectangles) {
+    for (const RoiSize roi : {RoiSize{1, 5}, RoiSize{2, 6}, RoiSize{9, 11}, RoiSize{12, 8}}) {
+        const auto image = TestImage<uint8_t>::random(roi, {}, 6);
+        const TestImage<int32_t> table({roi.width + 2, roi.height + 2});
+        ASSERT_EQ(StatusOk,
+                  vekiTiltedIntegral_8u32s_C1R(image.data(), image.step(), table.data(), table.step(), roi, 9));
+        // The rectangle with its topmost corner in entry (x, y), w and h steps along the diagonals.
+        const auto check = [&](int x, int y, int w, int h) {
+            int sum = 0;
+            for (int i = 0; i < w; ++i)
+                for (int k = 0; k < h; ++k)
+                    for (const int column : {x - 1 + i - k, x + i - k})
+                        if (column >= 0 && column < roi.width)
+                            sum += image.at(column, y + i + k);
+            ASSERT_EQ(sum,
+                      table.at(x + w - h, y + w + h) - table.at(x - h, y + h) - table.at(x + w, y + w) + table.at(x, y))
+                << x << ", " << y << ", " << w << ", " << h;
+        };
+        for (int y = 0; y < roi.height; ++y)
+            for (int x = 0; x <= roi.width + 1; ++x)
+                for (int w = 1; x + w <= roi.width + 1 && y + w <= roi.height; ++w)
+                    for (int h = 1; x - h >= 0 && y + w + h <= roi.height + 1; ++h)
+                        check(x, y, w, h);
+    }
 }
 
 }  // namespace

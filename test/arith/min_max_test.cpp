@@ -91,6 +91,19 @@ TYPED_TEST(MinMaxIndx, FindsTheFirstOfEqualOnesInParallel) {
         }
 }
 
+// Stripes without any pixel that takes part, and a first one that is far down its row.
+TYPED_TEST(MinMaxIndx, FindsPixelsThatFewStripesHave) {
+    using T = typename TypeParam::T;
+    if constexpr (TypeParam::kHasMask)
+        for (const RoiSize roi : {RoiSize{512, 33}, RoiSize{5003, 7}})
+            for (const int row : {0, roi.height / 2, roi.height - 1}) {
+                typename TypeParam::Operands operands({roi, T(50)});
+                operands.mask = TestImage<uint8_t>::filled(
+                    roi, {}, [=](int x, int y) { return uint8_t(y == row && x > roi.width - 9 ? 2 : 0); });
+                TypeParam::check(operands);
+            }
+}
+
 // Every pixel in turn is the only extreme, or the only one that takes part.
 TYPED_TEST(MinMaxIndx, FindsEveryPlace) {
     using T = typename TypeParam::T;
@@ -129,6 +142,7 @@ TYPED_TEST(MinMaxIndx, TakesAnyFloat) {
         constexpr float kNaN = std::numeric_limits<T>::quiet_NaN(), kInfinity = std::numeric_limits<T>::infinity();
         const RoiSize roi{40, 3};
         TypeParam::check({roi, kNaN});
+        TypeParam::check({{37, 1}, kNaN});
         TypeParam::check({roi, kInfinity});
         TypeParam::check({roi, {}, [](Random& random) { return random.below(9) != 0 ? kNaN : random.value<T>(); }});
         TypeParam::check({roi, {}, [](Random& random) { return random.below(2) == 0 ? -0.f : 0.f; }});

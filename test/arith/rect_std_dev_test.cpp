@@ -222,7 +222,7 @@ TYPED_TEST(RectStdDev, TakesAnyScaleFactor) {
                           vekiRectStdDev_32s_C1RSfs(zeroes, 8, squares, 8, &out, 4, {1, 1}, {0, 0, 1, 1}, factor));
                 ASSERT_EQ(factor < 0 ? INT32_MAX : 0, out);
             }
-            // 9 / 2 = 4.5 and 9 / 2 + 1 = 5.5 lie between integers: the even one.
+            // 9 / 2 = 4.5 and 11 / 2 = 5.5 lie between integers: the even one.
             ASSERT_EQ(StatusOk, vekiRectStdDev_32s_C1RSfs(zeroes, 8, squares, 8, &out, 4, {1, 1}, {0, 0, 1, 1}, 1));
             ASSERT_EQ(4, out);
             const int32_t more[4] = {0, 0, 0, 121};

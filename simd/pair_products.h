@@ -1,0 +1,17 @@
+#pragma once
+
+#include "simd.h"
+
+namespace VEKCV_VARIANT {
+
+/** sums + a * b of lane 2k + a * b of lane 2k + 1, in 32-bit lane k, from lanes of int16_t. */
+template <typename D, typename V>
+HWY_INLINE hn::Vec<D> addPairProducts(D d, V a, V b, hn::Vec<D> sums) {
+#if !defined(__i386__) && !defined(__x86_64__)
+#error "which products ReorderWidenMulAccumulate adds, and to which sums, depends on the processor"
+#endif
+    auto unused = hn::Zero(d);
+    return hn::ReorderWidenMulAccumulate(d, a, b, sums, unused);
+}
+
+}  // namespace VEKCV_VARIANT
