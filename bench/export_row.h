@@ -50,13 +50,13 @@ struct Excess {
 
 /**
  * Makes the arguments of a call from left to right: a pointer in front of the size is a new image, the integer behind
- * it the step of that image; behind the size a pointer is a result, a number is the next one of the parameters, and a
- * rectangle the next four.
+ * it the step of that image; behind the size a pointer is a result or the work buffer, a number is the next one of the
+ * parameters, and a rectangle the next four.
  */
 class Arguments {
   public:
-    Arguments(Case& work, Layout layout, int maskIndex, Excess excess)
-        : case_(work), layout_(layout), maskIndex_(maskIndex), excess_(excess) {}
+    Arguments(Case& work, Layout layout, int maskIndex, Excess excess, int32_t bufferBytes)
+        : case_(work), layout_(layout), maskIndex_(maskIndex), excess_(excess), bufferBytes_(bufferBytes) {}
 
     template <typename T>
     T next() {
@@ -79,11 +79,13 @@ class Arguments {
         using Value = std::remove_const_t<T>;
         const Role role = static_cast<int>(case_.operands.size()) == maskIndex_ ? Role::kMask
                           : std::is_const_v<T>                                  ? Role::kSource
+                          : sizeIsPassed_ && bufferBytes_ > 0                   ? Role::kBuffer
                           : sizeIsPassed_                                       ? Role::kResult
                           : layout_.inPlace                                     ? Role::kInPlace
                                                                                 : Role::kDestination;
         const int32_t channels = std::is_same_v<Value, ImagePoint>              ? 2
                                  : role == Role::kMask || role == Role::kResult ? 1
+                                 : role == Role::kBuffer                        ? 1
                                                                                 : layout_.channels;
         case_.operands.push_back(Operand::make(role, elementOf<Value>(), channels, sizeOf(role)));
         return case_.operands.back();
@@ -93,6 +95,8 @@ class Arguments {
         const RoiSize excess = role == Role::kSource        ? excess_.sources
                                : role == Role::kDestination ? excess_.destinations
                                                             : RoiSize{};
+        if (role == Role::kBuffer)
+            return {bufferBytes_, 1};
         return role == Role::kResult ? RoiSize{1, 1}
                                      : RoiSize{case_.size.width + excess.width, case_.size.height + excess.height};
     }
@@ -101,6 +105,7 @@ class Arguments {
     Layout layout_;
     int maskIndex_;
     Excess excess_;
+    int32_t bufferBytes_;
     bool sizeIsPassed_ = false;
     size_t parameter_ = 0;
 };
@@ -110,7 +115,20 @@ struct Setup {
     std::vector<double> parameters{};
     Excess excess{};
     void (*content)(const Case&) = nullptr;
+    int32_t (*bufferBytes)(RoiSize) = nullptr;  // of the work buffer, for the threads that are set
 };
+
+/** The bytes of a work buffer that is large enough for all numbers of threads that are measured. */
+inline int32_t bytesOfBuffer(const Setup& setup, RoiSize size) {
+    if (setup.bufferBytes == nullptr)
+        return 0;
+    int threads = 1;
+    vekGetNumThreads(&threads);
+    vekSetNumThreads(kMostThreads);
+    const int32_t bytes = setup.bufferBytes(size);
+    vekSetNumThreads(threads);
+    return bytes;
+}
 
 template <auto Export, typename... Types>
 Work prepareExport(Status(VEKCV_CALL*)(Types...), RoiSize size, const Setup& setup, Peer* peer) {
@@ -120,7 +138,7 @@ Work prepareExport(Status(VEKCV_CALL*)(Types...), RoiSize size, const Setup& set
         kLayout.masked ? ((std::is_pointer_v<Types> && std::is_const_v<std::remove_pointer_t<Types>> ? 1 : 0) + ...) - 1
                        : -1;
     Work work{{size, setup.parameters, {}, setup.content}, {}, {}};
-    Arguments arguments(work.data, kLayout, kMaskIndex, setup.excess);
+    Arguments arguments(work.data, kLayout, kMaskIndex, setup.excess, bytesOfBuffer(setup, size));
     work.vekcv = [values = std::tuple<Types...>{arguments.template next<Types>()...}] {
         if (const Status status = std::apply(Export, values); status != StatusOk)
             fail(std::string(nameOf<Export>()) + " gives " + vekGetStatusString(status));

@@ -12,8 +12,11 @@
 
 namespace bench {
 
+/** Calls are measured with 1 thread to so many. */
+constexpr int kMostThreads = 2;
+
 enum class Element { k8u, k8s, k16u, k16s, k32s, k32f, k64f };
-enum class Role { kSource, kMask, kDestination, kInPlace, kResult };  // a result is no image
+enum class Role { kSource, kMask, kDestination, kInPlace, kResult, kBuffer };  // a result is no image
 
 /** An image or an array that a call reads or writes, in memory of its own that begins at a multiple of 64 bytes. */
 struct Operand {
@@ -77,7 +80,10 @@ struct TableEntry {
     Row row;
 };
 
-/** The table in the order of the header. Ends the program where an export has no row, with the names. */
+/**
+ * The table in the order of the header. Ends the program where an export has no row, with the names; those
+ * that work on no image have none.
+ */
 std::vector<TableEntry> table();
 
 /** Ends the program with a message. */

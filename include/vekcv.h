@@ -987,6 +987,336 @@ VEKCV_API Status VEKCV_CALL vekiTiltedRectStdDev_32s_C1RSfs(const int32_t* integ
                                                             RoiSize roiSize, ImageRect rect, int32_t scaleFactor);
 /** @} */
 
+/* ------------------------------------------------------------------------------------------------------------------ */
+/**
+ * @defgroup FixedFilters Derivative and smoothing filters
+ * Filters with a mask of 3 x 3 or 5 x 5 that are a row filter and a column filter. Both are correlations, with their
+ * middle tap over the pixel:
+ *
+ *                              3 x 3                    5 x 5
+ *                              row        column        row             column
+ *     vekiFilterSobelHoriz         1 2 1      -1 0 1        1 4 6 4 1       -1 -2 0 2 1
+ *     vekiFilterSobelVert          1 0 -1     1 2 1         1 2 0 -2 -1     1 4 6 4 1
+ *     vekiFilterSobelNegVert       -1 0 1     1 2 1         -1 -2 0 2 1     1 4 6 4 1
+ *     vekiFilterSobelHorizSecond   1 2 1      1 -2 1        1 4 6 4 1       1 0 -2 0 1
+ *     vekiFilterSobelVertSecond    1 -2 1     1 2 1         1 0 -2 0 1      1 4 6 4 1
+ *     vekiFilterSobelCross         1 0 -1     -1 0 1        1 2 0 -2 -1     -1 -2 0 2 1
+ *     vekiFilterScharrHoriz        3 10 3     -1 0 1
+ *     vekiFilterScharrVert         -1 0 1     3 10 3
+ *     vekiFilterLowpass            1 1 1      1 1 1         1 1 1 1 1       1 1 1 1 1
+ *
+ * vekiFilterLaplacian is the sum of the two second derivatives: of 3 x 3 pixels with the mask 2 0 2 / 0 -8 0 / 2 0 2,
+ * of 5 x 5 the sum of HorizSecond and VertSecond. vekiFilterLowpass gives the mean of the pixels.
+ *
+ * Results of 8u images are exact, then saturated: to -128 to 127 in 8s; 16s holds all of them. The mean of 8u pixels is
+ * rounded to the nearest integer. Floats are filtered by rows, then by columns, each operation rounded to float: the
+ * two outer pixels are added or subtracted first, then the two inner ones, each pair is multiplied by its tap, the
+ * inner pair is added to the outer one and the middle pixel times its tap comes last; taps of 0 are left out. The
+ * Laplacian of 3 x 3 floats is 2 (a + c) of the row above, plus that of the row below, minus 8 times the pixel; that of
+ * 5 x 5 floats is HorizSecond plus VertSecond. The mean of floats is their sum times the float nearest to 1 / 9 or 1
+ * / 25.
+ *
+ * Outside of the image the rule of borderType applies: BorderConstant with borderValue, BorderReplicate,
+ * BorderPeriodic, BorderReflect, BorderReflectEdge, or BorderInMemory. The flags BorderInMemoryTop, Bottom, Left and
+ * Right say of single sides that the pixels in memory beside the region are to be read there, as far as the mask
+ * reaches. Corners belong to the rows above and below: there, a row that the rule gives is extended as that row is, and
+ * a constant row is constant.
+ *
+ * @param source        first pixel of the source
+ * @param destination   first pixel of the result; must not overlap the source
+ * @param sourceStep, destinationStep   bytes from row to row
+ * @param roiSize       size of both images, at least 1 x 1
+ * @param maskSize      MaskSize3x3 or MaskSize5x5; the Scharr filters have 3 x 3 only
+ * @param borderType    a rule of BorderType, with flags added
+ * @param borderValue   what BorderConstant puts outside of the image
+ * @param buffer        work buffer at any address, of the size that GetBufferSize gives for the same region, mask and
+ *                      number of threads
+ * @param bufferSize    receives the bytes of the work buffer
+ *
+ * @retval StatusOk                the result was written
+ * @retval StatusNullPointer       an image or the buffer is null; of GetBufferSize, bufferSize
+ * @retval StatusSizeError         width or height is below 1; of GetBufferSize also, after all other checks, that the
+ *                                 size is above 2147483647
+ * @retval StatusStepError         a step is smaller than a row
+ * @retval StatusStepNotMultiple   the step of a 16s or 32f image is not a multiple of 2 or 4
+ * @retval StatusBadArgument       borderType is no such value: its low four bits are no rule, or it has higher ones of
+ * its low sixteen bits but none of the flags
+ * @retval StatusMaskSizeError     maskSize is neither 33 nor 55
+ *
+ * Regions of 256 x 256 pixels and more, with at least five rows for each thread, are shared among the threads where
+ * there is more than one processor.
+ * @{
+ */
+/** derivative in y, which horizontal edges have */
+VEKCV_API Status VEKCV_CALL vekiFilterSobelHorizBorder_8u16s_C1R(const uint8_t* source, int32_t sourceStep,
+                                                                 int16_t* destination, int32_t destinationStep,
+                                                                 RoiSize roiSize, int32_t maskSize, int32_t borderType,
+                                                                 uint8_t borderValue, uint8_t* buffer);
+VEKCV_API Status VEKCV_CALL vekiFilterSobelHorizBorder_8u8s_C1R(const uint8_t* source, int32_t sourceStep,
+                                                                int8_t* destination, int32_t destinationStep,
+                                                                RoiSize roiSize, int32_t maskSize, int32_t borderType,
+                                                                uint8_t borderValue, uint8_t* buffer);
+VEKCV_API Status VEKCV_CALL vekiFilterSobelHorizBorder_32f_C1R(const float* source, int32_t sourceStep,
+                                                               float* destination, int32_t destinationStep,
+                                                               RoiSize roiSize, int32_t maskSize, int32_t borderType,
+                                                               float borderValue, uint8_t* buffer);
+/** work buffer of vekiFilterSobelHorizBorder */
+VEKCV_API Status VEKCV_CALL vekiFilterSobelHorizGetBufferSize_8u16s_C1R(RoiSize roiSize, int32_t maskSize,
+                                                                        int32_t* bufferSize);
+VEKCV_API Status VEKCV_CALL vekiFilterSobelHorizGetBufferSize_8u8s_C1R(RoiSize roiSize, int32_t maskSize,
+                                                                       int32_t* bufferSize);
+VEKCV_API Status VEKCV_CALL vekiFilterSobelHorizGetBufferSize_32f_C1R(RoiSize roiSize, int32_t maskSize,
+                                                                      int32_t* bufferSize);
+/** derivative in x, which vertical edges have: left minus right */
+VEKCV_API Status VEKCV_CALL vekiFilterSobelVertBorder_8u16s_C1R(const uint8_t* source, int32_t sourceStep,
+                                                                int16_t* destination, int32_t destinationStep,
+                                                                RoiSize roiSize, int32_t maskSize, int32_t borderType,
+                                                                uint8_t borderValue, uint8_t* buffer);
+VEKCV_API Status VEKCV_CALL vekiFilterSobelVertBorder_8u8s_C1R(const uint8_t* source, int32_t sourceStep,
+                                                               int8_t* destination, int32_t destinationStep,
+                                                               RoiSize roiSize, int32_t maskSize, int32_t borderType,
+                                                               uint8_t borderValue, uint8_t* buffer);
+VEKCV_API Status VEKCV_CALL vekiFilterSobelVertBorder_32f_C1R(const float* source, int32_t sourceStep,
+                                                              float* destination, int32_t destinationStep,
+                                                              RoiSize roiSize, int32_t maskSize, int32_t borderType,
+                                                              float borderValue, uint8_t* buffer);
+/** work buffer of vekiFilterSobelVertBorder */
+VEKCV_API Status VEKCV_CALL vekiFilterSobelVertGetBufferSize_8u16s_C1R(RoiSize roiSize, int32_t maskSize,
+                                                                       int32_t* bufferSize);
+VEKCV_API Status VEKCV_CALL vekiFilterSobelVertGetBufferSize_8u8s_C1R(RoiSize roiSize, int32_t maskSize,
+                                                                      int32_t* bufferSize);
+VEKCV_API Status VEKCV_CALL vekiFilterSobelVertGetBufferSize_32f_C1R(RoiSize roiSize, int32_t maskSize,
+                                                                     int32_t* bufferSize);
+/** derivative in x: right minus left */
+VEKCV_API Status VEKCV_CALL vekiFilterSobelNegVertBorder_8u16s_C1R(const uint8_t* source, int32_t sourceStep,
+                                                                   int16_t* destination, int32_t destinationStep,
+                                                                   RoiSize roiSize, int32_t maskSize,
+                                                                   int32_t borderType, uint8_t borderValue,
+                                                                   uint8_t* buffer);
+VEKCV_API Status VEKCV_CALL vekiFilterSobelNegVertBorder_8u8s_C1R(const uint8_t* source, int32_t sourceStep,
+                                                                  int8_t* destination, int32_t destinationStep,
+                                                                  RoiSize roiSize, int32_t maskSize, int32_t borderType,
+                                                                  uint8_t borderValue, uint8_t* buffer);
+VEKCV_API Status VEKCV_CALL vekiFilterSobelNegVertBorder_32f_C1R(const float* source, int32_t sourceStep,
+                                                                 float* destination, int32_t destinationStep,
+                                                                 RoiSize roiSize, int32_t maskSize, int32_t borderType,
+                                                                 float borderValue, uint8_t* buffer);
+/** work buffer of vekiFilterSobelNegVertBorder */
+VEKCV_API Status VEKCV_CALL vekiFilterSobelNegVertGetBufferSize_8u16s_C1R(RoiSize roiSize, int32_t maskSize,
+                                                                          int32_t* bufferSize);
+VEKCV_API Status VEKCV_CALL vekiFilterSobelNegVertGetBufferSize_8u8s_C1R(RoiSize roiSize, int32_t maskSize,
+                                                                         int32_t* bufferSize);
+VEKCV_API Status VEKCV_CALL vekiFilterSobelNegVertGetBufferSize_32f_C1R(RoiSize roiSize, int32_t maskSize,
+                                                                        int32_t* bufferSize);
+/** second derivative in y */
+VEKCV_API Status VEKCV_CALL vekiFilterSobelHorizSecondBorder_8u16s_C1R(const uint8_t* source, int32_t sourceStep,
+                                                                       int16_t* destination, int32_t destinationStep,
+                                                                       RoiSize roiSize, int32_t maskSize,
+                                                                       int32_t borderType, uint8_t borderValue,
+                                                                       uint8_t* buffer);
+VEKCV_API Status VEKCV_CALL vekiFilterSobelHorizSecondBorder_8u8s_C1R(const uint8_t* source, int32_t sourceStep,
+                                                                      int8_t* destination, int32_t destinationStep,
+                                                                      RoiSize roiSize, int32_t maskSize,
+                                                                      int32_t borderType, uint8_t borderValue,
+                                                                      uint8_t* buffer);
+VEKCV_API Status VEKCV_CALL vekiFilterSobelHorizSecondBorder_32f_C1R(const float* source, int32_t sourceStep,
+                                                                     float* destination, int32_t destinationStep,
+                                                                     RoiSize roiSize, int32_t maskSize,
+                                                                     int32_t borderType, float borderValue,
+                                                                     uint8_t* buffer);
+/** work buffer of vekiFilterSobelHorizSecondBorder */
+VEKCV_API Status VEKCV_CALL vekiFilterSobelHorizSecondGetBufferSize_8u16s_C1R(RoiSize roiSize, int32_t maskSize,
+                                                                              int32_t* bufferSize);
+VEKCV_API Status VEKCV_CALL vekiFilterSobelHorizSecondGetBufferSize_8u8s_C1R(RoiSize roiSize, int32_t maskSize,
+                                                                             int32_t* bufferSize);
+VEKCV_API Status VEKCV_CALL vekiFilterSobelHorizSecondGetBufferSize_32f_C1R(RoiSize roiSize, int32_t maskSize,
+                                                                            int32_t* bufferSize);
+/** second derivative in x */
+VEKCV_API Status VEKCV_CALL vekiFilterSobelVertSecondBorder_8u16s_C1R(const uint8_t* source, int32_t sourceStep,
+                                                                      int16_t* destination, int32_t destinationStep,
+                                                                      RoiSize roiSize, int32_t maskSize,
+                                                                      int32_t borderType, uint8_t borderValue,
+                                                                      uint8_t* buffer);
+VEKCV_API Status VEKCV_CALL vekiFilterSobelVertSecondBorder_8u8s_C1R(const uint8_t* source, int32_t sourceStep,
+                                                                     int8_t* destination, int32_t destinationStep,
+                                                                     RoiSize roiSize, int32_t maskSize,
+                                                                     int32_t borderType, uint8_t borderValue,
+                                                                     uint8_t* buffer);
+VEKCV_API Status VEKCV_CALL vekiFilterSobelVertSecondBorder_32f_C1R(const float* source, int32_t sourceStep,
+                                                                    float* destination, int32_t destinationStep,
+                                                                    RoiSize roiSize, int32_t maskSize,
+                                                                    int32_t borderType, float borderValue,
+                                                                    uint8_t* buffer);
+/** work buffer of vekiFilterSobelVertSecondBorder */
+VEKCV_API Status VEKCV_CALL vekiFilterSobelVertSecondGetBufferSize_8u16s_C1R(RoiSize roiSize, int32_t maskSize,
+                                                                             int32_t* bufferSize);
+VEKCV_API Status VEKCV_CALL vekiFilterSobelVertSecondGetBufferSize_8u8s_C1R(RoiSize roiSize, int32_t maskSize,
+                                                                            int32_t* bufferSize);
+VEKCV_API Status VEKCV_CALL vekiFilterSobelVertSecondGetBufferSize_32f_C1R(RoiSize roiSize, int32_t maskSize,
+                                                                           int32_t* bufferSize);
+/** mixed derivative */
+VEKCV_API Status VEKCV_CALL vekiFilterSobelCrossBorder_8u16s_C1R(const uint8_t* source, int32_t sourceStep,
+                                                                 int16_t* destination, int32_t destinationStep,
+                                                                 RoiSize roiSize, int32_t maskSize, int32_t borderType,
+                                                                 uint8_t borderValue, uint8_t* buffer);
+VEKCV_API Status VEKCV_CALL vekiFilterSobelCrossBorder_8u8s_C1R(const uint8_t* source, int32_t sourceStep,
+                                                                int8_t* destination, int32_t destinationStep,
+                                                                RoiSize roiSize, int32_t maskSize, int32_t borderType,
+                                                                uint8_t borderValue, uint8_t* buffer);
+VEKCV_API Status VEKCV_CALL vekiFilterSobelCrossBorder_32f_C1R(const float* source, int32_t sourceStep,
+                                                               float* destination, int32_t destinationStep,
+                                                               RoiSize roiSize, int32_t maskSize, int32_t borderType,
+                                                               float borderValue, uint8_t* buffer);
+/** work buffer of vekiFilterSobelCrossBorder */
+VEKCV_API Status VEKCV_CALL vekiFilterSobelCrossGetBufferSize_8u16s_C1R(RoiSize roiSize, int32_t maskSize,
+                                                                        int32_t* bufferSize);
+VEKCV_API Status VEKCV_CALL vekiFilterSobelCrossGetBufferSize_8u8s_C1R(RoiSize roiSize, int32_t maskSize,
+                                                                       int32_t* bufferSize);
+VEKCV_API Status VEKCV_CALL vekiFilterSobelCrossGetBufferSize_32f_C1R(RoiSize roiSize, int32_t maskSize,
+                                                                      int32_t* bufferSize);
+/** derivative in y with the weights of Scharr */
+VEKCV_API Status VEKCV_CALL vekiFilterScharrHorizBorder_8u16s_C1R(const uint8_t* source, int32_t sourceStep,
+                                                                  int16_t* destination, int32_t destinationStep,
+                                                                  RoiSize roiSize, int32_t borderType,
+                                                                  uint8_t borderValue, uint8_t* buffer);
+VEKCV_API Status VEKCV_CALL vekiFilterScharrHorizBorder_8u8s_C1R(const uint8_t* source, int32_t sourceStep,
+                                                                 int8_t* destination, int32_t destinationStep,
+                                                                 RoiSize roiSize, int32_t borderType,
+                                                                 uint8_t borderValue, uint8_t* buffer);
+VEKCV_API Status VEKCV_CALL vekiFilterScharrHorizBorder_32f_C1R(const float* source, int32_t sourceStep,
+                                                                float* destination, int32_t destinationStep,
+                                                                RoiSize roiSize, int32_t borderType, float borderValue,
+                                                                uint8_t* buffer);
+/** work buffer of vekiFilterScharrHorizBorder */
+VEKCV_API Status VEKCV_CALL vekiFilterScharrHorizGetBufferSize_8u16s_C1R(RoiSize roiSize, int32_t* bufferSize);
+VEKCV_API Status VEKCV_CALL vekiFilterScharrHorizGetBufferSize_8u8s_C1R(RoiSize roiSize, int32_t* bufferSize);
+VEKCV_API Status VEKCV_CALL vekiFilterScharrHorizGetBufferSize_32f_C1R(RoiSize roiSize, int32_t* bufferSize);
+/** derivative in x with the weights of Scharr */
+VEKCV_API Status VEKCV_CALL vekiFilterScharrVertBorder_8u16s_C1R(const uint8_t* source, int32_t sourceStep,
+                                                                 int16_t* destination, int32_t destinationStep,
+                                                                 RoiSize roiSize, int32_t borderType,
+                                                                 uint8_t borderValue, uint8_t* buffer);
+VEKCV_API Status VEKCV_CALL vekiFilterScharrVertBorder_8u8s_C1R(const uint8_t* source, int32_t sourceStep,
+                                                                int8_t* destination, int32_t destinationStep,
+                                                                RoiSize roiSize, int32_t borderType,
+                                                                uint8_t borderValue, uint8_t* buffer);
+VEKCV_API Status VEKCV_CALL vekiFilterScharrVertBorder_32f_C1R(const float* source, int32_t sourceStep,
+                                                               float* destination, int32_t destinationStep,
+                                                               RoiSize roiSize, int32_t borderType, float borderValue,
+                                                               uint8_t* buffer);
+/** work buffer of vekiFilterScharrVertBorder */
+VEKCV_API Status VEKCV_CALL vekiFilterScharrVertGetBufferSize_8u16s_C1R(RoiSize roiSize, int32_t* bufferSize);
+VEKCV_API Status VEKCV_CALL vekiFilterScharrVertGetBufferSize_8u8s_C1R(RoiSize roiSize, int32_t* bufferSize);
+VEKCV_API Status VEKCV_CALL vekiFilterScharrVertGetBufferSize_32f_C1R(RoiSize roiSize, int32_t* bufferSize);
+/** sum of the second derivatives */
+VEKCV_API Status VEKCV_CALL vekiFilterLaplacianBorder_8u16s_C1R(const uint8_t* source, int32_t sourceStep,
+                                                                int16_t* destination, int32_t destinationStep,
+                                                                RoiSize roiSize, int32_t maskSize, int32_t borderType,
+                                                                uint8_t borderValue, uint8_t* buffer);
+VEKCV_API Status VEKCV_CALL vekiFilterLaplacianBorder_8u8s_C1R(const uint8_t* source, int32_t sourceStep,
+                                                               int8_t* destination, int32_t destinationStep,
+                                                               RoiSize roiSize, int32_t maskSize, int32_t borderType,
+                                                               uint8_t borderValue, uint8_t* buffer);
+VEKCV_API Status VEKCV_CALL vekiFilterLaplacianBorder_32f_C1R(const float* source, int32_t sourceStep,
+                                                              float* destination, int32_t destinationStep,
+                                                              RoiSize roiSize, int32_t maskSize, int32_t borderType,
+                                                              float borderValue, uint8_t* buffer);
+/** work buffer of vekiFilterLaplacianBorder */
+VEKCV_API Status VEKCV_CALL vekiFilterLaplacianGetBufferSize_8u16s_C1R(RoiSize roiSize, int32_t maskSize,
+                                                                       int32_t* bufferSize);
+VEKCV_API Status VEKCV_CALL vekiFilterLaplacianGetBufferSize_8u8s_C1R(RoiSize roiSize, int32_t maskSize,
+                                                                      int32_t* bufferSize);
+VEKCV_API Status VEKCV_CALL vekiFilterLaplacianGetBufferSize_32f_C1R(RoiSize roiSize, int32_t maskSize,
+                                                                     int32_t* bufferSize);
+/** mean */
+VEKCV_API Status VEKCV_CALL vekiFilterLowpassBorder_8u_C1R(const uint8_t* source, int32_t sourceStep,
+                                                           uint8_t* destination, int32_t destinationStep,
+                                                           RoiSize roiSize, int32_t maskSize, int32_t borderType,
+                                                           uint8_t borderValue, uint8_t* buffer);
+VEKCV_API Status VEKCV_CALL vekiFilterLowpassBorder_32f_C1R(const float* source, int32_t sourceStep, float* destination,
+                                                            int32_t destinationStep, RoiSize roiSize, int32_t maskSize,
+                                                            int32_t borderType, float borderValue, uint8_t* buffer);
+/** work buffer of vekiFilterLowpassBorder */
+VEKCV_API Status VEKCV_CALL vekiFilterLowpassGetBufferSize_8u_C1R(RoiSize roiSize, int32_t maskSize,
+                                                                  int32_t* bufferSize);
+VEKCV_API Status VEKCV_CALL vekiFilterLowpassGetBufferSize_32f_C1R(RoiSize roiSize, int32_t maskSize,
+                                                                   int32_t* bufferSize);
+/** @} */
+
+/* ------------------------------------------------------------------------------------------------------------------ */
+/**
+ * @defgroup Gauss Gaussian filter
+ * Gaussian filter of kernelSize x kernelSize floats, by rows, then by columns. Its taps are
+ *
+ *     w(i) = exp(-(t * t) / ((sigma + sigma) * sigma)), t = i - kernelSize / 2, for i = 0 to kernelSize - 1
+ *
+ * with the argument in float, the exponential in double, rounded to float, and then divided by their sum in float. A
+ * pixel is filtered as its value times the middle tap; then, from the inner to the outer ones, the sum of each pair of
+ * pixels at the same distance times their tap is added; each operation is rounded to float.
+ *
+ * @param source        first pixel of the source
+ * @param destination   first pixel of the result; must not overlap the source
+ * @param sourceStep, destinationStep   bytes from row to row
+ * @param roiSize       size of both images, at least 1 x 1
+ * @param kernelSize    odd, at least 3
+ * @param sigma         standard deviation in pixels; not checked
+ * @param borderType    BorderConstant, BorderReplicate, BorderPeriodic, BorderReflect or BorderReflectEdge; the flags
+ *                      BorderInMemoryTop and BorderInMemoryBottom are accepted and have no effect
+ * @param borderValue   what BorderConstant puts outside of the image
+ * @param buffer        work buffer at any address, of the size that GetBufferSize gives for the same region, kernel and
+ *                      number of threads
+ * @param bufferSize    receives the bytes of the work buffer
+ *
+ * @retval StatusOk                the result was written
+ * @retval StatusNullPointer       an image or the buffer is null; of GetBufferSize, bufferSize
+ * @retval StatusSizeError         width or height is below 1; of GetBufferSize also, after all other checks, that the
+ *                                 size is above 2147483647
+ * @retval StatusStepError         a step is smaller than a row; steps need not be multiples of 4
+ * @retval StatusBadArgument       kernelSize is even or below 3; or borderType is no such value
+ *
+ * The calling thread does all the work.
+ * @{
+ */
+/** Gaussian filter */
+VEKCV_API Status VEKCV_CALL vekiFilterGaussBorder_32f_C1R(const float* source, int32_t sourceStep, float* destination,
+                                                          int32_t destinationStep, RoiSize roiSize, int32_t kernelSize,
+                                                          float sigma, int32_t borderType, float borderValue,
+                                                          uint8_t* buffer);
+/** work buffer of vekiFilterGaussBorder */
+VEKCV_API Status VEKCV_CALL vekiFilterGaussGetBufferSize_32f_C1R(RoiSize roiSize, int32_t kernelSize,
+                                                                 int32_t* bufferSize);
+/** @} */
+
+/* ------------------------------------------------------------------------------------------------------------------ */
+/**
+ * @defgroup SobelKernels Sobel kernels
+ * Kernels of derivatives of any odd size: the coefficients of
+ *
+ *     sign * (1 + z)^(kernelSize - 1 - derivativeOrder) * (z - 1)^derivativeOrder
+ *
+ * from that of z^0 on. So order 0 smooths with binomial coefficients, 1 4 6 4 1 for five taps; order 1 gives
+ * -1 -2 0 2 1, and order 2 gives 1 0 -2 0 1. Coefficients above 16777216 are rounded to float; all others are exact.
+ *
+ * @param kernel            receives kernelSize coefficients
+ * @param kernelSize        odd, 3 to 31
+ * @param derivativeOrder   0, 1 or 2
+ * @param sign              1, or -1 for the kernel times -1
+ *
+ * @retval StatusOk            the kernel was written
+ * @retval StatusNullPointer   the kernel is null
+ * @retval StatusSizeError     kernelSize is even, below 3 or above 31; or, after all other checks, a coefficient is
+ * above 32767 (16s: order 0 from 19 taps on, orders 1 and 2 from 23 taps on)
+ * @retval StatusBadArgument   derivativeOrder is not 0, 1 or 2; or sign is neither 1 nor -1
+ * @{
+ */
+/** kernel of a derivative in integers */
+VEKCV_API Status VEKCV_CALL vekiGenSobelKernel_16s(int16_t* kernel, int32_t kernelSize, int32_t derivativeOrder,
+                                                   int32_t sign);
+/** kernel of a derivative in floats */
+VEKCV_API Status VEKCV_CALL vekiGenSobelKernel_32f(float* kernel, int32_t kernelSize, int32_t derivativeOrder,
+                                                   int32_t sign);
+/** @} */
+
 #ifdef __cplusplus
 }
 #endif

@@ -1,0 +1,11 @@
+// What the peer library offers for these families; null in a build without it, hence weak.
+#pragma once
+
+#include "row.h"
+
+namespace bench::peer {
+
+[[gnu::weak]] Peer sobelHoriz, sobelVert, sobelNegVert, sobelHorizSecond, sobelVertSecond, sobelCross;
+[[gnu::weak]] Peer scharrHoriz, scharrVert, laplacian, lowpass, gauss;
+
+}  // namespace bench::peer

@@ -1,0 +1,378 @@
+// The filters of 3 x 3 and 5 x 5 pixels against their definition: integers by a correlation in two dimensions over an
+// image that is extended pixel by pixel, floats by rows and columns in the documented order.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <array>
+
+#include "border.h"
+#include "regions.h"
+#include "status_order.h"
+#include "test_image.h"
+#include "vekcore.h"
+
+namespace {
+
+using Kernel = std::vector<int>;
+
+const Kernel kSmooth3{1, 2, 1}, kSmooth5{1, 4, 6, 4, 1}, kSecond3{1, -2, 1}, kSecond5{1, 0, -2, 0, 1};
+const Kernel kDown3{-1, 0, 1}, kDown5{-1, -2, 0, 2, 1}, kLeft3{1, 0, -1}, kLeft5{1, 2, 0, -2, -1};
+const Kernel kScharr{3, 10, 3}, kSum3{1, 1, 1}, kSum5{1, 1, 1, 1, 1};
+
+/** A row kernel and a column kernel for each mask size; two pairs for the Laplacian. */
+struct Pair {
+    Kernel row, column;
+};
+struct SobelHoriz {
+    static std::vector<Pair> pairs(int taps) { return {taps == 3 ? Pair{kSmooth3, kDown3} : Pair{kSmooth5, kDown5}}; }
+};
+struct SobelVert {
+    static std::vector<Pair> pairs(int taps) { return {taps == 3 ? Pair{kLeft3, kSmooth3} : Pair{kLeft5, kSmooth5}}; }
+};
+struct SobelNegVert {
+    static std::vector<Pair> pairs(int taps) { return {taps == 3 ? Pair{kDown3, kSmooth3} : Pair{kDown5, kSmooth5}}; }
+};
+struct SobelHorizSecond {
+    static std::vector<Pair> pairs(int taps) {
+        return {taps == 3 ? Pair{kSmooth3, kSecond3} : Pair{kSmooth5, kSecond5}};
+    }
+};
+struct SobelVertSecond {
+    static std::vector<Pair> pairs(int taps) {
+        return {taps == 3 ? Pair{kSecond3, kSmooth3} : Pair{kSecond5, kSmooth5}};
+    }
+};
+struct SobelCross {
+    static std::vector<Pair> pairs(int taps) { return {taps == 3 ? Pair{kLeft3, kDown3} : Pair{kLeft5, kDown5}}; }
+};
+struct ScharrHoriz {
+    static std::vector<Pair> pairs(int) { return {{kScharr, kDown3}}; }
+};
+struct ScharrVert {
+    static std::vector<Pair> pairs(int) { return {{kDown3, kScharr}}; }
+};
+struct Laplacian {
+    static std::vector<Pair> pairs(int taps) {
+        return taps == 3 ? std::vector<Pair>{{kSmooth3, kSecond3}, {kSecond3, kSmooth3}}
+                         : std::vector<Pair>{{kSmooth5, kSecond5}, {kSecond5, kSmooth5}};
+    }
+};
+struct Lowpass {
+    static std::vector<Pair> pairs(int taps) { return {taps == 3 ? Pair{kSum3, kSum3} : Pair{kSum5, kSum5}}; }
+};
+
+/** A correlation of floats in the order of the header: pairs from outside in, then the middle. */
+float correlate(const Kernel& kernel, const std::function<float(int)>& at) {
+    const int reach = int(kernel.size()) / 2;
+    float sum = 0;
+    bool isFirst = true;
+    for (int k = -reach; k < 0; ++k) {
+        const int tap = kernel[size_t(reach + k)];
+        const bool isOdd = kernel[size_t(reach - k)] == -tap;
+        if (tap == 0)
+            continue;
+        const float pair = isOdd ? (tap > 0 ? at(k) - at(-k) : at(-k) - at(k)) : at(k) + at(-k);
+        const float term = pair * float(isOdd ? std::abs(tap) : tap);
+        sum = isFirst ? term : sum + term;
+        isFirst = false;
+    }
+    const int middle = kernel[size_t(reach)];
+    return middle == 0 ? sum : sum + at(0) * float(middle);
+}
+
+/** The source of a call, with the pixels in memory beside it that the flags tell of, and the result. */
+template <typename T, typename Result>
+struct Operands {
+    RoiSize roi;
+    int type, reach, left, top;
+    T value;
+    TestImage<T> memory;
+    TestImage<Result> out;
+
+    Operands(RoiSize size, Layout layout, int borderType, int taps)
+        : roi(size),
+          type(borderType == BorderInMemory ? 0xF0 : borderType),
+          reach(taps / 2),
+          left(type & BorderInMemoryLeft ? reach : 0),
+          top(type & BorderInMemoryTop ? reach : 0),
+          value(T(77)),
+          memory(TestImage<T>::filled({size.width + left + (type & BorderInMemoryRight ? reach : 0),
+                                       size.height + top + (type & BorderInMemoryBottom ? reach : 0)},
+                                      layout,
+                                      [random = Random(uint32_t(size.width))](int, int) mutable {
+                                          if constexpr (std::is_same_v<T, float>)
+                                              return float(int(random.below(200001)) - 100000) / 256;
+                                          else
+                                              return random.value<T>();
+                                      })),
+          out(size, layout) {}
+
+    const T* source() const { return &memory.at(left, top); }
+
+    /** The pixel at (x, y), which may lie outside. */
+    T pixel(int x, int y) const {
+        const bool above = y < 0, below = y >= roi.height;
+        if (!(above && type & BorderInMemoryTop) && !(below && type & BorderInMemoryBottom)) {
+            y = borderPixel(type & 15, y, roi.height);
+            if (y < 0)
+                return value;
+        }
+        if (!(x < 0 && type & BorderInMemoryLeft) && !(x >= roi.width && type & BorderInMemoryRight)) {
+            x = borderPixel(type & 15, x, roi.width);
+            if (x < 0)
+                return value;
+        }
+        return memory.at(left + x, top + y);
+    }
+};
+
+template <auto Filter, auto Query, typename Definition>
+struct Member;
+
+template <typename T, typename R, typename... Rest, Status (*Filter)(const T*, int32_t, R*, int32_t, RoiSize, Rest...),
+          auto Query, typename Definition>
+struct Member<Filter, Query, Definition> {
+    using Pixel = T;
+    using Result = R;
+    static constexpr bool kHasMaskSize = sizeof...(Rest) == 4;
+    static constexpr bool kIsMean = std::is_same_v<Definition, Lowpass>;
+
+    static int32_t bufferSize(RoiSize roi, int taps) {
+        int32_t size = -1;
+        if constexpr (kHasMaskSize)
+            EXPECT_EQ(StatusOk, Query(roi, taps == 3 ? MaskSize3x3 : MaskSize5x5, &size));
+        else
+            EXPECT_EQ(StatusOk, Query(roi, &size));
+        return size;
+    }
+
+    static Status call(const Operands<T, R>& operands, int taps, int borderType, uint8_t* buffer) {
+        if constexpr (kHasMaskSize)
+            return Filter(operands.source(), operands.memory.step(), operands.out.data(), operands.out.step(),
+                          operands.roi, taps == 3 ? MaskSize3x3 : MaskSize5x5, borderType, operands.value, buffer);
+        else
+            return Filter(operands.source(), operands.memory.step(), operands.out.data(), operands.out.step(),
+                          operands.roi, borderType, operands.value, buffer);
+    }
+
+    static R expected(const Operands<T, R>& operands, const std::vector<Pair>& pairs, int taps, int x, int y) {
+        const int reach = taps / 2;
+        if constexpr (std::is_same_v<T, float>) {
+            const auto filtered = [&](const Pair& pair) {
+                return correlate(pair.column, [&](int k) {
+                    return correlate(pair.row, [&](int i) { return operands.pixel(x + i, y + k); });
+                });
+            };
+            if (kIsMean)
+                return filtered(pairs[0]) * (1.0f / float(taps * taps));
+            if (pairs.size() == 1)
+                return filtered(pairs[0]);
+            if (taps == 5)
+                return filtered(pairs[0]) + filtered(pairs[1]);
+            const auto outer = [&](int k) { return 2 * (operands.pixel(x - 1, y + k) + operands.pixel(x + 1, y + k)); };
+            return outer(-1) + outer(1) - 8 * operands.pixel(x, y);
+        } else {
+            int sum = 0;
+            for (const Pair& pair : pairs)
+                for (int k = -reach; k <= reach; ++k)
+                    for (int i = -reach; i <= reach; ++i)
+                        sum +=
+                            pair.column[size_t(reach + k)] * pair.row[size_t(reach + i)] * operands.pixel(x + i, y + k);
+            if (kIsMean)
+                return R(std::lround(double(sum) / (taps * taps)));
+            return R(std::clamp<int>(sum, std::numeric_limits<R>::min(), std::numeric_limits<R>::max()));
+        }
+    }
+
+    static void check(RoiSize roi, Layout layout, int borderType, int taps) {
+        SCOPED_TRACE(::testing::Message() << roi.width << " x " << roi.height << ", " << layout << ", border "
+                                          << borderType << ", taps " << taps);
+        const Operands<T, R> operands(roi, layout, borderType, taps);
+        // A buffer at an odd address that ends where its memory ends.
+        const TestImage<uint8_t> buffer({bufferSize(roi, taps), 1}, {Layout::kBeforeGuard, 0, 0});
+        const std::vector<Pair> pairs = Definition::pairs(taps);
+        const auto expectedImage =
+            TestImage<R>::filled(roi, {}, [&](int x, int y) { return expected(operands, pairs, taps, x, y); });
+        const auto before = operands.memory.copy({});
+        ASSERT_EQ(StatusOk, call(operands, taps, borderType, buffer.data()));
+        ASSERT_TRUE(samePixels(expectedImage, operands.out));
+        ASSERT_TRUE(samePixels(before, operands.memory));
+        ASSERT_TRUE(buffer.guardsIntact());
+    }
+
+    static std::vector<int> masks() { return kHasMaskSize ? std::vector{3, 5} : std::vector{3}; }
+
+    static void checkStatuses() {
+        const Operands<T, R> operands({9, 4}, {}, BorderReplicate, 3);
+        const auto before = operands.out.copy({});
+        std::vector<uint8_t> buffer(size_t(bufferSize({9, 4}, 5)));
+        const auto fill = [&](auto order) {
+            constexpr size_t kLast = sizeof...(Rest) + 4, kBorder = kLast - 2;
+            order.template fault<kLast>("null buffer", StatusNullPointer, nullptr).commonFaults();
+            for (const int type : {5, 7, 15, -1, 0x100, 0x1000, 0x105, 0xF5})
+                order.template fault<kBorder>("border " + std::to_string(type), StatusBadArgument, type);
+            if constexpr (kHasMaskSize)
+                for (const int mask : {0, 3, 5, 35, 53, -33})
+                    order.template fault<5>("mask " + std::to_string(mask), StatusMaskSizeError, mask);
+            order.check([&] { return bool(samePixels(before, operands.out)); });
+        };
+        if constexpr (kHasMaskSize)
+            fill(StatusOrder(Filter, operands.source(), operands.memory.step(), operands.out.data(),
+                             operands.out.step(), operands.roi, MaskSize3x3, BorderReplicate, T(0), buffer.data()));
+        else
+            fill(StatusOrder(Filter, operands.source(), operands.memory.step(), operands.out.data(),
+                             operands.out.step(), operands.roi, BorderReplicate, T(0), buffer.data()));
+
+        int32_t size = 77;
+        const auto query = [&](auto order) { order.check([&] { return size == 77; }); };
+        if constexpr (kHasMaskSize)
+            query(StatusOrder(Query, {9, 4}, MaskSize3x3, &size)
+                      .template fault<2>("null size", StatusNullPointer, nullptr)
+                      .template fault<0>("width 0", StatusSizeError, {0, 4})
+                      .template fault<0>("height 0", StatusSizeError, {9, 0})
+                      .template fault<1>("mask 35", StatusMaskSizeError, 35)
+                      .template fault<0>("too large", StatusSizeError, {INT32_MAX, 4}));
+        else
+            query(StatusOrder(Query, {9, 4}, &size)
+                      .template fault<1>("null size", StatusNullPointer, nullptr)
+                      .template fault<0>("height 0", StatusSizeError, {9, 0})
+                      .template fault<0>("too large", StatusSizeError, {INT32_MAX, 4}));
+    }
+};
+
+template <typename MemberType>
+class FixedFilter : public ::testing::Test {};
+using Members = ::testing::Types<
+    Member<&vekiFilterSobelHorizBorder_8u16s_C1R, &vekiFilterSobelHorizGetBufferSize_8u16s_C1R, SobelHoriz>,
+    Member<&vekiFilterSobelHorizBorder_8u8s_C1R, &vekiFilterSobelHorizGetBufferSize_8u8s_C1R, SobelHoriz>,
+    Member<&vekiFilterSobelHorizBorder_32f_C1R, &vekiFilterSobelHorizGetBufferSize_32f_C1R, SobelHoriz>,
+    Member<&vekiFilterSobelVertBorder_8u16s_C1R, &vekiFilterSobelVertGetBufferSize_8u16s_C1R, SobelVert>,
+    Member<&vekiFilterSobelVertBorder_8u8s_C1R, &vekiFilterSobelVertGetBufferSize_8u8s_C1R, SobelVert>,
+    Member<&vekiFilterSobelVertBorder_32f_C1R, &vekiFilterSobelVertGetBufferSize_32f_C1R, SobelVert>,
+    Member<&vekiFilterSobelNegVertBorder_8u16s_C1R, &vekiFilterSobelNegVertGetBufferSize_8u16s_C1R, SobelNegVert>,
+    Member<&vekiFilterSobelNegVertBorder_8u8s_C1R, &vekiFilterSobelNegVertGetBufferSize_8u8s_C1R, SobelNegVert>,
+    Member<&vekiFilterSobelNegVertBorder_32f_C1R, &vekiFilterSobelNegVertGetBufferSize_32f_C1R, SobelNegVert>,
+    Member<&vekiFilterSobelHorizSecondBorder_8u16s_C1R, &vekiFilterSobelHorizSecondGetBufferSize_8u16s_C1R,
+           SobelHorizSecond>,
+    Member<&vekiFilterSobelHorizSecondBorder_8u8s_C1R, &vekiFilterSobelHorizSecondGetBufferSize_8u8s_C1R,
+           SobelHorizSecond>,
+    Member<&vekiFilterSobelHorizSecondBorder_32f_C1R, &vekiFilterSobelHorizSecondGetBufferSize_32f_C1R,
+           SobelHorizSecond>,
+    Member<&vekiFilterSobelVertSecondBorder_8u16s_C1R, &vekiFilterSobelVertSecondGetBufferSize_8u16s_C1R,
+           SobelVertSecond>,
+    Member<&vekiFilterSobelVertSecondBorder_8u8s_C1R, &vekiFilterSobelVertSecondGetBufferSize_8u8s_C1R,
+           SobelVertSecond>,
+    Member<&vekiFilterSobelVertSecondBorder_32f_C1R, &vekiFilterSobelVertSecondGetBufferSize_32f_C1R, SobelVertSecond>,
+    Member<&vekiFilterSobelCrossBorder_8u16s_C1R, &vekiFilterSobelCrossGetBufferSize_8u16s_C1R, SobelCross>,
+    Member<&vekiFilterSobelCrossBorder_8u8s_C1R, &vekiFilterSobelCrossGetBufferSize_8u8s_C1R, SobelCross>,
+    Member<&vekiFilterSobelCrossBorder_32f_C1R, &vekiFilterSobelCrossGetBufferSize_32f_C1R, SobelCross>,
+    Member<&vekiFilterScharrHorizBorder_8u16s_C1R, &vekiFilterScharrHorizGetBufferSize_8u16s_C1R, ScharrHoriz>,
+    Member<&vekiFilterScharrHorizBorder_8u8s_C1R, &vekiFilterScharrHorizGetBufferSize_8u8s_C1R, ScharrHoriz>,
+    Member<&vekiFilterScharrHorizBorder_32f_C1R, &vekiFilterScharrHorizGetBufferSize_32f_C1R, ScharrHoriz>,
+    Member<&vekiFilterScharrVertBorder_8u16s_C1R, &vekiFilterScharrVertGetBufferSize_8u16s_C1R, ScharrVert>,
+    Member<&vekiFilterScharrVertBorder_8u8s_C1R, &vekiFilterScharrVertGetBufferSize_8u8s_C1R, ScharrVert>,
+    Member<&vekiFilterScharrVertBorder_32f_C1R, &vekiFilterScharrVertGetBufferSize_32f_C1R, ScharrVert>,
+    Member<&vekiFilterLaplacianBorder_8u16s_C1R, &vekiFilterLaplacianGetBufferSize_8u16s_C1R, Laplacian>,
+    Member<&vekiFilterLaplacianBorder_8u8s_C1R, &vekiFilterLaplacianGetBufferSize_8u8s_C1R, Laplacian>,
+    Member<&vekiFilterLaplacianBorder_32f_C1R, &vekiFilterLaplacianGetBufferSize_32f_C1R, Laplacian>,
+    Member<&vekiFilterLowpassBorder_8u_C1R, &vekiFilterLowpassGetBufferSize_8u_C1R, Lowpass>,
+    Member<&vekiFilterLowpassBorder_32f_C1R, &vekiFilterLowpassGetBufferSize_32f_C1R, Lowpass>>;
+TYPED_TEST_SUITE(FixedFilter, Members);
+
+TYPED_TEST(FixedFilter, MatchesItsDefinition) {
+    for (const int taps : TypeParam::masks()) {
+        int border = 0;
+        for (const RoiSize& roi : smallRegions())
+            for (const Layout& layout : kLayouts)
+                TypeParam::check(roi, layout, border++ % 5, taps);
+    }
+}
+
+// Images narrower and lower than the mask, under all rules; every set of sides whose pixels are in memory.
+TYPED_TEST(FixedFilter, FollowsEveryBorderRule) {
+    for (const int taps : TypeParam::masks()) {
+        for (int rule = 0; rule <= 4; ++rule)
+            for (int width = 1; width <= 6; ++width)
+                for (int height = 1; height <= 6; ++height)
+                    TypeParam::check({width, height}, {Layout::kBeforeGuard, 0, 1}, rule, taps);
+        for (int sides = 1; sides < 16; ++sides)
+            for (const RoiSize roi : {RoiSize{1, 1}, RoiSize{2, 3}, RoiSize{37, 4}})
+                for (const auto place : {Layout::kAfterGuard, Layout::kRowsByGuards})
+                    TypeParam::check(roi, {place, 0, 0}, sides * 16 + sides % 5, taps);
+        TypeParam::check({21, 3}, {}, BorderInMemory, taps);
+    }
+}
+
+// On both sides of the sizes from which on threads share the rows; a buffer for each of them.
+TYPED_TEST(FixedFilter, MatchesItsDefinitionInParallel) {
+    const int threads = ownGetNumThreads();
+    for (const RoiSize roi :
+         {RoiSize{256, 255}, RoiSize{256, std::max(256, 5 * threads)}, RoiSize{301, 5 * threads + 259}})
+        TypeParam::check(roi, {Layout::kAfterGuard, 1, 3}, BorderReflect, TypeParam::masks().back());
+}
+
+TYPED_TEST(FixedFilter, ReportsTheFirstFault) {
+    TypeParam::checkStatuses();
+}
+
+TEST(SobelKernel, IsThatOfTheTables) {
+    const auto check = [](int size, int order, int sign, const Kernel& expected) {
+        std::vector<int16_t> integers(size_t(size), 77);
+        std::vector<float> floats(size_t(size), 77);
+        ASSERT_EQ(StatusOk, vekiGenSobelKernel_16s(integers.data(), size, order, sign));
+        ASSERT_EQ(StatusOk, vekiGenSobelKernel_32f(floats.data(), size, order, sign));
+        EXPECT_EQ(expected, Kernel(integers.begin(), integers.end()));
+        EXPECT_EQ(expected, Kernel(floats.begin(), floats.end()));
+    };
+    check(3, 0, 1, kSmooth3);
+    check(5, 0, 1, kSmooth5);
+    check(3, 1, 1, kDown3);
+    check(5, 1, 1, kDown5);
+    check(3, 1, -1, kLeft3);
+    check(5, 1, -1, kLeft5);
+    check(3, 2, 1, kSecond3);
+    check(5, 2, 1, kSecond5);
+    check(7, 1, 1, {-1, -4, -5, 0, 5, 4, 1});
+}
+
+// A kernel of two more taps is that of two less, smoothed by 1 2 1; its moments are those of the derivative.
+TEST(SobelKernel, GrowsBySmoothing) {
+    for (int order = 0; order <= 2; ++order)
+        for (int size = 3; size < 31; size += 2) {
+            std::vector<float> small(size_t(size) + 4, 0.f), large(size_t(size) + 2);
+            ASSERT_EQ(StatusOk, vekiGenSobelKernel_32f(small.data() + 2, size, order, 1));
+            ASSERT_EQ(StatusOk, vekiGenSobelKernel_32f(large.data(), size + 2, order, 1));
+            for (size_t i = 0; i < large.size(); ++i)
+                EXPECT_FLOAT_EQ(small[i] + 2 * small[i + 1] + small[i + 2], large[i]) << size << ", " << order;
+        }
+}
+
+TEST(SobelKernel, ReportsTheFirstFault) {
+    int16_t integers[31] = {77};
+    float floats[31] = {77};
+    const auto check = [&](auto function, auto* kernel) {
+        StatusOrder(function, kernel, 5, 1, 1)
+            .template fault<0>("null kernel", StatusNullPointer, nullptr)
+            .template fault<1>("size 1", StatusSizeError, 1)
+            .template fault<1>("size 4", StatusSizeError, 4)
+            .template fault<1>("size 33", StatusSizeError, 33)
+            .template fault<1>("size -3", StatusSizeError, -3)
+            .template fault<2>("order -1", StatusBadArgument, -1)
+            .template fault<2>("order 3", StatusBadArgument, 3)
+            .template fault<3>("sign 0", StatusBadArgument, 0)
+            .template fault<3>("sign 2", StatusBadArgument, 2)
+            .check([&] { return kernel[0] == 77; });
+    };
+    check(vekiGenSobelKernel_16s, integers);
+    check(vekiGenSobelKernel_32f, floats);
+    constexpr int kMostTaps[] = {17, 21, 21};
+    for (int order = 0; order <= 2; ++order)
+        for (int size = 3; size <= 31; size += 2) {
+            integers[0] = 77;
+            ASSERT_EQ(size <= kMostTaps[order] ? StatusOk : StatusSizeError,
+                      vekiGenSobelKernel_16s(integers, size, order, 1));
+            ASSERT_EQ(size > kMostTaps[order], integers[0] == 77);
+        }
+}
+
+}  // namespace

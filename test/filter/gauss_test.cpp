@@ -1,0 +1,131 @@
+// The Gaussian filter against its definition, in the documented order of operations.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+
+#include "border.h"
+#include "regions.h"
+#include "status_order.h"
+#include "test_image.h"
+
+namespace {
+
+std::vector<float> tapsOf(int kernelSize, float sigma) {
+    std::vector<float> taps;
+    float sum = 0;
+    for (int i = 0; i < kernelSize; ++i) {
+        const auto t = float(i - kernelSize / 2);
+        taps.push_back(float(std::exp(double(-(t * t) / ((sigma + sigma) * sigma)))));
+        sum += taps.back();
+    }
+    for (float& tap : taps)
+        tap /= sum;
+    return taps;
+}
+
+/** at(k) gives the pixel at a distance from the middle. */
+template <typename At>
+float correlate(const std::vector<float>& taps, At at) {
+    const int reach = int(taps.size()) / 2;
+    float sum = at(0) * taps[size_t(reach)];
+    for (int k = 1; k <= reach; ++k)
+        sum += (at(-k) + at(k)) * taps[size_t(reach + k)];
+    return sum;
+}
+
+int32_t bufferSize(RoiSize roi, int kernelSize) {
+    int32_t size = -1;
+    EXPECT_EQ(StatusOk, vekiFilterGaussGetBufferSize_32f_C1R(roi, kernelSize, &size));
+    return size;
+}
+
+void check(RoiSize roi, Layout layout, int kernelSize, float sigma, int borderType) {
+    SCOPED_TRACE(::testing::Message() << roi.width << " x " << roi.height << ", " << layout << ", taps " << kernelSize
+                                      << ", border " << borderType);
+    const float value = 77.5f;
+    const int reach = kernelSize / 2;
+    const auto source = TestImage<float>::filled(roi, layout, [random = Random(1)](int, int) mutable {
+        return float(int(random.below(200001)) - 100000) / 256;
+    });
+    const std::vector<float> taps = tapsOf(kernelSize, sigma);
+    // The filtered rows, from `reach` rows above to as many below.
+    const auto rows = TestImage<float>::filled({roi.width, roi.height + 2 * reach}, {}, [&](int x, int y) {
+        const int row = borderPixel(borderType & 15, y - reach, roi.height);
+        return correlate(taps, [&](int k) {
+            const int column = borderPixel(borderType & 15, x + k, roi.width);
+            return row < 0 || column < 0 ? value : source.at(column, row);
+        });
+    });
+    const auto expected = TestImage<float>::filled(
+        roi, {}, [&](int x, int y) { return correlate(taps, [&](int k) { return rows.at(x, y + reach + k); }); });
+    const TestImage<float> out(roi, layout);
+    const TestImage<uint8_t> buffer({bufferSize(roi, kernelSize), 1}, {Layout::kBeforeGuard, 0, 0});
+    ASSERT_EQ(StatusOk, vekiFilterGaussBorder_32f_C1R(source.data(), source.step(), out.data(), out.step(), roi,
+                                                      kernelSize, sigma, borderType, value, buffer.data()));
+    ASSERT_TRUE(samePixels(expected, out));
+    ASSERT_TRUE(buffer.guardsIntact());
+}
+
+TEST(Gauss, MatchesItsDefinition) {
+    int border = 0;
+    for (const int kernelSize : {3, 5, 9})
+        for (const RoiSize& roi : smallRegions())
+            for (const Layout& layout : kLayouts)
+                check(roi, layout, kernelSize, 0.4f * float(kernelSize / 2), border++ % 5);
+}
+
+// Kernels larger than the image, whose borders are reflected again and again.
+TEST(Gauss, TakesAnyOddKernel) {
+    for (int rule = 0; rule <= 4; ++rule)
+        for (const int kernelSize : {3, 7, 31, 63, 101})
+            for (const RoiSize roi : {RoiSize{1, 1}, RoiSize{2, 5}, RoiSize{67, 3}, RoiSize{70, 41}})
+                check(roi, {}, kernelSize, 0.2f * float(kernelSize), rule);
+    check({70, 41}, {}, 9, 1.5f, BorderReplicate | BorderInMemoryTop | BorderInMemoryBottom);
+    check({300, 300}, {}, 9, 1.5f, BorderReflect);
+}
+
+// A tiny sigma leaves the image as it is; a huge one gives the mean.
+TEST(Gauss, TakesAnySigma) {
+    for (const float sigma : {1e-3f, 1e-18f, 1e9f, -1.f})
+        check({37, 5}, {}, 5, sigma, BorderReplicate);
+    const float pixels[3] = {1, 5, 3};
+    float out[3];
+    std::vector<uint8_t> buffer(size_t(bufferSize({3, 1}, 3)));
+    ASSERT_EQ(StatusOk,
+              vekiFilterGaussBorder_32f_C1R(pixels, 12, out, 12, {3, 1}, 3, 1e-3f, BorderReplicate, 0, buffer.data()));
+    EXPECT_TRUE(std::equal(pixels, pixels + 3, out));
+}
+
+TEST(Gauss, ReportsTheFirstFault) {
+    const RoiSize roi{9, 4};
+    const TestImage<float> source(roi), out = TestImage<float>::random(roi, {}, 1);
+    const auto before = out.copy({});
+    std::vector<uint8_t> buffer(size_t(bufferSize(roi, 5)));
+    auto order = StatusOrder(vekiFilterGaussBorder_32f_C1R, source.data(), source.step(), out.data(), out.step(), roi,
+                             5, 1.f, BorderReplicate, 0.f, buffer.data());
+    order.fault<0>("null source", StatusNullPointer, nullptr)
+        .fault<2>("null destination", StatusNullPointer, nullptr)
+        .fault<9>("null buffer", StatusNullPointer, nullptr)
+        .fault<4>("width 0", StatusSizeError, {0, 4})
+        .fault<4>("height -1", StatusSizeError, {9, -1})
+        .fault<1>("source step", StatusStepError, source.step() - 1)
+        .fault<3>("destination step", StatusStepError, -out.step());
+    for (const int kernelSize : {-3, 0, 1, 2, 4})
+        order.fault<5>("kernel " + std::to_string(kernelSize), StatusBadArgument, kernelSize);
+    for (const int border : {5, 6, -1, 0x41, 0x81, 0x100})
+        order.fault<7>("border " + std::to_string(border), StatusBadArgument, border);
+    order.check([&] { return bool(samePixels(before, out)); });
+
+    int32_t size = 77;
+    StatusOrder(vekiFilterGaussGetBufferSize_32f_C1R, roi, 5, &size)
+        .fault<2>("null size", StatusNullPointer, nullptr)
+        .fault<0>("width 0", StatusSizeError, {0, 4})
+        .fault<1>("kernel 1", StatusBadArgument, 1)
+        .fault<1>("kernel 4", StatusBadArgument, 4)
+        .fault<0>("too large", StatusSizeError, {INT32_MAX, 4})
+        .fault<1>("a kernel too large", StatusSizeError, 1000000001)
+        .fault<1>("the largest kernel", StatusSizeError, INT32_MAX)
+        .check([&] { return size == 77; });
+}
+
+}  // namespace
