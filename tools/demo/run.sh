@@ -1,12 +1,12 @@
 #!/usr/bin/env bash
 # Shows the operations of the tool on photographs, as a page of pictures: build/demo/index.html.
-# Usage: run.sh BUILD_FOLDER. Every entry of the page is one call of `show` or `print` below.
+# Usage: run.sh BUILD_FOLDER. Every entry of the page is one call of `show`, `print` or `strip` below.
 set -euo pipefail
 build=$(realpath "$1")
 source=$(realpath "$(dirname "$0")/../..")
 demo=$source/build/demo
 rm -rf "$demo"
-mkdir -p "$demo/frames" "$demo/motion"
+mkdir -p "$demo/filters" "$demo/frames" "$demo/motion"
 cd "$demo"
 cp "$source"/examples/pictures/*.png .
 make() { ffmpeg -nostdin -v error -y "$@"; }
@@ -15,15 +15,20 @@ escape() { sed 's/&/\&amp;/g; s/</\&lt;/g; s/>/\&gt;/g' <<<"$1"; }
 
 section() { printf '<h2>%s</h2>\n<p>%s</p>\n' "$1" "$2"; }
 
+# timed ARGUMENT...: runs vek with the arguments, and tells the time that the library took.
+timed() {
+    echo "vek $*" >&2
+    # Unquoted, for an argument may be a pattern of file names, which is then shown as it is.
+    # shellcheck disable=SC2048,SC2086
+    "$build/vek" $* --time 2>&1 | sed -n 's/^ *\([0-9.]* ms\)  in all$/\1/p'
+}
+
 # show TITLE INPUTS OUTPUTS ARGUMENT...: runs vek with the arguments, and shows the pictures and the time that the library
 # took. Inputs and outputs are lists of pictures, separated by spaces.
 show() {
     local title=$1 inputs=$2 outputs=$3 picture time
     shift 3
-    # Unquoted, for an argument may be a pattern of file names, which is then shown as it is.
-    # shellcheck disable=SC2048,SC2086
-    time=$("$build/vek" $* --time 2>&1 | sed -n 's/^ *\([0-9.]* ms\)  in all$/\1/p')
-    echo "vek $*" >&2
+    time=$(timed "$@")
     printf '<article>\n<h3>%s</h3>\n<div class="pictures">\n' "$(escape "$title")"
     for picture in $inputs; do printf '<img src="%s" alt="%s" title="%s">\n' "$picture" "$picture" "$picture"; done
     echo '</div><div class="pictures"><span class="arrow">&rarr;</span>'
@@ -43,6 +48,21 @@ print() {
     echo "vek $*" >&2
     printf '<article>\n<h3>%s</h3>\n<pre>%s</pre>\n' "$(escape "$title")" "$(escape "$text")"
     printf '<code>vek %s</code><span class="time">%s in the library</span>\n</article>\n' "$(escape "$*")" "$time"
+}
+
+# strip TITLE PICTURE FILTER...: shows a picture and what each filter, a name with options, makes of it.
+strip() {
+    local title=$1 picture=$2 filter output time
+    shift 2
+    printf '<article>\n<h3>%s</h3>\n<div class="pictures">\n' "$(escape "$title")"
+    printf '<figure><img src="%s" alt="%s"><figcaption>%s</figcaption></figure>\n' "$picture" "$picture" "$picture"
+    for filter in "$@"; do
+        output=filters/${picture%.png}-${filter// /}.png
+        time=$(timed filter "$filter" "$picture" "$output")
+        printf '<figure><img src="%s" alt="%s"><figcaption>%s<br>%s</figcaption></figure>\n' \
+            "$output" "$filter" "$filter" "$time"
+    done
+    printf '</div>\n<code>vek filter NAME %s OUT</code>\n</article>\n' "$picture"
 }
 
 # Inputs that are made from the photographs.
@@ -69,6 +89,7 @@ pre { background: #fff; border: 1px solid #ddd; border-radius: .5rem; padding: 1
 article { background: #fff; border: 1px solid #ddd; border-radius: .5rem; padding: 1rem; margin: 1rem 0; }
 .pictures { display: flex; flex-wrap: wrap; gap: .75rem; align-items: center; margin-bottom: .75rem; }
 .pictures img { height: 11rem; max-width: 100%; border: 1px solid #ccc; }
+figure { margin: 0; } figcaption { font-size: .85rem; color: #666; }
 .arrow { font-size: 2rem; color: #888; }
 article code { display: block; background: #f0f0f0; border-radius: .3rem; padding: .3rem .6rem; overflow-wrap: anywhere; }
 .time { color: #666; font-size: .85rem; }
@@ -116,6 +137,14 @@ black, edges and texture are light.'
     show 'Coins, windows of 15 x 15' coins.png coins-15.png localcontrast coins.png coins-15.png --window 15
     show 'A photograph, windows of 5 x 5' camera.png camera-5.png localcontrast camera.png camera-5.png --window 5
     show 'A photograph, windows of 15 x 15' camera.png camera-15.png localcontrast camera.png camera-15.png --window 15
+
+    section 'Filters' 'Derivatives are grey where they are 0, light where they are positive and dark where they are
+negative; the largest magnitude in a picture is black or white. The mean and the Gaussian filter smooth.'
+    strip 'A photograph under every filter, masks of 3 x 3' camera.png \
+        sobel-horiz sobel-vert sobel-neg-vert sobel-horiz-second sobel-vert-second sobel-cross \
+        scharr-horiz scharr-vert laplacian lowpass 'gauss --sigma 1.5' 'gauss --sigma 5'
+    strip 'Coins, masks of 5 x 5' coins.png 'sobel-horiz --mask 5' 'sobel-neg-vert --mask 5' 'laplacian --mask 5' \
+        'lowpass --mask 5'
     printf '</body>\n</html>\n'
 }
 

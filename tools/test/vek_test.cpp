@@ -1,58 +1,15 @@
 // Runs vek as a user would: what it computes from pictures and videos, and what it says of input that is no good.
 // Pictures are decoded by ffmpeg where a mistake of reading and writing could cancel out.
-#include <gtest/gtest.h>
-#include <sys/wait.h>
-#include <unistd.h>
-
-#include <algorithm>
-#include <array>
 #include <cmath>
-#include <cstdlib>
-#include <filesystem>
 #include <fstream>
 #include <nlohmann/json.hpp>
 #include <optional>
 
-#include "picture_file.h"
+#include "run_vek.h"
 
 namespace {
 
 namespace fs = std::filesystem;
-
-struct Result {
-    int status;
-    std::string output;  // standard output and standard error
-};
-
-Result run(const std::string& command) {
-    FILE* const pipe = popen(("{ " + command + " ; } 2>&1").c_str(), "r");
-    Result result{0, {}};
-    std::array<char, 4096> part{};
-    for (size_t count; (count = std::fread(part.data(), 1, part.size(), pipe)) > 0;)
-        result.output.append(part.data(), count);
-    const int status = pclose(pipe);
-    result.status = WIFEXITED(status) ? WEXITSTATUS(status) : -WTERMSIG(status);
-    return result;
-}
-
-const std::string kProgram = std::getenv("VEK");
-
-Result vek(const std::string& arguments) {
-    return run(kProgram + " " + arguments);
-}
-
-Picture picture(int32_t width, int32_t height, int32_t channels, int32_t bits, uint32_t seed) {
-    Picture result(width, height, channels, bits);
-    for (uint8_t& byte : result.bytes) {
-        seed = seed * 1664525u + 1013904223u;
-        byte = static_cast<uint8_t>(seed >> 24);
-    }
-    return result;
-}
-
-int valueAt(const Picture& from, size_t i) {
-    return from.bits == 8 ? from.bytes[i] : from.pixels<uint16_t>()[i];
-}
 
 /** The pixels of a picture as ffmpeg sees them. */
 std::vector<uint8_t> decodedByFfmpeg(const std::string& path, const std::string& format) {
@@ -60,38 +17,6 @@ std::vector<uint8_t> decodedByFfmpeg(const std::string& path, const std::string&
     EXPECT_EQ(0, result.status) << result.output;
     return {result.output.begin(), result.output.end()};
 }
-
-auto countFiles() {
-    return std::distance(fs::directory_iterator("."), fs::directory_iterator());
-}
-
-/** The command must fail with this status and one line, and leave nothing behind. */
-void expectFailure(const std::string& arguments, int status, const std::string& message) {
-    SCOPED_TRACE("vek " + arguments);
-    const auto before = countFiles();
-    const Result result = vek(arguments);
-    EXPECT_EQ(status, result.status);
-    EXPECT_EQ(0u, result.output.find("vek: ")) << result.output;
-    EXPECT_EQ(1, std::ranges::count(result.output, '\n')) << result.output;
-    EXPECT_NE(std::string::npos, result.output.find(message)) << result.output;
-    EXPECT_EQ(before, countFiles());
-}
-
-/** Every test works in a new folder. */
-class Vek : public ::testing::Test {
-  protected:
-    Vek() : folder_(fs::temp_directory_path() / ("vek_test." + std::to_string(getpid()))) {
-        fs::create_directories(folder_);
-        fs::current_path(folder_);
-    }
-    ~Vek() override {
-        fs::current_path("/");
-        fs::remove_all(folder_);
-    }
-
-  private:
-    fs::path folder_;
-};
 
 TEST_F(Vek, SubtractsPicturesOfEveryKind) {
     struct Kind {

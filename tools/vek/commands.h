@@ -10,3 +10,4 @@ void addBackground(CLI::App& app);
 void addMotion(CLI::App& app);
 void addStats(CLI::App& app);
 void addLocalContrast(CLI::App& app);
+void addFilter(CLI::App& app);

@@ -46,6 +46,7 @@ int main(int argc, char** argv) {
     addMotion(app);
     addStats(app);
     addLocalContrast(app);
+    addFilter(app);
 
     try {
         app.parse(argc, argv);

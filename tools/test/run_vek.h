@@ -1,0 +1,81 @@
+// Runs vek as a user would, in a new folder.
+#pragma once
+
+#include <gtest/gtest.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <array>
+#include <cstdlib>
+#include <filesystem>
+
+#include "picture_file.h"
+
+struct Result {
+    int status;
+    std::string output;  // standard output and standard error
+};
+
+inline Result run(const std::string& command) {
+    FILE* const pipe = popen(("{ " + command + " ; } 2>&1").c_str(), "r");
+    Result result{0, {}};
+    std::array<char, 4096> part{};
+    for (size_t count; (count = std::fread(part.data(), 1, part.size(), pipe)) > 0;)
+        result.output.append(part.data(), count);
+    const int status = pclose(pipe);
+    result.status = WIFEXITED(status) ? WEXITSTATUS(status) : -WTERMSIG(status);
+    return result;
+}
+
+inline const std::string kProgram = std::getenv("VEK");
+
+inline Result vek(const std::string& arguments) {
+    return run(kProgram + " " + arguments);
+}
+
+/** Random pixels. */
+inline Picture picture(int32_t width, int32_t height, int32_t channels, int32_t bits, uint32_t seed) {
+    Picture result(width, height, channels, bits);
+    for (uint8_t& byte : result.bytes) {
+        seed = seed * 1664525u + 1013904223u;
+        byte = static_cast<uint8_t>(seed >> 24);
+    }
+    return result;
+}
+
+inline int valueAt(const Picture& from, size_t i) {
+    return from.bits == 8 ? from.bytes[i] : from.pixels<uint16_t>()[i];
+}
+
+inline auto countFiles() {
+    return std::distance(std::filesystem::directory_iterator("."), std::filesystem::directory_iterator());
+}
+
+/** The command must fail with this status and one line, and leave nothing behind. */
+inline void expectFailure(const std::string& arguments, int status, const std::string& message) {
+    SCOPED_TRACE("vek " + arguments);
+    const auto before = countFiles();
+    const Result result = vek(arguments);
+    EXPECT_EQ(status, result.status);
+    EXPECT_EQ(0u, result.output.find("vek: ")) << result.output;
+    EXPECT_EQ(1, std::ranges::count(result.output, '\n')) << result.output;
+    EXPECT_NE(std::string::npos, result.output.find(message)) << result.output;
+    EXPECT_EQ(before, countFiles());
+}
+
+/** Every test works in a new folder. */
+class Vek : public ::testing::Test {
+  protected:
+    Vek() : folder_(std::filesystem::temp_directory_path() / ("vek_test." + std::to_string(getpid()))) {
+        std::filesystem::create_directories(folder_);
+        std::filesystem::current_path(folder_);
+    }
+    ~Vek() override {
+        std::filesystem::current_path("/");
+        std::filesystem::remove_all(folder_);
+    }
+
+  private:
+    std::filesystem::path folder_;
+};
