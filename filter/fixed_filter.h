@@ -10,15 +10,6 @@
 
 namespace VEKCV_VARIANT {
 
-/** Lanes of the intermediate type from pixels. */
-template <typename D, typename T>
-HWY_INLINE hn::Vec<D> loadPixels(D d, const T* pixels) {
-    if constexpr (sizeof(T) == 1)
-        return hn::PromoteTo(d, hn::LoadU(hn::Rebind<T, D>(), pixels));
-    else
-        return hn::LoadU(d, pixels);
-}
-
 /** A filter of one kind of row and one kind of column. */
 template <typename Row, typename Column>
 struct Separable {
@@ -75,7 +66,7 @@ void filterFixed(Image<const T> source, Image<Result> out, RoiSize roi, const Bo
     const auto rowPass = [&](int32_t slot) {
         for (ptrdiff_t x = 0; x < padded; x += kLanes) {
             hn::Vec<decltype(d)> parts[kParts];
-            Filter::row(parts, [=](int32_t k) { return loadPixels(d, extended + x + k); });
+            Filter::row(parts, [=](int32_t k) { return loadWidened(d, extended + x + k); });
             for (int32_t part = 0; part < kParts; ++part)
                 hn::StoreU(parts[part], d, ring[part][slot] + x);
         }

@@ -989,6 +989,194 @@ VEKCV_API Status VEKCV_CALL vekiTiltedRectStdDev_32s_C1RSfs(const int32_t* integ
 
 /* ------------------------------------------------------------------------------------------------------------------ */
 /**
+ * @defgroup Pipeline Separable pipeline filters
+ * The two halves of a separable filter, which the caller runs over an image in strips. The row filter reads an image
+ * and writes rows; the column filter reads rows and writes an image. Both know the rows by an array of their addresses,
+ * so that a caller may keep a small ring of them and point the array to others as it moves down the image. Kernels are
+ * applied as they are, without being reversed, and each channel on its own. With K = kernelSize:
+ *
+ *     row filter      S = sum of kernel[k] * source(x + k - anchorX, y) for k = 0 to K - 1
+ *     column filter   S = sum of kernel[k] * sourceRows[y + k][x] for k = 0 to K - 1
+ *
+ * The row filter takes pixels left and right of the row from borderType: BorderConstant (borderValue in all channels),
+ * BorderReplicate, BorderPeriodic, BorderReflect or BorderReflectEdge. Where the border is wider than the row, the
+ * periodic rule goes on around it and the reflecting ones go back and forth. The column filter has no border: what the
+ * rows above and below the image are is up to the caller, who repeats, mirrors or adds addresses.
+ *
+ * 32f: the products are added in the order of k, each operation rounded to float.
+ *
+ * Integers: S is an integer of 32 bits, modulo 2^32, r = 1 / divisor a float. The result is float(S) * r, saturated,
+ * with two ways of rounding:
+ *
+ *     row filter       outputs that need pixels of the row alone, anchorX <= x <= width - K + anchorX, are rounded to
+ *                      the nearest integer, of two equally near ones to the even one; the others, at the ends of the
+ *                      row, towards zero
+ *     column filter    the last (width * channels) mod 16 elements of a row are rounded towards zero; for the others
+ *                      the products of the pixels with kernel[k] * r are added in the order of k, each operation
+ *                      rounded to float, and the sum is rounded to the nearest integer, of two equally near ones to the
+ *                      even one
+ *     Low_16s          all outputs of both filters are float(S) * r, rounded to the nearest integer, of two equally
+ *                      near ones to the even one
+ *
+ * @param source            first pixel of the source
+ * @param sourceStep        bytes from row to row
+ * @param destinationRows   addresses of roiSize.height rows to write
+ * @param sourceRows        addresses of roiSize.height + K - 1 rows to read; one may occur several times
+ * @param destination       first pixel of the result
+ * @param destinationStep   bytes from row to row
+ * @param roiSize           size of the image, at least 1 x 1
+ * @param kernel            the taps
+ * @param kernelSize        number of taps, at least 1
+ * @param anchorX           the tap that lies on the output pixel, 0 to kernelSize - 1
+ * @param borderType        a BorderType from 0 to 4
+ * @param borderValue       the pixel value of BorderConstant
+ * @param divisor           not 0
+ * @param buffer            work buffer of as many bytes as the query of the same name gives for this size of image and
+ *                          kernel and for the number of threads that is set; at any address
+ * @param bufferSize        receives the size of the work buffer in bytes
+ *
+ * What is written must not overlap what is read.
+ *
+ * @retval StatusOk                all rows were written
+ * @retval StatusNullPointer       a pointer is null, except for the buffer of a column filter
+ * @retval StatusSizeError         width or height is below 1
+ * @retval StatusSizeError         kernelSize is below 1
+ * @retval StatusAnchorError       row filter: anchorX is outside the kernel
+ * @retval StatusStepError         the step is smaller than a row
+ * @retval StatusStepNotMultiple   the step is not a multiple of the element
+ * @retval StatusNullPointer       column filter: the buffer is null
+ * @retval StatusBadArgument       row filter: borderType is not 0 to 4
+ * @retval StatusBadArgument       the divisor is 0
+ * @retval StatusNullPointer       column filter: one of the source rows is null
+ *
+ * Other than everywhere else, a row filter that meets a null address among the destination rows returns
+ * StatusNullPointer after it wrote the rows before that one, and leaves all others as they are.
+ *
+ * The queries give StatusNullPointer and the two StatusSizeError above, and StatusSizeError, too, where the size does
+ * not fit an int32_t; they then write nothing.
+ *
+ * Images of 32768 pixels and more for each thread are shared among the threads, with integer column filters of 3 or 5
+ * taps only where the processor has several cores; float column filters use the calling thread alone.
+ * @{
+ */
+/** size of the work buffer of a row filter */
+VEKCV_API Status VEKCV_CALL vekiFilterRowBorderPipelineGetBufferSize_8u16s_C1R(RoiSize roiSize, int32_t kernelSize,
+                                                                               int32_t* bufferSize);
+VEKCV_API Status VEKCV_CALL vekiFilterRowBorderPipelineGetBufferSize_8u16s_C3R(RoiSize roiSize, int32_t kernelSize,
+                                                                               int32_t* bufferSize);
+VEKCV_API Status VEKCV_CALL vekiFilterRowBorderPipelineGetBufferSize_16s_C1R(RoiSize roiSize, int32_t kernelSize,
+                                                                             int32_t* bufferSize);
+VEKCV_API Status VEKCV_CALL vekiFilterRowBorderPipelineGetBufferSize_16s_C3R(RoiSize roiSize, int32_t kernelSize,
+                                                                             int32_t* bufferSize);
+VEKCV_API Status VEKCV_CALL vekiFilterRowBorderPipelineGetBufferSize_Low_16s_C1R(RoiSize roiSize, int32_t kernelSize,
+                                                                                 int32_t* bufferSize);
+VEKCV_API Status VEKCV_CALL vekiFilterRowBorderPipelineGetBufferSize_Low_16s_C3R(RoiSize roiSize, int32_t kernelSize,
+                                                                                 int32_t* bufferSize);
+VEKCV_API Status VEKCV_CALL vekiFilterRowBorderPipelineGetBufferSize_32f_C1R(RoiSize roiSize, int32_t kernelSize,
+                                                                             int32_t* bufferSize);
+VEKCV_API Status VEKCV_CALL vekiFilterRowBorderPipelineGetBufferSize_32f_C3R(RoiSize roiSize, int32_t kernelSize,
+                                                                             int32_t* bufferSize);
+/** row filter */
+VEKCV_API Status VEKCV_CALL vekiFilterRowBorderPipeline_8u16s_C1R(
+    const uint8_t* source, int32_t sourceStep, int16_t* const* destinationRows, RoiSize roiSize, const int16_t* kernel,
+    int32_t kernelSize, int32_t anchorX, int32_t borderType, uint8_t borderValue, int32_t divisor, uint8_t* buffer);
+VEKCV_API Status VEKCV_CALL vekiFilterRowBorderPipeline_8u16s_C3R(
+    const uint8_t* source, int32_t sourceStep, int16_t* const* destinationRows, RoiSize roiSize, const int16_t* kernel,
+    int32_t kernelSize, int32_t anchorX, int32_t borderType, uint8_t borderValue, int32_t divisor, uint8_t* buffer);
+VEKCV_API Status VEKCV_CALL vekiFilterRowBorderPipeline_16s_C1R(const int16_t* source, int32_t sourceStep,
+                                                                int16_t* const* destinationRows, RoiSize roiSize,
+                                                                const int16_t* kernel, int32_t kernelSize,
+                                                                int32_t anchorX, int32_t borderType,
+                                                                int16_t borderValue, int32_t divisor, uint8_t* buffer);
+VEKCV_API Status VEKCV_CALL vekiFilterRowBorderPipeline_16s_C3R(const int16_t* source, int32_t sourceStep,
+                                                                int16_t* const* destinationRows, RoiSize roiSize,
+                                                                const int16_t* kernel, int32_t kernelSize,
+                                                                int32_t anchorX, int32_t borderType,
+                                                                int16_t borderValue, int32_t divisor, uint8_t* buffer);
+/** row filter that rounds all outputs alike */
+VEKCV_API Status VEKCV_CALL vekiFilterRowBorderPipeline_Low_16s_C1R(
+    const int16_t* source, int32_t sourceStep, int16_t* const* destinationRows, RoiSize roiSize, const int16_t* kernel,
+    int32_t kernelSize, int32_t anchorX, int32_t borderType, int16_t borderValue, int32_t divisor, uint8_t* buffer);
+VEKCV_API Status VEKCV_CALL vekiFilterRowBorderPipeline_Low_16s_C3R(
+    const int16_t* source, int32_t sourceStep, int16_t* const* destinationRows, RoiSize roiSize, const int16_t* kernel,
+    int32_t kernelSize, int32_t anchorX, int32_t borderType, int16_t borderValue, int32_t divisor, uint8_t* buffer);
+/** row filter of floats */
+VEKCV_API Status VEKCV_CALL vekiFilterRowBorderPipeline_32f_C1R(const float* source, int32_t sourceStep,
+                                                                float* const* destinationRows, RoiSize roiSize,
+                                                                const float* kernel, int32_t kernelSize,
+                                                                int32_t anchorX, int32_t borderType, float borderValue,
+                                                                uint8_t* buffer);
+VEKCV_API Status VEKCV_CALL vekiFilterRowBorderPipeline_32f_C3R(const float* source, int32_t sourceStep,
+                                                                float* const* destinationRows, RoiSize roiSize,
+                                                                const float* kernel, int32_t kernelSize,
+                                                                int32_t anchorX, int32_t borderType, float borderValue,
+                                                                uint8_t* buffer);
+/** size of the work buffer of a column filter */
+VEKCV_API Status VEKCV_CALL vekiFilterColumnPipelineGetBufferSize_16s_C1R(RoiSize roiSize, int32_t kernelSize,
+                                                                          int32_t* bufferSize);
+VEKCV_API Status VEKCV_CALL vekiFilterColumnPipelineGetBufferSize_16s_C3R(RoiSize roiSize, int32_t kernelSize,
+                                                                          int32_t* bufferSize);
+VEKCV_API Status VEKCV_CALL vekiFilterColumnPipelineGetBufferSize_16s8u_C1R(RoiSize roiSize, int32_t kernelSize,
+                                                                            int32_t* bufferSize);
+VEKCV_API Status VEKCV_CALL vekiFilterColumnPipelineGetBufferSize_16s8u_C3R(RoiSize roiSize, int32_t kernelSize,
+                                                                            int32_t* bufferSize);
+VEKCV_API Status VEKCV_CALL vekiFilterColumnPipelineGetBufferSize_16s8s_C1R(RoiSize roiSize, int32_t kernelSize,
+                                                                            int32_t* bufferSize);
+VEKCV_API Status VEKCV_CALL vekiFilterColumnPipelineGetBufferSize_16s8s_C3R(RoiSize roiSize, int32_t kernelSize,
+                                                                            int32_t* bufferSize);
+VEKCV_API Status VEKCV_CALL vekiFilterColumnPipelineGetBufferSize_Low_16s_C1R(RoiSize roiSize, int32_t kernelSize,
+                                                                              int32_t* bufferSize);
+VEKCV_API Status VEKCV_CALL vekiFilterColumnPipelineGetBufferSize_Low_16s_C3R(RoiSize roiSize, int32_t kernelSize,
+                                                                              int32_t* bufferSize);
+VEKCV_API Status VEKCV_CALL vekiFilterColumnPipelineGetBufferSize_32f_C1R(RoiSize roiSize, int32_t kernelSize,
+                                                                          int32_t* bufferSize);
+VEKCV_API Status VEKCV_CALL vekiFilterColumnPipelineGetBufferSize_32f_C3R(RoiSize roiSize, int32_t kernelSize,
+                                                                          int32_t* bufferSize);
+/** column filter */
+VEKCV_API Status VEKCV_CALL vekiFilterColumnPipeline_16s_C1R(const int16_t* const* sourceRows, int16_t* destination,
+                                                             int32_t destinationStep, RoiSize roiSize,
+                                                             const int16_t* kernel, int32_t kernelSize, int32_t divisor,
+                                                             uint8_t* buffer);
+VEKCV_API Status VEKCV_CALL vekiFilterColumnPipeline_16s_C3R(const int16_t* const* sourceRows, int16_t* destination,
+                                                             int32_t destinationStep, RoiSize roiSize,
+                                                             const int16_t* kernel, int32_t kernelSize, int32_t divisor,
+                                                             uint8_t* buffer);
+VEKCV_API Status VEKCV_CALL vekiFilterColumnPipeline_16s8u_C1R(const int16_t* const* sourceRows, uint8_t* destination,
+                                                               int32_t destinationStep, RoiSize roiSize,
+                                                               const int16_t* kernel, int32_t kernelSize,
+                                                               int32_t divisor, uint8_t* buffer);
+VEKCV_API Status VEKCV_CALL vekiFilterColumnPipeline_16s8u_C3R(const int16_t* const* sourceRows, uint8_t* destination,
+                                                               int32_t destinationStep, RoiSize roiSize,
+                                                               const int16_t* kernel, int32_t kernelSize,
+                                                               int32_t divisor, uint8_t* buffer);
+VEKCV_API Status VEKCV_CALL vekiFilterColumnPipeline_16s8s_C1R(const int16_t* const* sourceRows, int8_t* destination,
+                                                               int32_t destinationStep, RoiSize roiSize,
+                                                               const int16_t* kernel, int32_t kernelSize,
+                                                               int32_t divisor, uint8_t* buffer);
+VEKCV_API Status VEKCV_CALL vekiFilterColumnPipeline_16s8s_C3R(const int16_t* const* sourceRows, int8_t* destination,
+                                                               int32_t destinationStep, RoiSize roiSize,
+                                                               const int16_t* kernel, int32_t kernelSize,
+                                                               int32_t divisor, uint8_t* buffer);
+/** column filter that rounds all outputs alike */
+VEKCV_API Status VEKCV_CALL vekiFilterColumnPipeline_Low_16s_C1R(const int16_t* const* sourceRows, int16_t* destination,
+                                                                 int32_t destinationStep, RoiSize roiSize,
+                                                                 const int16_t* kernel, int32_t kernelSize,
+                                                                 int32_t divisor, uint8_t* buffer);
+VEKCV_API Status VEKCV_CALL vekiFilterColumnPipeline_Low_16s_C3R(const int16_t* const* sourceRows, int16_t* destination,
+                                                                 int32_t destinationStep, RoiSize roiSize,
+                                                                 const int16_t* kernel, int32_t kernelSize,
+                                                                 int32_t divisor, uint8_t* buffer);
+/** column filter of floats */
+VEKCV_API Status VEKCV_CALL vekiFilterColumnPipeline_32f_C1R(const float* const* sourceRows, float* destination,
+                                                             int32_t destinationStep, RoiSize roiSize,
+                                                             const float* kernel, int32_t kernelSize, uint8_t* buffer);
+VEKCV_API Status VEKCV_CALL vekiFilterColumnPipeline_32f_C3R(const float* const* sourceRows, float* destination,
+                                                             int32_t destinationStep, RoiSize roiSize,
+                                                             const float* kernel, int32_t kernelSize, uint8_t* buffer);
+/** @} */
+
+/* ------------------------------------------------------------------------------------------------------------------ */
+/**
  * @defgroup FixedFilters Derivative and smoothing filters
  * Filters with a mask of 3 x 3 or 5 x 5 that are a row filter and a column filter. Both are correlations, with their
  * middle tap over the pixel:

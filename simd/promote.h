@@ -39,6 +39,15 @@ HWY_INLINE hn::Vec<D> loadFloats(D d, const T* values) {
         return hn::ConvertTo(d, hn::PromoteTo(integers, hn::LoadU(hn::Rebind<T, D>(), values)));
 }
 
+/** Lanes of 16 bits from bytes, or lanes of any type from elements of that type. */
+template <typename D, typename T>
+HWY_INLINE hn::Vec<D> loadWidened(D d, const T* elements) {
+    if constexpr (sizeof(T) == 1)
+        return hn::PromoteTo(d, hn::LoadU(hn::Rebind<T, D>(), elements));
+    else
+        return hn::LoadU(d, elements);
+}
+
 /** Where mask bytes are 0: true for as many pixels, of any type, as d has lanes. */
 template <typename D>
 HWY_INLINE hn::Mask<D> isZero(D d, const uint8_t* mask) {

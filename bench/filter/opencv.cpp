@@ -21,6 +21,22 @@ Call scharr(const Case& work, int orderX, int orderY) {
     };
 }
 
+Call separable(const Case& work, const cv::Mat& alongRows, const cv::Mat& alongColumns) {
+    return [=, source = matrix(work.operands[0]), out = matrix(work.operands[1])] {
+        cv::sepFilter2D(source, out, out.depth(), alongRows, alongColumns, {-1, -1}, 0, kBorder);
+    };
+}
+
+const cv::Mat& none() {
+    static const cv::Mat kernel = cv::Mat::ones(1, 1, CV_32F);
+    return kernel;
+}
+
+const cv::Mat& binomial() {
+    static const cv::Mat kernel = (cv::Mat_<float>(1, 5) << 1, 4, 6, 4, 1) / 16;
+    return kernel;
+}
+
 }  // namespace
 
 Call sobelHoriz(const Case& work) {
@@ -72,6 +88,14 @@ Call gauss(const Case& work) {
             taps = static_cast<int>(work.parameters[0]), sigma = work.parameters[1]] {
         cv::GaussianBlur(source, out, {taps, taps}, sigma, sigma, kBorder);
     };
+}
+
+Call binomialAlongRows(const Case& work) {
+    return separable(work, binomial(), none());
+}
+
+Call binomialAlongColumns(const Case& work) {
+    return separable(work, none(), binomial());
 }
 
 }  // namespace bench::peer

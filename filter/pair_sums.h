@@ -1,0 +1,234 @@
+// Sums of products of elements with 16-bit taps, exact modulo 2^32, by multiply-adds that take two taps at a time.
+#pragma once
+
+#include "pair_products.h"
+#include "promote.h"
+#include "rounding.h"
+#include "runs.h"
+
+namespace VEKCV_VARIANT {
+
+/**
+ * 16-bit lanes from those of 32 bits, saturated, of two vectors in the order in which interleaves of whole vectors,
+ * block by block, make them of 16-bit lanes.
+ */
+template <typename D, typename V>
+HWY_INLINE hn::Vec<D> narrowInterleaved(D d, V lower, V upper) {
+    if constexpr (hn::MaxLanes(D()) == 4) {
+        const hn::Half<D> half;
+        return hn::Combine(d, hn::DemoteTo(half, upper), hn::DemoteTo(half, lower));
+    } else {
+        return hn::ReorderDemote2To(d, lower, upper);
+    }
+}
+
+/** Two vectors whose pairs of lanes are the elements that two taps meet, for as many results as D has lanes. */
+template <typename D>
+struct PairVectors {
+    hn::Vec<D> first, second;
+};
+
+/** The elements of tap k lie `stride` elements behind those of tap k - 1. */
+template <typename T>
+struct StridedTaps {
+    const T* elements;
+    ptrdiff_t stride;
+
+    HWY_INLINE const T* operator()(int32_t k) const { return elements + k * stride; }
+};
+
+/** The elements of tap k lie in row k. */
+template <typename T>
+struct RowTaps {
+    const T* const* rows;
+
+    HWY_INLINE const T* operator()(int32_t k) const { return rows[k]; }
+};
+
+/** Pairs of the elements of two taps, wherever these lie. */
+template <typename Taps>
+struct InterleavedPairs {
+    Taps taps;
+
+    template <typename D>
+    HWY_INLINE PairVectors<D> load(D d, int32_t k, ptrdiff_t x) const {
+        return interleave(d, loadWidened(d, taps(k) + x), loadWidened(d, taps(k + 1) + x));
+    }
+    /** Pairs that begin with the elements of the last tap, and what is multiplied with them. */
+    template <typename D>
+    HWY_INLINE PairVectors<D> loadLast(D d, int32_t k, ptrdiff_t x) const {
+        const auto v = loadWidened(d, taps(k) + x);
+        return interleave(d, v, v);
+    }
+    static HWY_INLINE uint32_t lastPair(uint16_t tap) { return tap; }
+
+    /** Sums, saturated, in the order of the results. */
+    template <typename D, typename V>
+    HWY_INLINE static hn::Vec<D> narrow(D d, V first, V second) {
+        return narrowInterleaved(d, first, second);
+    }
+
+  private:
+    template <typename D>
+    HWY_INLINE static PairVectors<D> interleave(D d, hn::Vec<D> a, hn::Vec<D> b) {
+        return {hn::InterleaveLower(d, a, b), hn::InterleaveUpper(d, a, b)};
+    }
+};
+
+/**
+ * Pairs of neighbours, for taps that meet neighbouring elements: they lie in memory as they are needed, those of even
+ * results from x on and those of odd ones from x + 1 on. A last single tap comes second in its pair, behind an element
+ * that counts for nothing: so nothing beyond the last element is read, but there must be two taps at least.
+ */
+template <typename T>
+struct NeighbourPairs {
+    StridedTaps<T> taps;
+
+    template <typename D>
+    HWY_INLINE PairVectors<D> load(D d, int32_t k, ptrdiff_t x) const {
+        const T* const elements = taps.elements + k + x;
+        return {loadWidened(d, elements), loadWidened(d, elements + 1)};
+    }
+    template <typename D>
+    HWY_INLINE PairVectors<D> loadLast(D d, int32_t k, ptrdiff_t x) const {
+        return load(d, k - 1, x);
+    }
+    static HWY_INLINE uint32_t lastPair(uint16_t tap) { return uint32_t{tap} << 16; }
+
+    template <typename D, typename V>
+    HWY_INLINE static hn::Vec<D> narrow(D d, V even, V odd) {
+        const auto v = hn::ReorderDemote2To(d, even, odd);
+        if constexpr (hn::MaxLanes(D()) == 4)  // comes with the lanes of both in turn
+            return v;
+        // A block has those of both one after the other.
+        alignas(16) static constexpr uint8_t kInTurn[] = {0, 1, 8, 9, 2, 3, 10, 11, 4, 5, 12, 13, 6, 7, 14, 15};
+        const hn::Repartition<uint8_t, D> bytes;
+        return hn::BitCast(d, hn::TableLookupBytes(hn::BitCast(bytes, v), hn::LoadDup128(bytes, kInTurn)));
+    }
+};
+
+// What becomes of a sum before it is saturated to the type of the result.
+
+struct Unscaled {
+    template <typename D>
+    HWY_INLINE hn::Vec<D> operator()(D /*d*/, hn::Vec<D> sums) const {
+        return sums;
+    }
+};
+
+/** Times a factor of -1 to 1, to the nearest integer, to the even one of two. */
+struct ScaledToNearest {
+    float factor;
+
+    template <typename D>
+    HWY_INLINE hn::Vec<D> operator()(D d, hn::Vec<D> sums) const {
+        const hn::Rebind<float, D> floats;
+        const auto scaled = hn::Mul(hn::ConvertTo(floats, sums), hn::Set(floats, factor));
+        return nearestIntegers(d, hn::Min(scaled, hn::Set(floats, 32767.0F)));
+    }
+};
+
+/** Times a factor, saturated, towards zero. */
+template <typename Result>
+struct ScaledTowardsZero {
+    float factor;
+
+    template <typename D>
+    HWY_INLINE hn::Vec<D> operator()(D d, hn::Vec<D> sums) const {
+        const hn::Rebind<float, D> floats;
+        const auto least = hn::Set(floats, static_cast<float>(hwy::LimitsMin<Result>()));
+        const auto most = hn::Set(floats, static_cast<float>(hwy::LimitsMax<Result>()));
+        const auto scaled = hn::Mul(hn::ConvertTo(floats, sums), hn::Set(floats, factor));
+        return hn::ConvertTo(d, hn::Min(hn::Max(scaled, least), most));
+    }
+};
+
+/** Stores 16-bit lanes as a type that they are saturated to. */
+template <typename D, typename Result>
+HWY_INLINE void storeWords(D d, hn::Vec<D> v, Result* out) {
+    if constexpr (sizeof(Result) == 1) {
+        const hn::Rebind<Result, D> narrow;
+        hn::StoreU(hn::DemoteTo(narrow, v), narrow, out);
+    } else {
+        hn::StoreU(v, d, out);
+    }
+}
+
+/** Sums of a block of vectors. */
+template <typename D, int32_t kVectors, typename Pairs, typename Size>
+struct PairSums {
+    using D32 = hn::Repartition<int32_t, D>;
+
+    hn::Vec<D32> first[kVectors], second[kVectors];
+
+    HWY_INLINE PairSums(const Pairs& pairs, const int16_t* kernel, Size size, ptrdiff_t x) {
+        for (int32_t i = 0; i < kVectors; ++i)
+            first[i] = second[i] = hn::Zero(D32());
+        const int32_t end = size;
+        int32_t k = 0;
+        for (; k + 1 < end; k += 2)
+            add(uint32_t{word(kernel[k])} | uint32_t{word(kernel[k + 1])} << 16, x,
+                [&](ptrdiff_t at) { return pairs.load(D(), k, at); });
+        if (k < end)
+            add(Pairs::lastPair(word(kernel[k])), x, [&](ptrdiff_t at) { return pairs.loadLast(D(), k, at); });
+    }
+
+  private:
+    HWY_INLINE static uint16_t word(int16_t tap) { return static_cast<uint16_t>(tap); }
+
+    template <typename Load>
+    HWY_INLINE void add(uint32_t pair, ptrdiff_t x, const Load& load) {
+        constexpr auto kLanes = static_cast<ptrdiff_t>(hn::MaxLanes(D()));
+        const auto taps = hn::BitCast(D(), hn::Set(D32(), static_cast<int32_t>(pair)));
+#pragma GCC unroll 8
+        for (int32_t i = 0; i < kVectors; ++i) {
+            const PairVectors<D> v = load(x + i * kLanes);
+            first[i] = addPairProducts(D32(), v.first, taps, first[i]);
+            second[i] = addPairProducts(D32(), v.second, taps, second[i]);
+        }
+    }
+};
+
+/** out[x] = finish(sum of all k of kernel[k] * taps(k)[x]), saturated, for x from begin to end. */
+template <typename Pairs, typename Size, typename Finish, typename Result>
+HWY_NOINLINE void writeSums(const Pairs& pairs, const int16_t* kernel, Size size, const Finish& finish, Result* out,
+                            ptrdiff_t begin, ptrdiff_t end) {
+    forRun(
+        hn::ScalableTag<int16_t>(), begin, end,
+        [&](auto d, auto count, ptrdiff_t x) __attribute__((always_inline)) {
+            using D = decltype(d);
+            constexpr int32_t kCount = count;
+            constexpr auto kLanes = static_cast<ptrdiff_t>(hn::MaxLanes(D()));
+            const hn::Repartition<int32_t, D> d32;
+            const PairSums<D, kCount, Pairs, Size> sums(pairs, kernel, size, x);
+#pragma GCC unroll 8
+            for (int32_t i = 0; i < kCount; ++i)
+                storeWords(d, Pairs::narrow(d, finish(d32, sums.first[i]), finish(d32, sums.second[i])),
+                           out + x + i * kLanes);
+        },
+        [&](ptrdiff_t x) {
+            uint32_t sum = 0;
+            for (int32_t k = 0; k < size; ++k)
+                sum += static_cast<uint32_t>(kernel[k] * pairs.taps(k)[x]);
+            const hn::CappedTag<int32_t, 1> one;
+            const int32_t value = hn::GetLane(finish(one, hn::Set(one, static_cast<int32_t>(sum))));
+            constexpr int32_t kLeast = hwy::LimitsMin<Result>(), kMost = hwy::LimitsMax<Result>();
+            out[x] = static_cast<Result>(value < kLeast ? kLeast : value > kMost ? kMost : value);
+        });
+}
+
+/** 1 / divisor, as the filters take it. */
+inline float reciprocal(int32_t divisor) {
+    return 1.0F / static_cast<float>(divisor);
+}
+
+/** Calls body(finish) with what gives the nearest integers of sums divided by a divisor, in the shortest way. */
+template <typename Body>
+void withNearest(int32_t divisor, Body body) {
+    if (divisor == 1)
+        body(Unscaled());
+    else
+        body(ScaledToNearest{reciprocal(divisor)});
+}
+
+}  // namespace VEKCV_VARIANT

@@ -1,0 +1,259 @@
+// Column filters against their definition, one output at a time.
+#include "pipeline_support.h"
+#include "status_order.h"
+
+namespace {
+
+template <auto Filter, auto Query, int kChannelCount, bool kIsLow = false>
+struct Column;
+
+template <typename S, typename R, typename K, typename... Rest,
+          Status (*Filter)(const S* const*, R*, int32_t, RoiSize, const K*, int32_t, Rest...), auto Query,
+          int kChannelCount, bool kIsLow>
+struct Column<Filter, Query, kChannelCount, kIsLow> {
+    using Source = S;
+    using Result = R;
+    using Tap = K;
+    static constexpr auto kFunction = Filter;
+    static constexpr auto kQuery = Query;
+    static constexpr bool kIsFloat = std::is_floating_point_v<S>;
+    static constexpr int kChannels = kChannelCount;
+
+    static int64_t bufferBytes(int64_t width, int64_t height, int64_t kernelSize) {
+        if (kIsFloat)
+            return 32;
+        const int64_t unit = kIsLow ? 8 : 4, whole = (width + unit - 1) / unit * unit;
+        return ownGetNumThreads() * (32 + int64_t(sizeof(void*)) * (height + kernelSize) + 12 * kChannels * whole + 32);
+    }
+
+    static Status call(const S* const* rows, const TestImage<R>& out, const std::vector<K>& kernel, int32_t divisor,
+                       uint8_t* buffer) {
+        if constexpr (kIsFloat)
+            return Filter(rows, out.data(), out.step(), out.roi(), kernel.data(), int32_t(kernel.size()), buffer);
+        else
+            return Filter(rows, out.data(), out.step(), out.roi(), kernel.data(), int32_t(kernel.size()), divisor,
+                          buffer);
+    }
+
+    static R expected(const S* const* rows, const std::vector<K>& kernel, int32_t divisor, int x, int elements) {
+        if constexpr (kIsFloat) {
+            float sum = kernel[0] * rows[0][x];
+            for (size_t k = 1; k < kernel.size(); ++k)
+                sum += kernel[k] * rows[k][x];
+            return sum;
+        } else {
+            const float r = 1.0f / float(divisor);
+            if (!kIsLow && x < elements / 16 * 16) {
+                float sum = 0;
+                for (size_t k = 0; k < kernel.size(); ++k)
+                    sum += float(rows[k][x]) * (float(kernel[k]) * r);
+                return R(std::clamp(rounded<int16_t>(sum, true), int16_t(std::numeric_limits<R>::min()),
+                                    int16_t(std::numeric_limits<R>::max())));
+            }
+            IntegerSum sum;
+            for (size_t k = 0; k < kernel.size(); ++k)
+                sum.add(int64_t(kernel[k]) * rows[k][x]);
+            return rounded<R>(float(sum.value()) * r, kIsLow);
+        }
+    }
+
+    /** Filters with a buffer of exactly the size that the query gives. */
+    static void check(const TestImage<S>& source, RoiSize roi, Layout layout, const std::vector<K>& kernel,
+                      int32_t divisor) {
+        SCOPED_TRACE(::testing::Message() << roi.width << " x " << roi.height << ", " << layout << ", " << kernel.size()
+                                          << " taps, divisor " << divisor);
+        const TestImage<R> out(roi, layout, kChannels);
+        const auto rows = rowsOf<const S*>(source);
+        ASSERT_EQ(size_t(roi.height) + kernel.size() - 1, rows.size());
+        int32_t bytes = 0;
+        ASSERT_EQ(StatusOk, Query(roi, int32_t(kernel.size()), &bytes));
+        const ExactBuffer buffer(bytes);
+        ASSERT_EQ(StatusOk, call(rows.data(), out, kernel, divisor, buffer.data()));
+        ASSERT_TRUE(buffer.isIntact());
+        const auto result = TestImage<R>::filled(
+            roi, {}, [&](int x, int y) { return expected(&rows[size_t(y)], kernel, divisor, x, out.elements()); },
+            kChannels);
+        ASSERT_TRUE(samePixels(result, out));
+    }
+
+    static TestImage<S> randomRows(RoiSize roi, Layout layout, int32_t kernelSize) {
+        return TestImage<S>::random({roi.width, roi.height + kernelSize - 1}, layout, 3, kChannels);
+    }
+};
+
+template <typename MemberType>
+class ColumnPipeline : public ::testing::Test {};
+using Members = ::testing::Types<
+    Column<&vekiFilterColumnPipeline_16s_C1R, &vekiFilterColumnPipelineGetBufferSize_16s_C1R, 1>,
+    Column<&vekiFilterColumnPipeline_16s_C3R, &vekiFilterColumnPipelineGetBufferSize_16s_C3R, 3>,
+    Column<&vekiFilterColumnPipeline_16s8u_C1R, &vekiFilterColumnPipelineGetBufferSize_16s8u_C1R, 1>,
+    Column<&vekiFilterColumnPipeline_16s8u_C3R, &vekiFilterColumnPipelineGetBufferSize_16s8u_C3R, 3>,
+    Column<&vekiFilterColumnPipeline_16s8s_C1R, &vekiFilterColumnPipelineGetBufferSize_16s8s_C1R, 1>,
+    Column<&vekiFilterColumnPipeline_16s8s_C3R, &vekiFilterColumnPipelineGetBufferSize_16s8s_C3R, 3>,
+    Column<&vekiFilterColumnPipeline_Low_16s_C1R, &vekiFilterColumnPipelineGetBufferSize_Low_16s_C1R, 1, true>,
+    Column<&vekiFilterColumnPipeline_Low_16s_C3R, &vekiFilterColumnPipelineGetBufferSize_Low_16s_C3R, 3, true>,
+    Column<&vekiFilterColumnPipeline_32f_C1R, &vekiFilterColumnPipelineGetBufferSize_32f_C1R, 1>,
+    Column<&vekiFilterColumnPipeline_32f_C3R, &vekiFilterColumnPipelineGetBufferSize_32f_C3R, 3>>;
+TYPED_TEST_SUITE(ColumnPipeline, Members);
+
+constexpr int32_t kDivisors[] = {1, -1, 3, 16, 256, -7, INT32_MIN};
+
+TYPED_TEST(ColumnPipeline, MatchesItsDefinition) {
+    uint32_t turn = 0;
+    for (const RoiSize& roi : smallRegions())
+        for (const Layout& layout : kLayouts)
+            for (const int32_t size : {1, 2, 3, 5, 7, 15, 31, 64}) {
+                ++turn;
+                TypeParam::check(TypeParam::randomRows(roi, layout, size), roi, layout,
+                                 randomKernel<typename TypeParam::Tap>(size, turn, turn % 4 != 0), kDivisors[turn % 7]);
+                if (::testing::Test::HasFatalFailure())
+                    return;
+            }
+}
+
+// Kernels whose sums of products are just small enough, or just too large, for floats to hold them exactly.
+TYPED_TEST(ColumnPipeline, TakesEveryDivisor) {
+    using Tap = typename TypeParam::Tap;
+    const RoiSize roi{53, 2};
+    for (const std::vector<Tap>& kernel : {std::vector<Tap>{512},
+                                           {-511, 1},
+                                           {100, 300, -112},
+                                           {100, 300, -113},
+                                           {1, 4, 6, 4, 1},
+                                           {-1, 0, 1},
+                                           {513},
+                                           {255, 1, 0, 0, -257}})
+        for (int32_t divisor = -20; divisor <= 20; ++divisor)
+            if (divisor != 0)
+                TypeParam::check(TypeParam::randomRows(roi, {}, int32_t(kernel.size())), roi, {}, kernel, divisor);
+}
+
+// Halves: blocks round to even, what is left of the row rounds towards zero.
+TYPED_TEST(ColumnPipeline, RoundsBlocksAndTheRest) {
+    using S = typename TypeParam::Source;
+    const RoiSize roi{47, 1};
+    using Tap = typename TypeParam::Tap;
+    for (const Tap tap : {Tap(1), Tap(-1)}) {
+        const auto source = TestImage<S>::filled(
+            {47, 3}, {}, [](int x, int) { return S(x); }, TypeParam::kChannels);
+        TypeParam::check(source, roi, {}, {0, tap, 0}, 2);
+        TypeParam::check(source, roi, {}, {0, Tap(5 * tap), 0}, 10);
+    }
+}
+
+// A product that no float holds, in a sum that one holds: rounding the product decides how the sum is rounded.
+TYPED_TEST(ColumnPipeline, RoundsProducts) {
+    using S = typename TypeParam::Source;
+    const auto source = TestImage<S>::filled(
+        {37, 2}, {}, [](int, int y) { return S(y == 0 ? 32767 : -32768); }, TypeParam::kChannels);
+    for (const int32_t divisor : {1024, -1024, 1023})
+        TypeParam::check(source, {37, 1}, {}, {513, 1}, divisor);
+}
+
+TYPED_TEST(ColumnPipeline, Saturates) {
+    using S = typename TypeParam::Source;
+    using K = typename TypeParam::Tap;
+    if constexpr (!TypeParam::kIsFloat)
+        for (const S value : {S(-32768), S(32767), S(300), S(-300)})
+            for (const K tap : {K(-32768), K(32767), K(1)})
+                for (const int32_t size : {1, 2, 3, 4, 5, 7})
+                    for (const int32_t divisor : {1, -1, 2, -2, 32768, INT32_MAX}) {
+                        const auto source = TestImage<S>::filled(
+                            {41, size}, {}, [=](int, int) { return value; }, TypeParam::kChannels);
+                        TypeParam::check(source, {41, 1}, {}, std::vector<K>(size_t(size), tap), divisor);
+                    }
+}
+
+TYPED_TEST(ColumnPipeline, IsTheSameInParallel) {
+    for (const int threads : {1, 2, 3}) {
+        const ThreadCount count(threads);
+        for (const RoiSize& roi : regionsAround(32768 * threads))
+            for (const int32_t size : {4, 5})
+                TypeParam::check(TypeParam::randomRows(roi, {}, size), roi, {Layout::kAfterGuard, 1, 4},
+                                 randomKernel<typename TypeParam::Tap>(size, 1, true), 3);
+        const RoiSize flat{32768 * threads + 1, 1};
+        TypeParam::check(TypeParam::randomRows(flat, {}, 3), flat, {}, {1, 2, 1}, 4);
+    }
+}
+
+// Rows may be in any order, and the same row may stand in several places.
+TYPED_TEST(ColumnPipeline, TakesRowsFromAnywhere) {
+    using S = typename TypeParam::Source;
+    const RoiSize roi{37, 3};
+    const std::vector<typename TypeParam::Tap> kernel{1, -2, 3};
+    const auto image = TestImage<S>::random({37, 2}, {}, 5, TypeParam::kChannels);
+    const S* const rows[] = {&image.at(0, 1), &image.at(0, 1), &image.at(0, 0), &image.at(0, 1), &image.at(0, 0)};
+    const TestImage<typename TypeParam::Result> out(roi, {}, TypeParam::kChannels);
+    const ExactBuffer buffer(int32_t(TypeParam::bufferBytes(37, 3, 3)));
+    ASSERT_EQ(StatusOk, TypeParam::call(rows, out, kernel, 2, buffer.data()));
+    const auto expected = TestImage<typename TypeParam::Result>::filled(
+        roi, {}, [&](int x, int y) { return TypeParam::expected(rows + y, kernel, 2, x, out.elements()); },
+        TypeParam::kChannels);
+    ASSERT_TRUE(samePixels(expected, out));
+}
+
+TYPED_TEST(ColumnPipeline, ReportsTheFirstFault) {
+    using R = typename TypeParam::Result;
+    const RoiSize roi{9, 4};
+    const auto source = TypeParam::randomRows(roi, {}, 3);
+    const auto out = TestImage<R>::random(roi, {}, 1, TypeParam::kChannels);
+    const auto before = out.copy({});
+    const auto rows = rowsOf<const typename TypeParam::Source*>(source);
+    const typename TypeParam::Tap kernel[3] = {1, 2, 1};
+    const ExactBuffer buffer(int32_t(TypeParam::bufferBytes(9, 4, 3)));
+    constexpr int32_t kRowBytes = 9 * TypeParam::kChannels * int32_t(sizeof(R));
+    std::vector<std::vector<const typename TypeParam::Source*>> lacking(rows.size(), rows);
+    const auto check = [&](auto order) {
+        order.template fault<0>("null rows", StatusNullPointer, nullptr)
+            .template fault<1>("null destination", StatusNullPointer, nullptr)
+            .template fault<4>("null kernel", StatusNullPointer, nullptr)
+            .template fault<3>("width 0", StatusSizeError, RoiSize{0, 4})
+            .template fault<3>("height 0", StatusSizeError, RoiSize{9, 0})
+            .template fault<3>("height -1", StatusSizeError, RoiSize{9, -1})
+            .template fault<5>("no taps", StatusSizeError, 0)
+            .template fault<5>("kernel size -2147483648", StatusSizeError, INT32_MIN)
+            .template fault<3>("width 2147483647", StatusStepError, RoiSize{INT32_MAX, 4})
+            .template fault<2>("step short", StatusStepError, kRowBytes - int32_t(sizeof(R)))
+            .template fault<2>("step negative", StatusStepError, -kRowBytes);
+        if constexpr (sizeof(R) > 1)
+            order.template fault<2>("step odd", StatusStepNotMultiple, kRowBytes + int32_t(sizeof(R)) / 2);
+        order.fault("null buffer", StatusNullPointer,
+                    [](auto& call) { std::get<std::tuple_size_v<std::decay_t<decltype(call)>> - 1>(call) = nullptr; });
+        if constexpr (!TypeParam::kIsFloat)
+            order.template fault<6>("divisor 0", StatusBadArgument, 0);
+        for (size_t y = 0; y < rows.size(); ++y) {
+            lacking[y][y] = nullptr;
+            order.template fault<0>("null row " + std::to_string(y), StatusNullPointer, lacking[y].data());
+        }
+        order.check([&] { return bool(samePixels(before, out)); });
+    };
+    if constexpr (TypeParam::kIsFloat)
+        check(StatusOrder(TypeParam::kFunction, rows.data(), out.data(), out.step(), roi, kernel, 3, buffer.data()));
+    else
+        check(StatusOrder(TypeParam::kFunction, rows.data(), out.data(), out.step(), roi, kernel, 3, 1, buffer.data()));
+}
+
+TYPED_TEST(ColumnPipeline, TellsTheSizeOfItsBuffer) {
+    int32_t bytes = -7;
+    for (const int threads : {1, 2, 5}) {
+        const ThreadCount count(threads);
+        for (const RoiSize roi : {RoiSize{1, 1}, RoiSize{637, 480}, RoiSize{8, 100000}})
+            for (const int32_t size : {1, 3, 5, 31}) {
+                ASSERT_EQ(StatusOk, TypeParam::kQuery(roi, size, &bytes));
+                ASSERT_EQ(TypeParam::bufferBytes(roi.width, roi.height, size), bytes);
+            }
+        bytes = -7;
+        for (const RoiSize roi : {RoiSize{1, INT32_MAX}, RoiSize{INT32_MAX, 1}})
+            ASSERT_EQ(TypeParam::kIsFloat ? StatusOk : StatusSizeError, TypeParam::kQuery(roi, INT32_MAX, &bytes));
+        ASSERT_EQ(TypeParam::kIsFloat ? 32 : -7, bytes);
+    }
+    bytes = -7;
+    StatusOrder(TypeParam::kQuery, RoiSize{9, 4}, 3, &bytes)
+        .template fault<2>("null result", StatusNullPointer, nullptr)
+        .template fault<0>("width 0", StatusSizeError, RoiSize{0, 4})
+        .template fault<0>("height -1", StatusSizeError, RoiSize{9, -1})
+        .template fault<1>("no taps", StatusSizeError, 0)
+        .check([&] { return bytes == -7; });
+}
+
+}  // namespace

@@ -1,0 +1,326 @@
+// Row filters against their definition, one output at a time.
+#include "pipeline_support.h"
+#include "status_order.h"
+
+namespace {
+
+/** The pixel of a row that stands for the one at x, found by walking there; -1 is the constant. */
+int sourceOf(int32_t rule, int x, int width) {
+    if (x >= 0 && x < width)
+        return x;
+    switch (rule) {
+        case BorderConstant:
+            return -1;
+        case BorderReplicate:
+            return x < 0 ? 0 : width - 1;
+        case BorderPeriodic:
+            while (x < 0)
+                x += width;
+            while (x >= width)
+                x -= width;
+            return x;
+        default: {
+            // Step by step along the row, and back at its ends, where BorderReflectEdge waits for one step.
+            int at = x < 0 ? 0 : width - 1, direction = x < 0 ? 1 : -1;
+            int steps = x < 0 ? -x : x - (width - 1);
+            if (width == 1)
+                return 0;
+            if (rule == BorderReflectEdge)
+                --steps;
+            for (; steps > 0; --steps) {
+                const int next = at + direction;
+                if (next >= 0 && next < width) {
+                    at = next;
+                } else {
+                    direction = -direction;
+                    if (rule == BorderReflect)
+                        at += direction;
+                }
+            }
+            return at;
+        }
+    }
+}
+
+template <auto Filter, auto Query, bool kIsLow = false>
+struct Member;
+
+template <typename S, typename R, typename K, typename... Divisor,
+          Status (*Filter)(const S*, int32_t, R* const*, RoiSize, const K*, int32_t, int32_t, int32_t, S, Divisor...),
+          auto QueryFunction, bool kIsLow>
+struct Member<Filter, QueryFunction, kIsLow> {
+    using Source = S;
+    using Result = R;
+    using Tap = K;
+    static constexpr auto kFunction = Filter;
+    static constexpr auto kQuery = QueryFunction;
+    static constexpr bool kIsFloat = std::is_floating_point_v<S>;
+};
+
+template <typename M, int kChannelCount, bool kIsLow, int64_t kPerTap, int64_t kMore>
+struct Form : M {
+    using S = typename M::Source;
+    using R = typename M::Result;
+    using K = typename M::Tap;
+    static constexpr int kChannels = kChannelCount;
+
+    struct Parameters {
+        std::vector<K> kernel;
+        int32_t anchor, borderType;
+        S borderValue;
+        int32_t divisor;
+
+        int32_t size() const { return int32_t(kernel.size()); }
+    };
+
+    static int64_t bufferBytes(int64_t height, int64_t kernelSize) {
+        return ownGetNumThreads() *
+               (32 + int64_t(sizeof(void*)) * (height + kernelSize) + kPerTap * kernelSize + kMore);
+    }
+
+    static Status call(const TestImage<S>& source, R* const* rows, RoiSize roi, const Parameters& p, uint8_t* buffer) {
+        if constexpr (M::kIsFloat)
+            return M::kFunction(source.data(), source.step(), rows, roi, p.kernel.data(), p.size(), p.anchor,
+                                p.borderType, p.borderValue, buffer);
+        else
+            return M::kFunction(source.data(), source.step(), rows, roi, p.kernel.data(), p.size(), p.anchor,
+                                p.borderType, p.borderValue, p.divisor, buffer);
+    }
+
+    static R expected(const TestImage<S>& source, const Parameters& p, int x, int channel, int y) {
+        const int width = source.roi().width;
+        const auto pixel = [&](int32_t k) {
+            const int at = sourceOf(p.borderType, x + k - p.anchor, width);
+            return at < 0 ? p.borderValue : source.at(at * kChannels + channel, y);
+        };
+        if constexpr (M::kIsFloat) {
+            float sum = p.kernel[0] * pixel(0);
+            for (int32_t k = 1; k < p.size(); ++k)
+                sum += p.kernel[size_t(k)] * pixel(k);
+            return sum;
+        } else {
+            IntegerSum sum;
+            for (int32_t k = 0; k < p.size(); ++k)
+                sum.add(int64_t(p.kernel[size_t(k)]) * pixel(k));
+            const bool isInterior = x >= p.anchor && x <= width - p.size() + p.anchor;
+            const float r = 1.0f / float(p.divisor);
+            return rounded<R>(float(sum.value()) * r, isInterior || kIsLow);
+        }
+    }
+
+    /** Filters with a buffer of exactly the size that the query gives. */
+    static void check(const TestImage<S>& source, Layout layout, const Parameters& p) {
+        SCOPED_TRACE(::testing::Message()
+                     << source.roi().width << " x " << source.roi().height << ", " << layout << ", " << p.size()
+                     << " taps, anchor " << p.anchor << ", border " << p.borderType << ", divisor " << p.divisor);
+        const RoiSize roi = source.roi();
+        const TestImage<R> out(roi, layout, kChannels);
+        const auto rows = rowsOf<R*>(out);
+        int32_t bytes = 0;
+        ASSERT_EQ(StatusOk, M::kQuery(roi, p.size(), &bytes));
+        const ExactBuffer buffer(bytes);
+        ASSERT_EQ(StatusOk, call(source, rows.data(), roi, p, buffer.data()));
+        ASSERT_TRUE(buffer.isIntact());
+        const auto result = TestImage<R>::filled(
+            roi, {}, [&](int x, int y) { return expected(source, p, x / kChannels, x % kChannels, y); }, kChannels);
+        ASSERT_TRUE(samePixels(result, out));
+    }
+};
+
+template <auto Filter, auto Query, int kChannels, int64_t kPerTap, int64_t kMore, bool kIsLow = false>
+using Row = Form<Member<Filter, Query, kIsLow>, kChannels, kIsLow, kPerTap, kMore>;
+
+template <typename MemberType>
+class RowPipeline : public ::testing::Test {};
+using Members = ::testing::Types<
+    Row<&vekiFilterRowBorderPipeline_8u16s_C1R, &vekiFilterRowBorderPipelineGetBufferSize_8u16s_C1R, 1, 36, 112>,
+    Row<&vekiFilterRowBorderPipeline_8u16s_C3R, &vekiFilterRowBorderPipelineGetBufferSize_8u16s_C3R, 3, 60, 112>,
+    Row<&vekiFilterRowBorderPipeline_16s_C1R, &vekiFilterRowBorderPipelineGetBufferSize_16s_C1R, 1, 48, 80>,
+    Row<&vekiFilterRowBorderPipeline_16s_C3R, &vekiFilterRowBorderPipelineGetBufferSize_16s_C3R, 3, 40, 64>,
+    Row<&vekiFilterRowBorderPipeline_Low_16s_C1R, &vekiFilterRowBorderPipelineGetBufferSize_Low_16s_C1R, 1, 24, 64,
+        true>,
+    Row<&vekiFilterRowBorderPipeline_Low_16s_C3R, &vekiFilterRowBorderPipelineGetBufferSize_Low_16s_C3R, 3, 208, 64,
+        true>,
+    Row<&vekiFilterRowBorderPipeline_32f_C1R, &vekiFilterRowBorderPipelineGetBufferSize_32f_C1R, 1, 64, 80>,
+    Row<&vekiFilterRowBorderPipeline_32f_C3R, &vekiFilterRowBorderPipelineGetBufferSize_32f_C3R, 3, 192, 32>>;
+TYPED_TEST_SUITE(RowPipeline, Members);
+
+constexpr int32_t kDivisors[] = {1, -1, 3, 16, 256, -7, INT32_MIN};
+
+// Every size, layout and number of taps, with anchors, borders and divisors in turn.
+TYPED_TEST(RowPipeline, MatchesItsDefinition) {
+    using S = typename TypeParam::Source;
+    uint32_t turn = 0;
+    for (const RoiSize& roi : smallRegions())
+        for (const Layout& layout : kLayouts) {
+            const auto source = TestImage<S>::random(roi, layout, 1, TypeParam::kChannels);
+            for (const int32_t size : {1, 2, 3, 5, 7, 15, 31, 64}) {
+                ++turn;
+                TypeParam::check(source, layout,
+                                 {randomKernel<typename TypeParam::Tap>(size, turn, turn % 4 != 0),
+                                  int32_t(turn * 7 % uint32_t(size)), int32_t(turn % 5), S(200 - roi.width),
+                                  kDivisors[turn / 5 % 7]});
+                if (::testing::Test::HasFatalFailure())
+                    return;
+            }
+        }
+}
+
+// Every anchor, border and divisor, on rows that are narrower than the kernel, as wide, and wider.
+TYPED_TEST(RowPipeline, TakesEveryAnchorBorderAndDivisor) {
+    using S = typename TypeParam::Source;
+    for (const int32_t width : {1, 2, 3, 4, 5, 6, 7, 11, 40})
+        for (const int32_t size : {1, 2, 3, 4, 5, 7, 16}) {
+            const auto source = TestImage<S>::random({width, 2}, {}, 3, TypeParam::kChannels);
+            for (int32_t anchor = 0; anchor < size; ++anchor)
+                for (int32_t border = 0; border < 5; ++border)
+                    for (const int32_t divisor : kDivisors) {
+                        TypeParam::check(
+                            source, {Layout::kRowsByGuards, 0, 0},
+                            {randomKernel<typename TypeParam::Tap>(size, 5, true), anchor, border, S(77), divisor});
+                        if (::testing::Test::HasFatalFailure())
+                            return;
+                    }
+        }
+}
+
+// Halves on both sides of zero: the interior rounds to even, the edges towards zero.
+TYPED_TEST(RowPipeline, RoundsInteriorAndEdges) {
+    using S = typename TypeParam::Source;
+    for (const int32_t size : {2, 3, 5})
+        for (const int32_t sign : {1, -1}) {
+            const auto source = TestImage<S>::filled(
+                {45, 1}, {}, [](int x, int) { return S(x); }, TypeParam::kChannels);
+            std::vector<typename TypeParam::Tap> kernel(size_t(size), 0);
+            kernel[1] = typename TypeParam::Tap(sign);
+            TypeParam::check(source, {}, {kernel, 1, BorderReplicate, 0, 2});
+        }
+}
+
+// The largest products of all, which wrap, and those that saturate on either side.
+TYPED_TEST(RowPipeline, Saturates) {
+    using S = typename TypeParam::Source;
+    using K = typename TypeParam::Tap;
+    using Limits = std::numeric_limits<S>;
+    if constexpr (!TypeParam::kIsFloat)
+        for (const S value : {Limits::min(), Limits::max()})
+            for (const K tap : {K(-32768), K(32767)})
+                for (const int32_t size : {1, 2, 3, 4, 5, 7})
+                    for (const int32_t divisor : {1, -1, 2, -2, 32768, INT32_MAX}) {
+                        const auto source = TestImage<S>::filled(
+                            {41, 1}, {}, [=](int, int) { return value; }, TypeParam::kChannels);
+                        TypeParam::check(source, {},
+                                         {std::vector<K>(size_t(size), tap), size / 2, BorderConstant, value, divisor});
+                    }
+}
+
+TYPED_TEST(RowPipeline, IsTheSameInParallel) {
+    using S = typename TypeParam::Source;
+    for (const int threads : {1, 2, 3}) {
+        const ThreadCount count(threads);
+        for (const RoiSize& roi : regionsAround(32768 * threads)) {
+            const auto source = TestImage<S>::random(roi, {}, 2, TypeParam::kChannels);
+            TypeParam::check(source, {Layout::kAfterGuard, 1, 3},
+                             {randomKernel<typename TypeParam::Tap>(5, 1, true), 1, BorderReflect, 9, 3});
+        }
+        // Fewer rows than threads.
+        const auto flat = TestImage<S>::random({32768 * threads + 1, 1}, {}, 2, TypeParam::kChannels);
+        TypeParam::check(flat, {}, {randomKernel<typename TypeParam::Tap>(3, 1, true), 1, BorderPeriodic, 9, 3});
+    }
+}
+
+// Rows before the first null address are written, those behind it are not, with any number of threads.
+TYPED_TEST(RowPipeline, StopsAtANullRow) {
+    using S = typename TypeParam::Source;
+    using R = typename TypeParam::Result;
+    for (const RoiSize roi : {RoiSize{20, 6}, RoiSize{1024, 32 * ownGetNumThreads() + 5}})
+        for (const int32_t null : {0, 1, roi.height / 2, roi.height - 1}) {
+            const auto source = TestImage<S>::random(roi, {}, 2, TypeParam::kChannels);
+            const typename TypeParam::Parameters p{randomKernel<typename TypeParam::Tap>(3, 1, true), 1, BorderReflect,
+                                                   9, 3};
+            const auto out = TestImage<R>::random(roi, {}, 7, TypeParam::kChannels);
+            const auto before = out.copy({});
+            auto rows = rowsOf<R*>(out);
+            rows[size_t(null)] = nullptr;
+            rows.back() = null + 2 < roi.height ? nullptr : rows.back();
+            const ExactBuffer buffer(int32_t(TypeParam::bufferBytes(roi.height, 3)));
+            ASSERT_EQ(StatusNullPointer, TypeParam::call(source, rows.data(), roi, p, buffer.data()));
+            const auto expected = TestImage<R>::filled(
+                roi, {},
+                [&](int x, int y) {
+                    return y < null
+                               ? TypeParam::expected(source, p, x / TypeParam::kChannels, x % TypeParam::kChannels, y)
+                               : before.at(x, y);
+                },
+                TypeParam::kChannels);
+            ASSERT_TRUE(samePixels(expected, out));
+        }
+}
+
+TYPED_TEST(RowPipeline, ReportsTheFirstFault) {
+    using S = typename TypeParam::Source;
+    using R = typename TypeParam::Result;
+    using K = typename TypeParam::Tap;
+    const RoiSize roi{9, 4};
+    const TestImage<S> source(roi, {}, TypeParam::kChannels);
+    const auto out = TestImage<R>::random(roi, {}, 1, TypeParam::kChannels);
+    const auto before = out.copy({});
+    const auto rows = rowsOf<R*>(out);
+    const K kernel[3] = {1, 2, 1};
+    const ExactBuffer buffer(int32_t(TypeParam::bufferBytes(4, 3)));
+    constexpr int32_t kRowBytes = 9 * TypeParam::kChannels * int32_t(sizeof(S));
+    const auto check = [&](auto order) {
+        order.template fault<0>("null source", StatusNullPointer, nullptr)
+            .template fault<2>("null rows", StatusNullPointer, nullptr)
+            .template fault<4>("null kernel", StatusNullPointer, nullptr)
+            .fault("null buffer", StatusNullPointer,
+                   [](auto& call) { std::get<std::tuple_size_v<std::decay_t<decltype(call)>> - 1>(call) = nullptr; })
+            .template fault<3>("width 0", StatusSizeError, RoiSize{0, 4})
+            .template fault<3>("height 0", StatusSizeError, RoiSize{9, 0})
+            .template fault<3>("height -1", StatusSizeError, RoiSize{9, -1})
+            .template fault<5>("no taps", StatusSizeError, 0)
+            .template fault<5>("kernel size -2147483648", StatusSizeError, INT32_MIN)
+            .template fault<6>("anchor -1", StatusAnchorError, -1)
+            .template fault<6>("anchor 3", StatusAnchorError, 3)
+            .template fault<3>("width 2147483647", StatusStepError, RoiSize{INT32_MAX, 4})
+            .template fault<1>("step short", StatusStepError, kRowBytes - int32_t(sizeof(S)))
+            .template fault<1>("step negative", StatusStepError, -kRowBytes);
+        if constexpr (sizeof(S) > 1)
+            order.template fault<1>("step odd", StatusStepNotMultiple, kRowBytes + int32_t(sizeof(S)) / 2);
+        for (const int32_t border : {-1, 5, 6, 16, 65, INT32_MAX})
+            order.template fault<7>("border " + std::to_string(border), StatusBadArgument, border);
+        if constexpr (!TypeParam::kIsFloat)
+            order.template fault<9>("divisor 0", StatusBadArgument, 0);
+        order.check([&] { return bool(samePixels(before, out)); });
+    };
+    if constexpr (TypeParam::kIsFloat)
+        check(StatusOrder(TypeParam::kFunction, source.data(), source.step(), rows.data(), roi, kernel, 3, 1,
+                          BorderReplicate, 0, buffer.data()));
+    else
+        check(StatusOrder(TypeParam::kFunction, source.data(), source.step(), rows.data(), roi, kernel, 3, 1,
+                          BorderReplicate, 0, 1, buffer.data()));
+}
+
+TYPED_TEST(RowPipeline, TellsTheSizeOfItsBuffer) {
+    int32_t bytes = -7;
+    for (const int threads : {1, 2, 5}) {
+        const ThreadCount count(threads);
+        for (const RoiSize roi : {RoiSize{1, 1}, RoiSize{640, 480}, RoiSize{INT32_MAX, 3}})
+            for (const int32_t size : {1, 3, 5, 31}) {
+                ASSERT_EQ(StatusOk, TypeParam::kQuery(roi, size, &bytes));
+                ASSERT_EQ(TypeParam::bufferBytes(roi.height, size), bytes);
+            }
+        bytes = -7;
+        for (const RoiSize roi : {RoiSize{1, 1}, RoiSize{1, INT32_MAX}})
+            ASSERT_EQ(StatusSizeError, TypeParam::kQuery(roi, INT32_MAX, &bytes));
+        ASSERT_EQ(-7, bytes);
+    }
+    StatusOrder(TypeParam::kQuery, RoiSize{9, 4}, 3, &bytes)
+        .template fault<2>("null result", StatusNullPointer, nullptr)
+        .template fault<0>("width 0", StatusSizeError, RoiSize{0, 4})
+        .template fault<0>("height -1", StatusSizeError, RoiSize{9, -1})
+        .template fault<1>("no taps", StatusSizeError, 0)
+        .check([&] { return bytes == -7; });
+}
+
+}  // namespace
