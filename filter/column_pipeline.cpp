@@ -50,7 +50,7 @@ HWY_NOINLINE void writeBlocks(const int16_t* const* rows, const float* coefficie
             };
 #pragma GCC unroll 8
             for (int32_t i = 0; i < kCount; ++i)
-                storeWords(d, narrowInterleaved(d, nearest(first[i]), nearest(second[i])), out + x + i * kLanes);
+                storeWords(d, hn::ReorderDemote2To(d, nearest(first[i]), nearest(second[i])), out + x + i * kLanes);
         },
         [](ptrdiff_t) {});
 }

@@ -8,20 +8,6 @@
 
 namespace VEKCV_VARIANT {
 
-/**
- * 16-bit lanes from those of 32 bits, saturated, of two vectors in the order in which interleaves of whole vectors,
- * block by block, make them of 16-bit lanes.
- */
-template <typename D, typename V>
-HWY_INLINE hn::Vec<D> narrowInterleaved(D d, V lower, V upper) {
-    if constexpr (hn::MaxLanes(D()) == 4) {
-        const hn::Half<D> half;
-        return hn::Combine(d, hn::DemoteTo(half, upper), hn::DemoteTo(half, lower));
-    } else {
-        return hn::ReorderDemote2To(d, lower, upper);
-    }
-}
-
 /** Two vectors whose pairs of lanes are the elements that two taps meet, for as many results as D has lanes. */
 template <typename D>
 struct PairVectors {
@@ -62,10 +48,10 @@ struct InterleavedPairs {
     }
     static HWY_INLINE uint32_t lastPair(uint16_t tap) { return tap; }
 
-    /** Sums, saturated, in the order of the results. */
+    /** Sums, saturated, in the order of the results: block by block, as interleaves of whole vectors have them. */
     template <typename D, typename V>
     HWY_INLINE static hn::Vec<D> narrow(D d, V first, V second) {
-        return narrowInterleaved(d, first, second);
+        return hn::ReorderDemote2To(d, first, second);
     }
 
   private:
@@ -98,8 +84,6 @@ struct NeighbourPairs {
     template <typename D, typename V>
     HWY_INLINE static hn::Vec<D> narrow(D d, V even, V odd) {
         const auto v = hn::ReorderDemote2To(d, even, odd);
-        if constexpr (hn::MaxLanes(D()) == 4)  // comes with the lanes of both in turn
-            return v;
         // A block has those of both one after the other.
         alignas(16) static constexpr uint8_t kInTurn[] = {0, 1, 8, 9, 2, 3, 10, 11, 4, 5, 12, 13, 6, 7, 14, 15};
         const hn::Repartition<uint8_t, D> bytes;

@@ -17,7 +17,7 @@ HWY_INLINE void forRest(D d, ptrdiff_t begin, ptrdiff_t x, ptrdiff_t end, const 
     if (end - begin >= kLanes)
         for (; x < end; x += kLanes)
             vectors(d, kOne, HWY_MIN(x, end - kLanes));
-    else if constexpr (kLanes > 4)
+    else if constexpr (kLanes * sizeof(hn::TFromD<D>) > 16)
         forRest(hn::Half<D>(), begin, x, end, vectors, element);
     else
         for (; x < end; ++x)
@@ -26,7 +26,7 @@ HWY_INLINE void forRest(D d, ptrdiff_t begin, ptrdiff_t x, ptrdiff_t end, const 
 
 /**
  * Computes every element of a run from begin to end at least once, and none outside of it: vectors(tag, count, x) so
- * many vectors from x on, element(x) a single one of a run that is too short for vectors of four. The last vector
+ * many vectors from x on, element(x) a single one of a run that is too short for a vector of 16 bytes. The last vector
  * computes some elements for the second time, so the run must not be read to compute it.
  */
 template <typename D, typename Vectors, typename Element>

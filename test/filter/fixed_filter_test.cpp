@@ -23,42 +23,48 @@ const Kernel kScharr{3, 10, 3}, kSum3{1, 1, 1}, kSum5{1, 1, 1, 1, 1};
 struct Pair {
     Kernel row, column;
 };
+/** One pair, by the number of taps. */
+std::vector<Pair> onePair(int taps, const Pair& small, const Pair& large) {
+    return std::vector<Pair>(1, taps == 3 ? small : large);
+}
+
 struct SobelHoriz {
-    static std::vector<Pair> pairs(int taps) { return {taps == 3 ? Pair{kSmooth3, kDown3} : Pair{kSmooth5, kDown5}}; }
+    static std::vector<Pair> pairs(int taps) { return onePair(taps, Pair{kSmooth3, kDown3}, Pair{kSmooth5, kDown5}); }
 };
 struct SobelVert {
-    static std::vector<Pair> pairs(int taps) { return {taps == 3 ? Pair{kLeft3, kSmooth3} : Pair{kLeft5, kSmooth5}}; }
+    static std::vector<Pair> pairs(int taps) { return onePair(taps, Pair{kLeft3, kSmooth3}, Pair{kLeft5, kSmooth5}); }
 };
 struct SobelNegVert {
-    static std::vector<Pair> pairs(int taps) { return {taps == 3 ? Pair{kDown3, kSmooth3} : Pair{kDown5, kSmooth5}}; }
+    static std::vector<Pair> pairs(int taps) { return onePair(taps, Pair{kDown3, kSmooth3}, Pair{kDown5, kSmooth5}); }
 };
 struct SobelHorizSecond {
     static std::vector<Pair> pairs(int taps) {
-        return {taps == 3 ? Pair{kSmooth3, kSecond3} : Pair{kSmooth5, kSecond5}};
+        return onePair(taps, Pair{kSmooth3, kSecond3}, Pair{kSmooth5, kSecond5});
     }
 };
 struct SobelVertSecond {
     static std::vector<Pair> pairs(int taps) {
-        return {taps == 3 ? Pair{kSecond3, kSmooth3} : Pair{kSecond5, kSmooth5}};
+        return onePair(taps, Pair{kSecond3, kSmooth3}, Pair{kSecond5, kSmooth5});
     }
 };
 struct SobelCross {
-    static std::vector<Pair> pairs(int taps) { return {taps == 3 ? Pair{kLeft3, kDown3} : Pair{kLeft5, kDown5}}; }
+    static std::vector<Pair> pairs(int taps) { return onePair(taps, Pair{kLeft3, kDown3}, Pair{kLeft5, kDown5}); }
 };
 struct ScharrHoriz {
-    static std::vector<Pair> pairs(int) { return {{kScharr, kDown3}}; }
+    static std::vector<Pair> pairs(int) { return std::vector<Pair>(1, Pair{kScharr, kDown3}); }
 };
 struct ScharrVert {
-    static std::vector<Pair> pairs(int) { return {{kDown3, kScharr}}; }
+    static std::vector<Pair> pairs(int) { return std::vector<Pair>(1, Pair{kDown3, kScharr}); }
 };
 struct Laplacian {
     static std::vector<Pair> pairs(int taps) {
-        return taps == 3 ? std::vector<Pair>{{kSmooth3, kSecond3}, {kSecond3, kSmooth3}}
-                         : std::vector<Pair>{{kSmooth5, kSecond5}, {kSecond5, kSmooth5}};
+        std::vector<Pair> both = SobelHorizSecond::pairs(taps);
+        both.push_back(SobelVertSecond::pairs(taps)[0]);
+        return both;
     }
 };
 struct Lowpass {
-    static std::vector<Pair> pairs(int taps) { return {taps == 3 ? Pair{kSum3, kSum3} : Pair{kSum5, kSum5}}; }
+    static std::vector<Pair> pairs(int taps) { return onePair(taps, Pair{kSum3, kSum3}, Pair{kSum5, kSum5}); }
 };
 
 /** A correlation of floats in the order of the header: pairs from outside in, then the middle. */
