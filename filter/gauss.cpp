@@ -118,7 +118,7 @@ Status gauss(const float* source, int32_t sourceStep, float* destination, int32_
                             .roi(roi)
                             .stepLengths(roi.width, in, out)
                             .require(kernelSize >= 3 && kernelSize % 2 == 1, StatusBadArgument)
-                            .require(rule >= BorderConstant && rule <= BorderReflectEdge, StatusBadArgument))
+                            .require(isBorderRule(rule), StatusBadArgument))
         return status;
     filter(in, out, roi, kernelSize, sigma, Border<float>::of(rule, borderValue), buffer);
     return StatusOk;

@@ -16,8 +16,7 @@ struct Border {
 
     static constexpr bool isValid(int32_t type) {
         const int32_t rule = type & 0xF;
-        return (rule <= BorderReflectEdge || rule == BorderInMemory) &&
-               ((type & 0xFFF0) == 0 || (type & kInMemory) != 0);
+        return (isBorderRule(rule) || rule == BorderInMemory) && ((type & 0xFFF0) == 0 || (type & kInMemory) != 0);
     }
     static constexpr Border of(int32_t type, T value) {
         const bool all = (type & 0xF) == BorderInMemory;
