@@ -3,8 +3,8 @@
 
 #include "check.h"
 #include "fixed_buffer.h"
+#include "image_border.h"
 #include "pixelwise.h"
-#include "separable.h"
 #include "taps.h"
 #include "work_buffer.h"
 
@@ -25,66 +25,125 @@ struct Separable {
     }
 };
 
-/** The rows of the ring, from the topmost one on, and how a row of the result follows from them. */
-template <typename Filter, typename Element, typename Result>
-struct ColumnRule {
-    const Element* rows[Filter::kParts][Filter::kTaps];
+/** A row of the ring: all parts of the filtered pixels, of which the first one is the result of the rule. */
+template <typename Filter, typename T>
+struct RowRule {
+    const T* pixels;  // under the first tap
+    Intermediate<T>* filtered[Filter::kParts];
+
+    template <typename D>
+    HWY_INLINE hn::Vec<D> operator()(D d, ptrdiff_t x) const {
+        hn::Vec<D> parts[Filter::kParts];
+        Filter::row(parts, [=, this](int32_t k) { return loadWidened(d, pixels + x + k); });
+        for (int32_t part = 1; part < Filter::kParts; ++part)
+            hn::StoreU(parts[part], d, filtered[part] + x);
+        return parts[0];
+    }
+
+    RowRule from(ptrdiff_t x, const T* pixelsThere) const {
+        RowRule rule = *this;
+        rule.pixels = pixelsThere;
+        for (auto& row : rule.filtered)
+            row += x;
+        return rule;
+    }
+};
+
+/**
+ * A row of the result: filters the bottom row of the window, keeps it in the ring, and takes the rows above from there.
+ */
+template <typename Filter, typename T, typename Result>
+struct WindowRule {
+    using Element = Intermediate<T>;
+
+    RowRule<Filter, T> bottom;
+    const Element* above[Filter::kParts][Filter::kTaps - 1];
 
     template <typename D>
     HWY_INLINE hn::Vec<D> operator()(D d, ptrdiff_t x) const {
         if constexpr (sizeof(Result) == sizeof(Element)) {
-            return Filter::column([=, this](int32_t part, int32_t k) { return hn::LoadU(d, rows[part][k] + x); });
+            return result(d, x);
         } else if constexpr (hn::MaxLanes(D()) > hn::MaxLanes(hn::ScalableTag<Element>())) {
             const hn::Half<D> half;
-            return hn::Combine(d, (*this)(half, x + ptrdiff_t{hn::MaxLanes(half)}), (*this)(half, x));
+            const auto lower = (*this)(half, x);
+            return hn::Combine(d, (*this)(half, x + ptrdiff_t{hn::MaxLanes(half)}), lower);
         } else {
-            const hn::Rebind<Element, D> wide;
-            return hn::DemoteTo(
-                d, Filter::column([=, this](int32_t part, int32_t k) { return hn::LoadU(wide, rows[part][k] + x); }));
+            return hn::DemoteTo(d, result(hn::Rebind<Element, D>(), x));
         }
+    }
+
+    WindowRule from(ptrdiff_t x, const T* pixelsThere) const {
+        WindowRule rule{bottom.from(x, pixelsThere), {}};
+        for (int32_t part = 0; part < Filter::kParts; ++part)
+            for (int32_t k = 0; k < Filter::kTaps - 1; ++k)
+                rule.above[part][k] = above[part][k] + x;
+        return rule;
+    }
+
+  private:
+    template <typename D>
+    HWY_INLINE hn::Vec<D> result(D d, ptrdiff_t x) const {
+        hn::Vec<D> parts[Filter::kParts];
+        parts[0] = bottom(d, x);
+        hn::StoreU(parts[0], d, bottom.filtered[0] + x);
+        if constexpr (Filter::kParts == 2)
+            parts[1] = hn::LoadU(d, bottom.filtered[1] + x);
+        return Filter::column([&](int32_t part, int32_t k) HWY_ATTR {
+            return k == Filter::kTaps - 1 ? parts[part] : hn::LoadU(d, above[part][k] + x);
+        });
     }
 };
 
+/** Writes a row of the result of a rule over the pixels of a row of rowFor. Those at its ends meet copies. */
+template <Stores kStores, int32_t kReach, typename T, typename Result, typename Rule>
+void writeExtended(Result* out, const T* row, int32_t width, const Border<T>& border, const T* constant,
+                   const Rule& rule) {
+    const auto writeEnd = [&](int32_t begin, int32_t end) {
+        T pixels[3 * kReach];
+        for (int32_t i = 0; i < end - begin + 2 * kReach; ++i) {
+            const int32_t x = begin - kReach + i;
+            pixels[i] = row != nullptr && x >= 0 && x < width ? row[x] : pixelBeside(row, width, border, x);
+        }
+        writeRest(hn::CappedTag<Result, 1>(), out + begin, 0, end - begin, rule.from(begin, pixels));
+    };
+    const int32_t left = HWY_MIN(kReach, width), right = HWY_MAX(left, width - kReach);
+    writeEnd(0, left);
+    if (left < right)
+        writeRow<kStores>(out + left, right - left, rule.from(left, row == nullptr ? constant : row));
+    if (right < width)
+        writeEnd(right, width);
+}
+
 /** Filters a stripe of rows, with a work buffer of a thread. */
-template <typename Filter, typename T, typename Result>
+template <typename Filter, Stores kStores, typename T, typename Result>
 void filterFixed(Image<const T> source, Image<Result> out, RoiSize roi, const Border<T>& border, int32_t first,
                  int32_t rows, uint8_t* memory) {
     constexpr int32_t kTaps = Filter::kTaps, kParts = Filter::kParts, kReach = kTaps / 2;
-    const hn::ScalableTag<Intermediate<T>> d;
-    constexpr auto kLanes = static_cast<ptrdiff_t>(hn::MaxLanes(hn::ScalableTag<Intermediate<T>>()));
-    // Whole vectors, beyond the end of the row too: what is there is filtered, but never used.
-    const ptrdiff_t padded = alignUp(ptrdiff_t{roi.width}, kLanes);
     Scratch scratch(memory);
-    T* const extended = scratch.take<T>(padded + 2 * kReach);
-    for (ptrdiff_t x = roi.width + 2 * kReach; x < padded + 2 * kReach; ++x)
-        extended[x] = 0;
+    T* const constant = scratch.take<T>(roi.width);
+    for (ptrdiff_t x = 0; x < roi.width; ++x)
+        constant[x] = border.value;
     Intermediate<T>* ring[kParts][kTaps];
     for (auto& part : ring)
         for (Intermediate<T>*& row : part)
-            row = scratch.take<Intermediate<T>>(padded);
+            row = scratch.take<Intermediate<T>>(roi.width);
 
-    const auto rowPass = [&](int32_t slot) {
-        for (ptrdiff_t x = 0; x < padded; x += kLanes) {
-            hn::Vec<decltype(d)> parts[kParts];
-            Filter::row(parts, [=](int32_t k) { return loadWidened(d, extended + x + k); });
-            for (int32_t part = 0; part < kParts; ++part)
-                hn::StoreU(parts[part], d, ring[part][slot] + x);
+    for (int32_t i = 0; i < rows + 2 * kReach; ++i) {
+        const int32_t y = first - kReach + i;
+        const T* const row = rowFor(source, roi, border, y);
+        WindowRule<Filter, T, Result> rule{};
+        for (int32_t part = 0; part < kParts; ++part) {
+            rule.bottom.filtered[part] = ring[part][i % kTaps];
+            for (int32_t k = 0; k < kTaps - 1; ++k)
+                rule.above[part][k] = ring[part][(i + 1 + k) % kTaps];
         }
-    };
-    const bool streams = reinterpret_cast<uintptr_t>(out.pixels) % sizeof(Result) == 0 &&
-                         fillsCache(roi.width, rows, sizeof(T) + sizeof(Result));
-    const auto columnPass = [&](int32_t y, int32_t topmost) {
-        ColumnRule<Filter, Intermediate<T>, Result> rule;
-        for (int32_t part = 0; part < kParts; ++part)
-            for (int32_t k = 0; k < kTaps; ++k)
-                rule.rows[part][k] = ring[part][topmost + k < kTaps ? topmost + k : topmost + k - kTaps];
-        if (streams)
-            writeRow<Stores::kStreaming>(out.row(y), roi.width, rule);
+        if (i < 2 * kReach)
+            writeExtended<Stores::kCached, kReach>(rule.bottom.filtered[0], row, roi.width, border, constant,
+                                                   rule.bottom);
         else
-            writeRow<Stores::kCached>(out.row(y), roi.width, rule);
-    };
-    filterStripe(source, roi, border, kReach, first, rows, extended, rowPass, columnPass);
-    if (streams)
+            writeExtended<kStores, kReach>(out.row(y - kReach), row, roi.width, border, constant, rule);
+    }
+    if (kStores == Stores::kStreaming)
         hwy::FlushStream();
 }
 
@@ -101,7 +160,12 @@ void filterImage(Image<const T> source, Image<Result> out, RoiSize roi, const Bo
                  int64_t bytesPerThread) {
     const WorkBuffer work(buffer, bytesPerThread);
     const auto filterRows = [=](int32_t thread, int32_t first, int32_t rows) {
-        filterFixed<Filter>(source, out, roi, border, first, rows, work.slice<uint8_t>(thread));
+        const bool canBeAligned = reinterpret_cast<uintptr_t>(out.pixels) % sizeof(Result) == 0;
+        auto* const memory = work.slice<uint8_t>(thread);
+        if (canBeAligned && fillsCache(roi.width, rows, sizeof(T) + sizeof(Result)))
+            filterFixed<Filter, Stores::kStreaming>(source, out, roi, border, first, rows, memory);
+        else
+            filterFixed<Filter, Stores::kCached>(source, out, roi, border, first, rows, memory);
     };
     if (isForFilterTeam(roi))
         runTeam(

@@ -3,9 +3,9 @@
 
 #include "bind.h"
 #include "check.h"
+#include "image_border.h"
 #include "pipeline_buffer.h"
 #include "pixelwise.h"
-#include "separable.h"
 #include "work_buffer.h"
 
 namespace VEKCV_VARIANT {
@@ -74,6 +74,39 @@ HWY_INLINE ptrdiff_t correlateRow(Taps taps, ptrdiff_t count, float* out, At at)
     return x;
 }
 
+/** Row y of an image, which may lie outside of it, with `reach` pixels before it and behind it. */
+void extendRow(Image<const float> image, RoiSize roi, const Border<float>& border, int32_t y, int32_t reach,
+               float* extended) {
+    const float* const row = rowFor(image, roi, border, y);
+    const ptrdiff_t width = roi.width;
+    for (int32_t x = -reach; x < 0; ++x)
+        extended[reach + x] = pixelBeside(row, roi.width, border, x);
+    if (row != nullptr)
+        __builtin_memcpy(extended + reach, row, static_cast<size_t>(width) * sizeof(float));
+    for (ptrdiff_t x = 0; row == nullptr && x < width; ++x)
+        extended[reach + x] = border.value;
+    for (int32_t i = 0; i < reach; ++i)
+        extended[reach + width + i] = pixelBeside(row, roi.width, border, roi.width + i);
+}
+
+/**
+ * Filters an image by rows, then by columns. rowPass(slot) filters the row in `extended` into a slot of the
+ * ring; columnPass(y, slot) makes row y of the result from all slots, of which that one holds the topmost row.
+ */
+template <typename RowPass, typename ColumnPass>
+void filterStripe(Image<const float> image, RoiSize roi, const Border<float>& border, int32_t reach, float* extended,
+                  RowPass rowPass, ColumnPass columnPass) {
+    const int32_t taps = 2 * reach + 1;
+    int32_t slot = 0;
+    for (int32_t i = 0; i < roi.height + 2 * reach; ++i) {
+        extendRow(image, roi, border, i - reach, reach, extended);
+        rowPass(slot);
+        slot = slot + 1 == taps ? 0 : slot + 1;
+        if (i >= 2 * reach)
+            columnPass(i - 2 * reach, slot);
+    }
+}
+
 void filter(Image<const float> source, Image<float> out, RoiSize roi, int32_t kernelSize, float sigma,
             const Border<float>& border, uint8_t* buffer) {
     const int32_t reach = kernelSize / 2;
@@ -105,7 +138,7 @@ void filter(Image<const float> source, Image<float> out, RoiSize roi, int32_t ke
             return result[0];
         });
     };
-    filterStripe(source, roi, border, reach, 0, roi.height, extended, rowPass, columnPass);
+    filterStripe(source, roi, border, reach, extended, rowPass, columnPass);
 }
 
 Status gauss(const float* source, int32_t sourceStep, float* destination, int32_t destinationStep, RoiSize roi,

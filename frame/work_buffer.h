@@ -39,4 +39,21 @@ class WorkBuffer {
     int64_t stride_;
 };
 
+/** A part of a buffer, for arrays that begin at multiples of a vector. */
+class Scratch {
+  public:
+    explicit Scratch(uint8_t* begin) : next_(begin) {}
+
+    template <typename T>
+    T* take(int64_t count) {
+        T* const array = reinterpret_cast<T*>(next_);
+        next_ += alignUp(count * int64_t{sizeof(T)}, kAlignment);
+        return array;
+    }
+
+  private:
+    static constexpr int64_t kAlignment = WorkBuffer::kAlignment;
+    uint8_t* next_;
+};
+
 }  // namespace VEKCV_VARIANT
