@@ -1,8 +1,6 @@
 // Sizes of the work buffers of the row and column filters.
 #pragma once
 
-#include <climits>
-
 #include "vekcv.h"
 #include "work_buffer.h"
 
@@ -76,14 +74,6 @@ int64_t columnPipelineBytes(RoiSize roi, int32_t kernelSize) {
         return 32;
     else
         return bytesOfAllThreads(columnPipelineThreadBytes<kChannels, kPrecision>(roi, kernelSize));
-}
-
-/** Writes the size of a buffer to a result; StatusSizeError where it does not fit. */
-inline Status writeBufferSize(int64_t bytes, int32_t* result) {
-    if (bytes > INT32_MAX)
-        return StatusSizeError;
-    *result = static_cast<int32_t>(bytes);
-    return StatusOk;
 }
 
 }  // namespace VEKCV_VARIANT

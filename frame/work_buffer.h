@@ -39,6 +39,14 @@ class WorkBuffer {
     int64_t stride_;
 };
 
+/** Writes the size of a buffer to a result; StatusSizeError where it does not fit. */
+inline Status writeBufferSize(int64_t bytes, int32_t* result) {
+    if (bytes > INT32_MAX)
+        return StatusSizeError;
+    *result = static_cast<int32_t>(bytes);
+    return StatusOk;
+}
+
 /** A part of a buffer, for arrays that begin at multiples of a vector. */
 class Scratch {
   public:

@@ -1505,6 +1505,61 @@ VEKCV_API Status VEKCV_CALL vekiGenSobelKernel_32f(float* kernel, int32_t kernel
                                                    int32_t sign);
 /** @} */
 
+/* ------------------------------------------------------------------------------------------------------------------ */
+/**
+ * @defgroup Canny Canny edge detector
+ * The edges of an image from its derivatives, by Canny, "A Computational Approach to Edge Detection" (1986): 255 where
+ * there is one, 0 elsewhere.
+ *
+ * The magnitude m of a pixel is |dx| + |dy|: of 16s saturated at 65535, of 32f rounded to float. Magnitudes below
+ * lowThreshold count as 0, and so do those outside of the image. A pixel with m != 0 remains a candidate where it is
+ * larger than its neighbours across the edge. With ax = |dx| and ay = |dy|, and the products rounded to float,
+ *
+ *     gradient           where                        candidate when
+ *     horizontal         ay < ax * 0.41421357f        left < m and right <= m
+ *     vertical           ax * 2.4142137f < ay         above < m and below <= m
+ *     falling diagonal   else, dx and dy of one sign  upper left < m and lower right < m
+ *     rising diagonal    else                         upper right < m and lower left < m
+ *
+ * so of two equal neighbours along a row or a column the left or upper one remains, and equal neighbours along a
+ * diagonal suppress each other. Signs are sign bits; 0 has that of a positive number. Candidates with m > highThreshold
+ * are edges, and so is every candidate that touches an edge, at one of its eight neighbours. A magnitude that is NaN is
+ * no edge, nor are those that would have to be larger than it.
+ *
+ * @param derivativeX, derivativeY   first pixel of the derivatives in x and in y, as vekiFilterSobelNegVertBorder and
+ *                                   vekiFilterSobelHorizBorder give them; the same sign of both is what matters
+ * @param destination     first pixel of the result; must not overlap the derivatives
+ * @param derivativeXStep, derivativeYStep, destinationStep   bytes from row to row
+ * @param roiSize         size of the images, at least 1 x 1
+ * @param lowThreshold    at least 0; 16s: the fraction is cut off
+ * @param highThreshold   at least lowThreshold; 16s: the fraction is cut off
+ * @param buffer          work buffer at any address, of the size that vekiCannyGetSize gives for the same region
+ * @param bufferSize      receives the bytes of the work buffer, which serves both types
+ *
+ * @retval StatusOk                the result was written
+ * @retval StatusNullPointer       an image or the buffer is null; of vekiCannyGetSize, bufferSize
+ * @retval StatusSizeError         width or height is below 1; of vekiCannyGetSize also that the size is above
+ *                                 2147483647
+ * @retval StatusStepError         a step is smaller than a row
+ * @retval StatusStepNotMultiple   the step of a derivative is not a multiple of 2 or 4
+ * @retval StatusBadArgument       lowThreshold is below 0 or above highThreshold, or a threshold is NaN
+ *
+ * The calling thread does all the work.
+ * @{
+ */
+/** work buffer of vekiCanny: 5 bytes for each pixel of the image and of its frame, 9 from 65533 columns or rows on */
+VEKCV_API Status VEKCV_CALL vekiCannyGetSize(RoiSize roiSize, int32_t* bufferSize);
+/** edges from derivatives */
+VEKCV_API Status VEKCV_CALL vekiCanny_16s8u_C1R(const int16_t* derivativeX, int32_t derivativeXStep,
+                                                const int16_t* derivativeY, int32_t derivativeYStep,
+                                                uint8_t* destination, int32_t destinationStep, RoiSize roiSize,
+                                                float lowThreshold, float highThreshold, uint8_t* buffer);
+VEKCV_API Status VEKCV_CALL vekiCanny_32f8u_C1R(const float* derivativeX, int32_t derivativeXStep,
+                                                const float* derivativeY, int32_t derivativeYStep, uint8_t* destination,
+                                                int32_t destinationStep, RoiSize roiSize, float lowThreshold,
+                                                float highThreshold, uint8_t* buffer);
+/** @} */
+
 #ifdef __cplusplus
 }
 #endif

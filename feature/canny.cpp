@@ -1,0 +1,316 @@
+// Canny edge detector.
+#include "bind.h"
+#include "check.h"
+#include "pixelwise.h"
+#include "work_buffer.h"
+
+namespace VEKCV_VARIANT {
+namespace {
+
+/** Of a byte of the map: what a pixel is. An edge is what has the lowest bit set. */
+constexpr uint8_t kCandidate = 0x80, kEdge = 0xFF;
+
+/** tan(pi / 8) and tan(3 * pi / 8), between which a gradient is diagonal. */
+constexpr float kFlat = 0.41421357F, kSteep = 2.4142137F;
+
+/** How magnitudes of derivatives of T are stored: those of 16 bits 32768 lower, so that they compare as signed ones. */
+template <typename T>
+struct Magnitudes;
+
+template <>
+struct Magnitudes<float> {
+    using Element = float;
+    static constexpr float kNone = 0;
+
+    float low, high;
+
+    Magnitudes(float lowThreshold, float highThreshold) : low(lowThreshold), high(highThreshold) {}
+
+    template <typename D>
+    HWY_INLINE static hn::Vec<D> of(D /*d*/, hn::Vec<D> dx, hn::Vec<D> dy) {
+        return hn::Add(hn::Abs(dx), hn::Abs(dy));
+    }
+};
+
+template <>
+struct Magnitudes<int16_t> {
+    using Element = int16_t;
+    static constexpr int16_t kNone = -32768;
+
+    int16_t low, high;
+
+    /** There is no magnitude above 65535: as the high threshold it leaves no edge, whatever the low one is. */
+    Magnitudes(float lowThreshold, float highThreshold) : low(stored(lowThreshold)), high(stored(highThreshold)) {}
+
+    template <typename D>
+    HWY_INLINE static hn::Vec<D> of(D d, hn::Vec<D> dx, hn::Vec<D> dy) {
+        const hn::RebindToUnsigned<D> magnitudes;
+        const auto sum = hn::SaturatedAdd(hn::BitCast(magnitudes, hn::Abs(dx)), hn::BitCast(magnitudes, hn::Abs(dy)));
+        return hn::BitCast(d, hn::Xor(sum, hn::Set(magnitudes, 0x8000)));
+    }
+
+  private:
+    static int16_t stored(float threshold) {
+        return static_cast<int16_t>((threshold < 65535.0F ? static_cast<int32_t>(threshold) : 65535) - 32768);
+    }
+};
+
+/** Gradients within 22.5 degrees of the row, and within that of the column. */
+template <typename D>
+struct Directions {
+    hn::Mask<D> horizontal, vertical;
+};
+
+template <typename D>
+HWY_INLINE Directions<D> directionsOf(D d, hn::Vec<D> dx, hn::Vec<D> dy) {
+    if constexpr (hwy::IsFloat<hn::TFromD<D>>()) {
+        const auto ax = hn::Abs(dx), ay = hn::Abs(dy);
+        return {hn::Lt(ay, hn::Mul(ax, hn::Set(d, kFlat))), hn::Lt(hn::Mul(ax, hn::Set(d, kSteep)), ay)};
+    } else if constexpr (hn::MaxLanes(D()) < hn::MaxLanes(hn::ScalableTag<int16_t>())) {
+        const hn::Rebind<int32_t, D> wide;
+        const hn::Rebind<float, D> floats;
+        const auto of = directionsOf(floats, hn::ConvertTo(floats, hn::PromoteTo(wide, dx)),
+                                     hn::ConvertTo(floats, hn::PromoteTo(wide, dy)));
+        const auto narrow = [=](auto mask) HWY_ATTR {
+            return hn::MaskFromVec(hn::DemoteTo(d, hn::BitCast(wide, hn::VecFromMask(floats, mask))));
+        };
+        return {narrow(of.horizontal), narrow(of.vertical)};
+    } else {
+        const hn::Half<D> half;
+        const auto lower = directionsOf(half, hn::LowerHalf(half, dx), hn::LowerHalf(half, dy));
+        const auto upper = directionsOf(half, hn::UpperHalf(half, dx), hn::UpperHalf(half, dy));
+        const auto join = [=](auto upperMask, auto lowerMask) HWY_ATTR {
+            return hn::MaskFromVec(hn::Combine(d, hn::VecFromMask(half, upperMask), hn::VecFromMask(half, lowerMask)));
+        };
+        return {join(upper.horizontal, lower.horizontal), join(upper.vertical, lower.vertical)};
+    }
+}
+
+/** A row of the map: candidates and edges among the pixels of a row, from the magnitudes in and around it. */
+template <typename T>
+struct MapRule {
+    using Element = typename Magnitudes<T>::Element;
+
+    const Element *above, *here, *below;  // from the one left of the row on
+    const T *dx, *dy;
+    Element high;
+
+    template <typename Bytes>
+    HWY_INLINE hn::Vec<Bytes> operator()(Bytes bytes, ptrdiff_t x) const {
+        if constexpr (hn::MaxLanes(Bytes()) > hn::MaxLanes(hn::ScalableTag<T>())) {
+            const hn::Half<Bytes> half;
+            const auto lower = (*this)(half, x);
+            return hn::Combine(bytes, (*this)(half, x + ptrdiff_t{hn::MaxLanes(half)}), lower);
+        } else {
+            return classify(bytes, hn::Rebind<T, Bytes>(), x);
+        }
+    }
+
+  private:
+    template <typename Bytes, typename D>
+    HWY_INLINE hn::Vec<Bytes> classify(Bytes bytes, D d, ptrdiff_t x) const {
+        const auto m = hn::LoadU(d, here + x + 1), none = hn::Set(d, Magnitudes<T>::kNone);
+        const auto isNone = hn::Eq(m, none);
+        if (hn::AllTrue(d, isNone))
+            return hn::Zero(bytes);
+
+        const hn::RebindToSigned<D> integers;
+        const auto isBelow = [=](const Element* neighbours)
+                                 HWY_ATTR { return hn::Lt(hn::LoadU(d, neighbours + x), m); };
+        const auto isNotAbove = [=](const Element* neighbours) HWY_ATTR {
+            const auto neighbour = hn::LoadU(d, neighbours + x);
+            if constexpr (hwy::IsFloat<T>())
+                return hn::Le(neighbour, m);  // not so for NaN
+            else
+                return hn::Not(hn::Lt(m, neighbour));
+        };
+        const auto gradientX = hn::LoadU(d, dx + x), gradientY = hn::LoadU(d, dy + x);
+        const auto directions = directionsOf(d, gradientX, gradientY);
+        const auto signs = hn::BitCast(integers, hn::Xor(gradientX, gradientY));
+        const auto hasTwoSigns = hn::RebindMask(d, hn::Lt(signs, hn::Zero(integers)));
+        const auto onRow = hn::And(isBelow(here), isNotAbove(here + 2));
+        const auto onColumn = hn::And(isBelow(above + 1), isNotAbove(below + 1));
+        const auto falling = hn::And(isBelow(above), isBelow(below + 2));
+        const auto rising = hn::And(isBelow(above + 2), isBelow(below));
+        const auto onDiagonal = hn::Or(hn::And(hasTwoSigns, rising), hn::AndNot(hasTwoSigns, falling));
+        const auto isLargest = hn::Or(
+            hn::And(directions.horizontal, onRow),
+            hn::AndNot(directions.horizontal,
+                       hn::Or(hn::And(directions.vertical, onColumn), hn::AndNot(directions.vertical, onDiagonal))));
+        const auto isCandidate = hn::AndNot(isNone, isLargest);
+        const auto isEdge = hn::And(isCandidate, hn::Lt(hn::Set(d, high), m));
+
+        const auto value = [=](auto mask, uint8_t byte) HWY_ATTR {
+            return hn::And(hn::BitCast(integers, hn::VecFromMask(d, mask)), hn::Set(integers, byte));
+        };
+        return hn::DemoteTo(bytes, hn::Or(value(isCandidate, kCandidate), value(isEdge, kEdge)));
+    }
+};
+
+/**
+ * The map of candidates and edges, with a frame of one pixel, and a stack of the places of pixels that became edges
+ * and whose neighbours are still to be visited. Places have as many bits as the size of the map needs.
+ */
+template <typename Place>
+class EdgeMap {
+  public:
+    EdgeMap(uint8_t* map, RoiSize roi, Place* stack) : map_(map), pitch_(ptrdiff_t{roi.width} + 2), stack_(stack) {
+        clear(-1);
+        clear(roi.height);
+        for (ptrdiff_t y = 0; y < roi.height; ++y)
+            row(y)[-1] = row(y)[roi.width] = 0;
+    }
+
+    uint8_t* row(ptrdiff_t y) const { return map_ + (y + 1) * pitch_ + 1; }
+
+    /** Makes edges of the candidates of a row that touch one. The rows above and below must be there. */
+    void touchRow(ptrdiff_t y, ptrdiff_t width) {
+        ptrdiff_t x = 0;
+        touchVectors(hn::ScalableTag<uint8_t>(), row(y), x, width);
+    }
+
+    /** Makes edges of all candidates that are connected with those of touchRow. */
+    void followEdges() {
+        const ptrdiff_t neighbours[] = {-pitch_ - 1, -pitch_, -pitch_ + 1, -1, 1, pitch_ - 1, pitch_, pitch_ + 1};
+        while (depth_ != 0) {
+            uint8_t* const pixel = map_ + stack_[--depth_];
+            for (const ptrdiff_t neighbour : neighbours)
+                if (pixel[neighbour] == kCandidate)
+                    makeEdge(pixel + neighbour);
+        }
+    }
+
+  private:
+    void clear(ptrdiff_t y) {
+        for (ptrdiff_t x = -1; x < pitch_ - 1; ++x)
+            row(y)[x] = 0;
+    }
+
+    void makeEdge(uint8_t* pixel) {
+        *pixel = kEdge;
+        stack_[depth_++] = static_cast<Place>(pixel - map_);
+    }
+
+    template <typename D>
+    HWY_INLINE void touchVectors(D d, uint8_t* pixels, ptrdiff_t x, ptrdiff_t end) {
+        constexpr auto kLanes = static_cast<ptrdiff_t>(hn::MaxLanes(D()));
+        for (; x + kLanes <= end; x += kLanes) {
+            const auto isCandidate = hn::Eq(hn::LoadU(d, pixels + x), hn::Set(d, kCandidate));
+            if (!hn::AllFalse(d, isCandidate))
+                touchVector(d, pixels + x, isCandidate);
+        }
+        if constexpr (kLanes > 1)
+            touchVectors(hn::Half<D>(), pixels, x, end);
+    }
+
+    template <typename D>
+    HWY_INLINE void touchVector(D d, uint8_t* pixels, hn::Mask<D> isCandidate) {
+        const auto inRow = [=](const uint8_t* there)
+                               HWY_ATTR { return hn::Or(hn::LoadU(d, there - 1), hn::LoadU(d, there + 1)); };
+        const auto inRows = [=](const uint8_t* there) HWY_ATTR { return hn::Or(inRow(there), hn::LoadU(d, there)); };
+        const auto around = hn::Or(inRow(pixels), hn::Or(inRows(pixels - pitch_), inRows(pixels + pitch_)));
+        const auto touches = hn::And(isCandidate, hn::TestBit(around, hn::Set(d, uint8_t{1})));
+        if (hn::AllFalse(d, touches))
+            return;
+        uint64_t bits = 0;
+        hn::StoreMaskBits(d, touches, reinterpret_cast<uint8_t*>(&bits));
+        for (; bits != 0; bits &= bits - 1)
+            makeEdge(pixels + __builtin_ctzll(bits));
+    }
+
+    uint8_t* map_;
+    ptrdiff_t pitch_;
+    Place* stack_;
+    size_t depth_ = 0;
+};
+
+/** Whether places in the map of an image need more than 32 bits, for which its buffer has room then. */
+constexpr bool isWide(RoiSize roi) {
+    return roi.width >= 65533 || roi.height >= 65533;
+}
+
+int64_t bufferBytes(RoiSize roi) {
+    const int64_t mapBytes = (int64_t{roi.width} + 2) * (int64_t{roi.height} + 2);
+    return mapBytes * (isWide(roi) ? 9 : 5) + 16 * int64_t{roi.width} + 160;
+}
+
+template <typename Place, typename T>
+void findEdges(Image<const T> derivativeX, Image<const T> derivativeY, Image<uint8_t> out, RoiSize roi,
+               Magnitudes<T> thresholds, uint8_t* buffer) {
+    using Element = typename Magnitudes<T>::Element;
+    Scratch scratch(WorkBuffer(buffer, bufferBytes(roi)).slice<uint8_t>(0));
+    const ptrdiff_t width = roi.width, pitch = width + 2;
+    auto* const map = scratch.take<uint8_t>(pitch * (ptrdiff_t{roi.height} + 2));
+    Element* window[3];
+    auto* const magnitudes = scratch.take<Element>(3 * pitch);
+    for (ptrdiff_t i = 0; i < 3 * pitch; ++i)
+        magnitudes[i] = Magnitudes<T>::kNone;
+    for (ptrdiff_t i = 0; i < 3; ++i)
+        window[i] = magnitudes + i * pitch;
+    EdgeMap<Place> edges(map, roi, scratch.take<Place>(0));
+
+    const auto writeMagnitudes = [&](Element* row, ptrdiff_t y) {
+        const T *const dx = derivativeX.row(y), *const dy = derivativeY.row(y);
+        writeRow<Stores::kCached>(row + 1, width, [=](auto d, ptrdiff_t x) HWY_ATTR {
+            const auto m = Magnitudes<T>::of(d, hn::LoadU(d, dx + x), hn::LoadU(d, dy + x));
+            return hn::IfThenElse(hn::Lt(m, hn::Set(d, thresholds.low)), hn::Set(d, Magnitudes<T>::kNone), m);
+        });
+    };
+    writeMagnitudes(window[1], 0);
+    for (ptrdiff_t y = 0; y < roi.height; ++y) {
+        if (y + 1 < roi.height) {
+            writeMagnitudes(window[2], y + 1);
+        } else {
+            for (ptrdiff_t x = 0; x < width; ++x)
+                window[2][x + 1] = Magnitudes<T>::kNone;
+        }
+        const MapRule<T> rule{window[0], window[1], window[2], derivativeX.row(y), derivativeY.row(y), thresholds.high};
+        writeRow<Stores::kCached>(edges.row(y), width, rule);
+        if (y > 0)
+            edges.touchRow(y - 1, width);
+        Element* const top = window[0];
+        window[0] = window[1];
+        window[1] = window[2];
+        window[2] = top;
+    }
+    edges.touchRow(roi.height - 1, width);
+    edges.followEdges();
+
+    for (ptrdiff_t y = 0; y < roi.height; ++y)
+        writeRow<Stores::kCached>(out.row(y), width, [&, row = edges.row(y)](auto d, ptrdiff_t x) HWY_ATTR {
+            return hn::VecFromMask(d, hn::Eq(hn::LoadU(d, row + x), hn::Set(d, kEdge)));
+        });
+}
+
+template <typename T>
+Status canny(const T* derivativeX, int32_t derivativeXStep, const T* derivativeY, int32_t derivativeYStep,
+             uint8_t* destination, int32_t destinationStep, RoiSize roi, float lowThreshold, float highThreshold,
+             uint8_t* buffer) {
+    const Image<const T> dx{derivativeX, derivativeXStep}, dy{derivativeY, derivativeYStep};
+    const Image<uint8_t> out{destination, destinationStep};
+    if (Status status = Check()
+                            .pointers(dx, dy, out, buffer)
+                            .roi(roi)
+                            .steps(roi.width, dx, dy, out)
+                            .require(lowThreshold >= 0 && lowThreshold <= highThreshold, StatusBadArgument))
+        return status;
+    const Magnitudes<T> thresholds(lowThreshold, highThreshold);
+    if (isWide(roi))
+        findEdges<uint64_t>(dx, dy, out, roi, thresholds, buffer);
+    else
+        findEdges<uint32_t>(dx, dy, out, roi, thresholds, buffer);
+    return StatusOk;
+}
+
+Status cannySize(RoiSize roi, int32_t* bufferSize) {
+    if (Status status = Check().pointers(bufferSize).roi(roi))
+        return status;
+    return writeBufferSize(bufferBytes(roi), bufferSize);
+}
+
+}  // namespace
+
+VEKCV_BIND(vekiCannyGetSize, cannySize);
+VEKCV_BIND(vekiCanny_16s8u_C1R, canny);
+VEKCV_BIND(vekiCanny_32f8u_C1R, canny);
+}  // namespace VEKCV_VARIANT
