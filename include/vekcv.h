@@ -1560,6 +1560,172 @@ VEKCV_API Status VEKCV_CALL vekiCanny_32f8u_C1R(const float* derivativeX, int32_
                                                 float highThreshold, uint8_t* buffer);
 /** @} */
 
+/* ------------------------------------------------------------------------------------------------------------------ */
+/**
+ * @defgroup HaarClassifier Haar classifiers
+ * Stages of a cascade of Haar-like features, by Viola and Jones, "Rapid Object Detection using a Boosted Cascade of
+ * Simple Features" (2001), with the tilted features of Lienhart and Maydt, "An Extended Set of Haar-like Features for
+ * Rapid Object Detection" (2002). One call evaluates one stage at every position of a window in an image. Calling stage
+ * after stage with the same mask is a cascade: positions that fail are cleared, and the next stage leaves them out.
+ *
+ * A feature is one or more weighted rectangles of the window, a threshold and two values. With the norm n of a position
+ * (its standard deviation, from vekiRectStdDev) and the sums of pixels in the rectangles from an integral image,
+ *
+ *     response = sum over the rectangles of weight * (I(A) - I(B) - I(C) + I(D))
+ *     sum     += threshold * n > response ? valueBelow : valueAbove
+ *
+ * and a position passes a stage when its sum over all features is not below stageThreshold. I(p) is element
+ * (x + p.x, y + p.y) of the integral image for the window at (x, y). The corners of a rectangle (x, y, w, h) are
+ *
+ *     upright    A (x + w, y + h)          B (x, y + h)       C (x + w, y)       D (x, y)
+ *     tilted     A (x + w - h, y + w + h)  B (x - h, y + h)   C (x + w, y + w)   D (x, y)
+ *
+ * the tilted one being a rectangle that begins at D and runs w pixels down to the right and h pixels down to the left.
+ *
+ * Building. The InitAlloc functions copy the features into one block of memory. Upright classifiers keep them in the
+ * order of their numbers of rectangles: those of two, those of three, then all others, each in the order in which they
+ * were given; tilted ones keep the given order. The values are added in that order. The block is released by
+ * vekiHaarClassifierFree, of either type. A classifier of floats goes with the 32f and 32s32f functions, one of
+ * integers with the 32s functions.
+ *
+ * Tilting. vekiTiltHaarFeatures makes chosen features of an upright classifier tilted ones, once: features are chosen
+ * by the index at which they were given. From their upright corners (x, y, w, h), with tiltOrientation other than 0 and
+ * with 0,
+ *
+ *     32f, not 0   A (x + w - h, y + w + h)  B (x - h, y + h)      C (x + w, y + w)      D (x, y)
+ *     32f, 0       A (x, y + h)              B (x - h, y)          C (x + w, y + h - w)  D (x + w - h, y - w)
+ *     32s, not 0   A (x, y + 2 * w)          B (x - w, y + w)      C (x + w, y + w)      D (x, y)
+ *     32s, 0       A (x, y + h)              B (x - w, y + h - w)  C (x + w, y + h - w)  D (x, y + h - 2 * w)
+ *
+ * so those of integers become squares of side w. The vekiApplyMixedHaarClassifier functions read tilted features from
+ * the tilted integral image, one row below and one column to the right: element (x + 1 + p.x, y + 1 + p.y), and upright
+ * ones from the integral image. The vekiApplyHaarClassifier functions read all of them from the integral image.
+ *
+ * Arithmetic. The sums of rectangles, responses, and sums of values are
+ *
+ *                rectangle                              response                              sum of values
+ *     32f        float, ((A - B) - C) + D               float                                 float
+ *     32s32f     32-bit integer, wraps, made a float    float                                 float
+ *     32s        32-bit integer, wraps                  32-bit integer, wraps                 32-bit integer, wraps
+ *     mixed 32s  32-bit integer, wraps                  64-bit integer of products that wrap  32-bit integer, wraps
+ *                                                       to 32 bits, times 2^-scaleFactor
+ *
+ * Floats are multiplied and added in the order in which the features were given, each operation rounded to float, and
+ * threshold * n > response is compared in float. Of 32s, threshold * n wraps to 32 bits; of mixed 32s it has 64 bits.
+ * The mixed 32s response wraps to 64 bits; with a scale factor of -64 and less it is 0. The plain 32s function ignores
+ * scaleFactor.
+ *
+ * vekiApplyHaarClassifier_32f_C1R takes the number of positions that are set in *positiveCount, as the stage before
+ * left it: with 0 it returns at once and leaves the mask as it is; else the number has no effect on the result. Where
+ * the first weight of every feature, without its fraction, is -1, it takes -1 for the first weight of features of two
+ * and three rectangles, and the given weight for all others. All other functions take the weights as they were given.
+ *
+ * @param state             receives the new classifier; or a classifier
+ * @param rectangles        the rectangles of feature 0, those of feature 1, and so on
+ * @param weights           the weight of each rectangle
+ * @param thresholds, valuesBelow, valuesAbove   of each feature
+ * @param rectangleCounts   the number of rectangles of each feature, at least 1
+ * @param featureCount      number of features, which may be 0; there must be a first rectangle even then
+ * @param windowSize        receives the size of the window: the largest C.x and the largest A.y of all rectangles, at
+ *                          least 0; 0 x 0 without features
+ * @param featureMask       a byte for each feature, in the order in which they were given; not 0 tilts the feature
+ * @param tiltOrientation   see above
+ * @param integral          element of the integral image at the first window position
+ * @param tiltedIntegral    element of the tilted integral image at the first window position
+ * @param norm              norm of the first window position
+ * @param mask              mask of the first window position: positions with 0 are left out and stay 0, those that fail
+ *                          become 0, those that pass keep their value
+ * @param integralStep, tiltedIntegralStep, normStep, maskStep   bytes from row to row
+ * @param roiSize           number of window positions, at least 1 x 1. The integral images go on beyond them, to the
+ *                          right and below by the size of the window, and, for tilted rectangles, to the left
+ * @param positiveCount     receives the number of positions that passed
+ * @param stageThreshold    the least sum of values that passes
+ * @param scaleFactor       of mixed 32s, not above 0: responses are multiplied by 2^-scaleFactor
+ *
+ * @retval StatusOk                 success
+ * @retval StatusNullPointer        a pointer is null
+ * @retval StatusSizeError          width or height is below 1; featureCount is below 0, or a rectangle count is below 1
+ * @retval StatusStepError          a step is smaller than a row of the window positions
+ * @retval StatusStepNotMultiple    the step of an integral image or of the norms is not a multiple of 4
+ * @retval StatusBadArgument        a rectangle has a negative corner or no pixel, or, of tilted classifiers, x + 1 < h;
+ *                                  upright classifiers of floats leave *state as it was then, all others make it null.
+ *                                  Of vekiTiltHaarFeatures: the classifier has tilted features already. Of mixed 32s:
+ *                                  scaleFactor is above 0
+ * @retval StatusMemoryAllocation   there is no memory for the classifier; or, of vekiApplyHaarClassifier, for 40 bytes
+ *                                  (20 in 32-bit builds) for each rectangle, which it needs while it runs.
+ *                                  vekiApplyMixedHaarClassifier needs none
+ *
+ * The calling thread does all the work. Any number of threads may apply a classifier at once, but not while it is
+ * tilted or released.
+ * @{
+ */
+/** Haar-like features, their thresholds and values */
+typedef struct HaarClassifier HaarClassifier;
+
+/** builds a classifier of upright features */
+VEKCV_API Status VEKCV_CALL vekiHaarClassifierInitAlloc_32f(HaarClassifier** state, const ImageRect* rectangles,
+                                                            const float* weights, const float* thresholds,
+                                                            const float* valuesBelow, const float* valuesAbove,
+                                                            const int32_t* rectangleCounts, int32_t featureCount);
+VEKCV_API Status VEKCV_CALL vekiHaarClassifierInitAlloc_32s(HaarClassifier** state, const ImageRect* rectangles,
+                                                            const int32_t* weights, const int32_t* thresholds,
+                                                            const int32_t* valuesBelow, const int32_t* valuesAbove,
+                                                            const int32_t* rectangleCounts, int32_t featureCount);
+/** builds a classifier of tilted features */
+VEKCV_API Status VEKCV_CALL vekiTiltedHaarClassifierInitAlloc_32f(HaarClassifier** state, const ImageRect* rectangles,
+                                                                  const float* weights, const float* thresholds,
+                                                                  const float* valuesBelow, const float* valuesAbove,
+                                                                  const int32_t* rectangleCounts, int32_t featureCount);
+VEKCV_API Status VEKCV_CALL vekiTiltedHaarClassifierInitAlloc_32s(HaarClassifier** state, const ImageRect* rectangles,
+                                                                  const int32_t* weights, const int32_t* thresholds,
+                                                                  const int32_t* valuesBelow,
+                                                                  const int32_t* valuesAbove,
+                                                                  const int32_t* rectangleCounts, int32_t featureCount);
+/** releases a classifier */
+VEKCV_API Status VEKCV_CALL vekiHaarClassifierFree_32f(HaarClassifier* state);
+VEKCV_API Status VEKCV_CALL vekiHaarClassifierFree_32s(HaarClassifier* state);
+/** size of the window of a classifier */
+VEKCV_API Status VEKCV_CALL vekiGetHaarClassifierSize_32f(const HaarClassifier* state, RoiSize* windowSize);
+VEKCV_API Status VEKCV_CALL vekiGetHaarClassifierSize_32s(const HaarClassifier* state, RoiSize* windowSize);
+/** tilts features of an upright classifier */
+VEKCV_API Status VEKCV_CALL vekiTiltHaarFeatures_32f(const uint8_t* featureMask, int32_t tiltOrientation,
+                                                     HaarClassifier* state);
+VEKCV_API Status VEKCV_CALL vekiTiltHaarFeatures_32s(const uint8_t* featureMask, int32_t tiltOrientation,
+                                                     HaarClassifier* state);
+/** evaluates a stage at all positions of its window */
+VEKCV_API Status VEKCV_CALL vekiApplyHaarClassifier_32f_C1R(const float* integral, int32_t integralStep,
+                                                            const float* norm, int32_t normStep, uint8_t* mask,
+                                                            int32_t maskStep, RoiSize roiSize, int32_t* positiveCount,
+                                                            float stageThreshold, const HaarClassifier* state);
+VEKCV_API Status VEKCV_CALL vekiApplyHaarClassifier_32s32f_C1R(const int32_t* integral, int32_t integralStep,
+                                                               const float* norm, int32_t normStep, uint8_t* mask,
+                                                               int32_t maskStep, RoiSize roiSize,
+                                                               int32_t* positiveCount, float stageThreshold,
+                                                               const HaarClassifier* state);
+VEKCV_API Status VEKCV_CALL vekiApplyHaarClassifier_32s_C1RSfs(const int32_t* integral, int32_t integralStep,
+                                                               const int32_t* norm, int32_t normStep, uint8_t* mask,
+                                                               int32_t maskStep, RoiSize roiSize,
+                                                               int32_t* positiveCount, int32_t stageThreshold,
+                                                               const HaarClassifier* state, int32_t scaleFactor);
+/** evaluates a stage at all positions of its window, with upright and tilted features */
+VEKCV_API Status VEKCV_CALL vekiApplyMixedHaarClassifier_32f_C1R(const float* integral, int32_t integralStep,
+                                                                 const float* tiltedIntegral,
+                                                                 int32_t tiltedIntegralStep, const float* norm,
+                                                                 int32_t normStep, uint8_t* mask, int32_t maskStep,
+                                                                 RoiSize roiSize, int32_t* positiveCount,
+                                                                 float stageThreshold, const HaarClassifier* state);
+VEKCV_API Status VEKCV_CALL vekiApplyMixedHaarClassifier_32s32f_C1R(const int32_t* integral, int32_t integralStep,
+                                                                    const int32_t* tiltedIntegral,
+                                                                    int32_t tiltedIntegralStep, const float* norm,
+                                                                    int32_t normStep, uint8_t* mask, int32_t maskStep,
+                                                                    RoiSize roiSize, int32_t* positiveCount,
+                                                                    float stageThreshold, const HaarClassifier* state);
+VEKCV_API Status VEKCV_CALL vekiApplyMixedHaarClassifier_32s_C1RSfs(
+    const int32_t* integral, int32_t integralStep, const int32_t* tiltedIntegral, int32_t tiltedIntegralStep,
+    const int32_t* norm, int32_t normStep, uint8_t* mask, int32_t maskStep, RoiSize roiSize, int32_t* positiveCount,
+    int32_t stageThreshold, const HaarClassifier* state, int32_t scaleFactor);
+/** @} */
+
 #ifdef __cplusplus
 }
 #endif
