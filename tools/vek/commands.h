@@ -11,3 +11,5 @@ void addMotion(CLI::App& app);
 void addStats(CLI::App& app);
 void addLocalContrast(CLI::App& app);
 void addFilter(CLI::App& app);
+void addEdges(CLI::App& app);
+void addDetect(CLI::App& app);

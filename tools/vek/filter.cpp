@@ -2,13 +2,13 @@
 #include <algorithm>
 #include <cmath>
 #include <functional>
-#include <memory>
 #include <optional>
 
 #include "commands.h"
 #include "grey.h"
 #include "library_call.h"
 #include "picture_file.h"
+#include "work_buffer.h"
 
 namespace {
 
@@ -57,16 +57,6 @@ std::vector<uint8_t> asBytes(const std::vector<int16_t>& derivatives) {
         return static_cast<uint8_t>(128 + std::lrint(127. * derivative / largest));
     });
     return bytes;
-}
-
-using WorkBuffer = std::unique_ptr<uint8_t[]>;
-
-/** Memory of the size that a query of the library gives. */
-WorkBuffer workBuffer(const Picture& picture, auto query, auto... kernel) {
-    int32_t bytes = 0;
-    if (query(RoiSize{picture.width, picture.height}, kernel..., &bytes) != StatusOk)
-        throw Failure("the work buffer", "would be larger than 2 GiB");
-    return std::make_unique_for_overwrite<uint8_t[]>(static_cast<size_t>(bytes));
 }
 
 /** Calls a function of the library, whose arguments between the size and the border are `kernel`. */

@@ -47,6 +47,8 @@ int main(int argc, char** argv) {
     addStats(app);
     addLocalContrast(app);
     addFilter(app);
+    addEdges(app);
+    addDetect(app);
 
     try {
         app.parse(argc, argv);

@@ -1,0 +1,43 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "vekcv.h"
+
+/** A rectangle of the window. A tilted one begins at (x, y), and runs width down-right and height down-left. */
+struct CascadeRectangle {
+    ImageRect place;
+    float weight;
+};
+
+struct CascadeFeature {
+    std::vector<CascadeRectangle> rectangles;
+    bool tilted;
+};
+
+/** Adds `below` where the feature is below the threshold times the deviation of the window, else `above`. */
+struct WeakClassifier {
+    size_t feature;
+    float threshold, below, above;
+};
+
+/** Passes the windows whose sum is not below the threshold. */
+struct CascadeStage {
+    float threshold;
+    std::vector<WeakClassifier> classifiers;
+};
+
+/** A trained cascade of boosted stumps on Haar-like features, by Viola and Jones; tilted features by Lienhart. */
+struct Cascade {
+    RoiSize window;
+    std::vector<CascadeStage> stages;
+    std::vector<CascadeFeature> features;
+
+    bool hasTilted() const;
+    /** For pictures whose rows become columns. */
+    Cascade transposed() const;
+};
+
+/** Reads a cascade as OpenCV stores it in XML; throws Failure where it is none, or not of this kind. */
+Cascade readCascade(const std::string& path);

@@ -1,0 +1,51 @@
+#pragma once
+
+#include <vector>
+
+#include "stage_classifiers.h"
+
+/**
+ * Finds the windows of a picture that pass a cascade, at one scale and in a part of the picture at a time, so that the
+ * tables stay small whatever the size of the picture.
+ */
+class WindowScan {
+  public:
+    explicit WindowScan(const Cascade& cascade);
+
+    RoiSize window() const { return window_; }
+    /** The most positions in a part. */
+    RoiSize mostPositions() const { return mostPositions_; }
+
+    /**
+     * Adds the positions of windows that pass to `found`: of all in a part, or of those in every second column of every
+     * second row (`spacing` 1 or 2). The pixels go on beyond the positions by the window less a pixel.
+     */
+    void scan(const uint8_t* pixels, int32_t step, RoiSize positions, int32_t spacing, std::vector<ImagePoint>& found);
+
+  private:
+    /** Rows of numbers, one after another. */
+    template <typename T>
+    struct Table {
+        int32_t columns = 0;
+        std::vector<T> entries;
+
+        Table(int32_t columnCount, int32_t rowCount)
+            : columns(columnCount), entries(static_cast<size_t>(columnCount) * static_cast<size_t>(rowCount)) {}
+        int32_t step() const { return columns * static_cast<int32_t>(sizeof(T)); }
+        T* row(int32_t y) { return entries.data() + ptrdiff_t{y} * columns; }
+    };
+
+    void sumPixels(const uint8_t* pixels, int32_t step, RoiSize positions);
+    void separatePhases(RoiSize positions);
+    void computeNorms(RoiSize grid, int32_t spacing);
+    /** Clears the positions that fail in the mask, and tells how many remain. */
+    int32_t applyStages(RoiSize grid, int32_t spacing);
+
+    RoiSize window_;
+    bool tilted_;
+    RoiSize mostPositions_;
+    Table<int32_t> sums_, squares_, phases_, tiltedSums_, deviations_;
+    Table<float> norms_;
+    Table<uint8_t> mask_;
+    StageClassifiers classifiers_, phaseClassifiers_;
+};
