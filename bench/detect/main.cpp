@@ -63,15 +63,14 @@ bool compare(Detector& detector, cv::CascadeClassifier& peer, const cv::Mat& pic
     std::vector<double> times, peerTimes;
     for (int round = 0; round < rounds; ++round) {
         times.push_back(millisecondsOf([&] { objects = detector.detect(grey, {kScale, minSize, kNeighbours}); }));
-        peerTimes.push_back(millisecondsOf([&] {
-            peer.detectMultiScale(picture, peerPlaces, kScale, kNeighbours, 0, cv::Size(minSize, minSize));
-        }));
+        peerTimes.push_back(millisecondsOf(
+            [&] { peer.detectMultiScale(picture, peerPlaces, kScale, kNeighbours, 0, cv::Size(minSize, minSize)); }));
     }
     for (const auto& [place, windows] : objects)
         places.emplace_back(place.x, place.y, place.width, place.height);
     const double time = medianOf(times), peerTime = medianOf(peerTimes);
-    std::printf("%d x %d, objects from %d pixels: vekcv %.2f ms, peer %.2f ms, ratio %.2f\n", picture.cols, picture.rows,
-                minSize, time, peerTime, peerTime / time);
+    std::printf("%d x %d, objects from %d pixels: vekcv %.2f ms, peer %.2f ms, ratio %.2f\n", picture.cols,
+                picture.rows, minSize, time, peerTime, peerTime / time);
     print("vekcv finds", places);
     print("peer finds ", peerPlaces);
     const std::vector<cv::Rect> ours = alone(places, peerPlaces);

@@ -9,6 +9,7 @@ rm -rf "$demo"
 mkdir -p "$demo/filters" "$demo/frames" "$demo/motion"
 cd "$demo"
 cp "$source"/examples/pictures/*.png .
+cascades=/usr/share/opencv4/haarcascades  # of Debian's package opencv-data
 make() { ffmpeg -nostdin -v error -y "$@"; }
 
 escape() { sed 's/&/\&amp;/g; s/</\&lt;/g; s/>/\&gt;/g' <<<"$1"; }
@@ -145,6 +146,16 @@ negative; the largest magnitude in a picture is black or white. The mean and the
         scharr-horiz scharr-vert laplacian lowpass 'gauss --sigma 1.5' 'gauss --sigma 5'
     strip 'Coins, masks of 5 x 5' coins.png 'sobel-horiz --mask 5' 'sobel-neg-vert --mask 5' 'laplacian --mask 5' \
         'lowpass --mask 5'
+
+    section 'Edges' 'By Canny: where the derivative is largest across an edge and above a threshold, and where it is above a
+lower one beside that.'
+    show 'A photograph' camera.png camera-edges.png edges camera.png camera-edges.png --low 100 --high 250
+    show 'Coins, with derivatives over 5 x 5 pixels' coins.png coins-edges.png \
+        edges coins.png coins-edges.png --low 1500 --high 3000 --aperture 5
+
+    section 'Objects' 'What a trained cascade of Haar-like features finds: x, y, width and height, and a box in the picture.'
+    show 'A face' astronaut.png faces.png detect "$cascades/haarcascade_frontalface_alt.xml" astronaut.png -o faces.png
+    print 'The same in numbers' detect "$cascades/haarcascade_frontalface_alt.xml" astronaut.png
     printf '</body>\n</html>\n'
 }
 

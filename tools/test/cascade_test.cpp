@@ -4,9 +4,10 @@
 
 namespace {
 
-const TestCascade kCascade{
-    12, 10, {{0.5, {{{{0, 0, 12, 10, -1}, {3, 3, 6, 5, 4}}, false, 1.25, 0, 1}}},
-             {0.25, {{{{6, 1, 3, 4, -1}, {6, 1, 3, 2, 2}}, true, -0.75, 0, 1}}}}};
+const TestCascade kCascade{12,
+                           10,
+                           {{0.5, {{{{0, 0, 12, 10, -1}, {3, 3, 6, 5, 4}}, false, 1.25, 0, 1}}},
+                            {0.25, {{{{6, 1, 3, 4, -1}, {6, 1, 3, 2, 2}}, true, -0.75, 0, 1}}}}};
 
 /** The text with its first occurrence of another text replaced. */
 std::string replaced(std::string text, const std::string& from, const std::string& to) {
@@ -32,7 +33,8 @@ TEST_F(Cascades, MayBeWrittenInSeveralWays) {
     for (const std::string& text :
          {good_, replaced(good_, " type_id=\"opencv-cascade-classifier\"", ""),
           replaced(good_, "<stageNum>2</stageNum>", ""), replaced(good_, "1.25", " 125.e-2\t"),
-          replaced(good_, "<rects>", "<rects><!-- two -->"), replaced(good_, "</rects>", "</rects><tilted>0</tilted>")}) {
+          replaced(good_, "<rects>", "<rects><!-- two -->"),
+          replaced(good_, "</rects>", "</rects><tilted>0</tilted>")}) {
         writeText("good.xml", text);
         const Result result = vek("detect good.xml in.png -o x.png");
         EXPECT_EQ(0, result.status) << result.output;
@@ -50,7 +52,8 @@ TEST_F(Cascades, RefusesOtherFiles) {
     expectRefusal("<opencv_storage/>", "holds no cascade");
     expectRefusal("<opencv_storage><cascade>1</cascade></opencv_storage>", "holds no cascade");
     expectRefusal(replaced(good_, "opencv-cascade-classifier", "opencv-ml-svm"), "holds no cascade");
-    expectRefusal(replaced(good_, "opencv-cascade-classifier", "opencv-haar-classifier"), "is a cascade of the old format");
+    expectRefusal(replaced(good_, "opencv-cascade-classifier", "opencv-haar-classifier"),
+                  "is a cascade of the old format");
     expectRefusal(replaced(good_, "BOOST", "FOREST"), "has stages of type 'FOREST'; only those of type BOOST");
     expectRefusal(replaced(good_, "HAAR", "LBP"), "has features of type 'LBP'; only those of type HAAR");
     std::string nested;
@@ -82,7 +85,8 @@ TEST_F(Cascades, SaysWhatIsWrong) {
              {"<height>10<", "<height>-10<", "height holds -10, which"},
              {"<height>10<", "<height>10x<", "height holds what is not a number"},
              {"<stageNum>2<", "<stageNum>3<", "stageNum is not the number of stages"},
-             {"<stageThreshold>0.5<", "<stageThreshold>nan<", "stage 0: stageThreshold holds a number that is not finite"},
+             {"<stageThreshold>0.5<", "<stageThreshold>nan<",
+              "stage 0: stageThreshold holds a number that is not finite"},
              {"<stageThreshold>0.5<", "<stageThreshold>-inf<", "stage 0: stageThreshold holds a number that is not"},
              {"<stageThreshold>0.5<", "<stageThreshold>1e30<", "stage 0: stageThreshold holds a number that is not"},
              {"<stageThreshold>0.25<", "<stageThreshold>1e999<", "stage 1: stageThreshold holds what is not a number"},
@@ -138,7 +142,8 @@ TEST_F(Cascades, SurvivesWrongBytes) {
     for (int i = 0; i < 150; ++i) {
         std::string text = good_;
         for (int changes = 0; changes < 2; ++changes)
-            text[text.find("<height>") + random(text.size() - text.find("<height>"))] = "0123456789-. <>_/e\n"[random(19)];
+            text[text.find("<height>") + random(text.size() - text.find("<height>"))] =
+                "0123456789-. <>_/e\n"[random(19)];
         writeText("wrong.xml", text);
         const Result result = vek("detect wrong.xml in.png");
         ASSERT_TRUE(result.status == 0 || (result.status == 1 && result.output.starts_with("vek: wrong.xml: ") &&

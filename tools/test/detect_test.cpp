@@ -46,11 +46,12 @@ TestCascade randomCascade(int width, int height, bool tilted, uint32_t seed) {
     };
     TestCascade cascade{width, height, {}};
     for (int stage = 0; stage < 3; ++stage) {
-        cascade.stages.push_back({stage * 0.1 - 0.25, {}});
+        cascade.stages.push_back({stage * 0.25 - 0.85, {}});
         for (int i = 0; i < 5; ++i) {
             TestFeature feature{{}, tilted && random(0, 1) == 1, random(-150, 150) / 100., -0.3, 0.2};
             for (int count = random(2, 4); count > 0; --count) {
-                TestRectangle one{0, 0, random(1, width / 2), random(1, height / 2), random(1, 3) * (count % 2 * 2 - 1)};
+                TestRectangle one{0, 0, random(1, width / 2), random(1, height / 2),
+                                  random(1, 3) * (count % 2 * 2 - 1)};
                 if (feature.tilted) {
                     one.width = random(1, std::min(width, height) / 3);
                     one.height = random(1, std::min(width, height) / 3);
@@ -69,7 +70,8 @@ TestCascade randomCascade(int width, int height, bool tilted, uint32_t seed) {
 }
 
 /** The windows that are printed must be those that pass, as far as rounding does not decide. */
-void checkWindows(const TestCascade& cascade, const Picture& grey, int spacing, int enlarged, const std::string& options) {
+void checkWindows(const TestCascade& cascade, const Picture& grey, int spacing, int enlarged,
+                  const std::string& options) {
     const std::vector<Box> list = detected("cascade.xml in.png --min-neighbors 0 " + options);
     const std::set<Box> boxes(list.begin(), list.end());
     EXPECT_TRUE(std::ranges::is_sorted(list, {}, [](const Box& box) { return std::pair(box.y, box.x); }));
@@ -122,9 +124,16 @@ TEST_F(Vek, FindsLargeWindowsAtEveryPosition) {
 /** A square that is bright on dark ground, half as wide as the window; or one that stands on its corner. */
 TestCascade squareCascade(bool tilted) {
     if (tilted)
-        return {12, 12, {{0.5, {{{{0, 0, 12, 12, -1}, {3, 3, 6, 6, 4}}, false, 0.9, 0, 1}}},
-                         {0.5, {{{{6, 0, 6, 6, -1}, {6, 3, 3, 3, 4}}, true, 1.1, 0, 1}}}}};
-    return {12, 12, {{0.5, {{{{0, 0, 12, 12, -1}, {3, 3, 6, 6, 4}}, false, 1.2, 0, 1}}}}};
+        return {12,
+                12,
+                {{0.5, {{{{0, 0, 12, 12, -1}, {3, 3, 6, 6, 4}}, false, 0.9, 0, 1}}},
+                 {0.5, {{{{6, 0, 6, 6, -1}, {6, 3, 3, 3, 4}}, true, 1.1, 0, 1}}}}};
+    // The last stage wants each side of the ground darker than the middle.
+    TestCascade cascade{12, 12, {{0.5, {{{{0, 0, 12, 12, -1}, {3, 3, 6, 6, 4}}, false, 1.2, 0, 1}}}, {3.5, {}}}};
+    for (const TestRectangle& side :
+         {TestRectangle{0, 3, 3, 6, -2}, {9, 3, 3, 6, -2}, {3, 0, 6, 3, -2}, {3, 9, 6, 3, -2}})
+        cascade.stages[1].features.push_back({{side, {3, 3, 6, 6, 1}}, false, 0.3, 0, 1});
+    return cascade;
 }
 
 void drawSquare(Picture& on, int x, int y, int side, bool tilted) {
@@ -138,7 +147,8 @@ void drawSquare(Picture& on, int x, int y, int side, bool tilted) {
 TEST_F(Vek, FindsSquaresOfAnySize) {
     for (const bool tilted : {false, true}) {
         writeText("cascade.xml", squareCascade(tilted).xml());
-        for (const auto& [x, y, side] : {std::array{20, 30, 7}, {53, 21, 12}, {70, 40, 25}, {31, 31, 41}, {40, 30, 60}}) {
+        for (const auto& [x, y, side] :
+             {std::array{20, 30, 7}, {53, 21, 12}, {70, 40, 25}, {31, 31, 41}, {40, 30, 60}}) {
             SCOPED_TRACE(::testing::Message() << tilted << ": " << side << " at " << x << ", " << y);
             Picture dark(160, 120, 1, 8);
             std::ranges::fill(dark.bytes, uint8_t{50});
@@ -198,7 +208,8 @@ TEST_F(Vek, DrawsBoxes) {
             for (int x = 0; x < out.width; ++x) {
                 const Box& box = boxes[0];
                 // How far outside of the box a pixel lies: 1 on the line, 2 and 0 on the dark lines around it.
-                const int distance = std::max({box.x - x, x - box.x - box.width + 1, box.y - y, y - box.y - box.height + 1});
+                const int distance =
+                    std::max({box.x - x, x - box.x - box.width + 1, box.y - y, y - box.y - box.height + 1});
                 const auto pixel = out.bytes.begin() + (y * out.width + x) * channels;
                 const std::vector<uint8_t> actual(pixel, pixel + channels);
                 if (distance == 1)

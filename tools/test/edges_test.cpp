@@ -97,8 +97,8 @@ Picture edgesOf(const Picture& source, const std::string& options) {
 }
 
 TEST_F(Vek, FindsEdges) {
-    for (const Picture& source :
-         {blocks(61, 47, 9), blocks(200, 150, 13), picture(33, 29, 1, 8, 1), Picture(5, 4, 1, 8), picture(1, 1, 1, 8, 1)}) {
+    for (const Picture& source : {blocks(61, 47, 9), blocks(200, 150, 13), picture(33, 29, 1, 8, 1),
+                                  Picture(5, 4, 1, 8), picture(1, 1, 1, 8, 1)}) {
         SCOPED_TRACE(source.shape());
         for (const auto& [low, high] : {std::pair{100, 200}, {0, 0}, {150, 150}, {300, 700}, {20, 1500}}) {
             const std::string options = "--low " + std::to_string(low) + " --high " + std::to_string(high);
@@ -120,8 +120,8 @@ TEST_F(Vek, FindsEdgesOfColors) {
     const Picture color = picture(31, 22, 3, 8, 4);
     Picture grey(31, 22, 1, 8);
     for (size_t i = 0; i < grey.bytes.size(); ++i)
-        grey.bytes[i] = static_cast<uint8_t>((299 * color.bytes[3 * i] + 587 * color.bytes[3 * i + 1] +
-                                              114 * color.bytes[3 * i + 2] + 500) / 1000);
+        grey.bytes[i] = static_cast<uint8_t>(
+            (299 * color.bytes[3 * i] + 587 * color.bytes[3 * i + 1] + 114 * color.bytes[3 * i + 2] + 500) / 1000);
     const Picture edges = edgesOf(color, "--low 100 --high 200");
     EXPECT_TRUE(edges.hasShapeOf(grey)) << edges.shape();
     EXPECT_EQ(edgesOf(grey, "--low 100 --high 200").bytes, edges.bytes);

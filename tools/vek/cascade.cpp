@@ -125,8 +125,8 @@ CascadeFeature featureFrom(pugi::xml_node element, RoiSize window, const std::st
 }
 
 WeakClassifier classifierFrom(pugi::xml_node element, size_t featureCount, const std::string& name) {
-    // A node names what comes next where the feature is below its threshold and where it is not: a node, or 0, -1, -2 and
-    // so on for a leaf.
+    // A node names what comes next where the feature is below its threshold and where it is not: a node, or 0, -1, -2
+    // and so on for a leaf.
     Numbers nodes(element.child("internalNodes"), name + ": internalNodes");
     const int32_t below = nodes.integer(INT16_MIN, INT16_MAX), above = nodes.integer(INT16_MIN, INT16_MAX);
     WeakClassifier classifier{};
@@ -219,9 +219,9 @@ Cascade Cascade::transposed() const {
     for (CascadeFeature& feature : result.features)
         for (CascadeRectangle& rectangle : feature.rectangles) {
             const ImageRect place = rectangle.place;
-            rectangle.place = feature.tilted
-                                  ? ImageRect{place.y + place.height - 1, place.x - place.height, place.width, place.height}
-                                  : ImageRect{place.y, place.x, place.height, place.width};
+            rectangle.place = feature.tilted ? ImageRect{place.y + place.height - 1, place.x - place.height,
+                                                         place.width, place.height}
+                                             : ImageRect{place.y, place.x, place.height, place.width};
         }
     return result;
 }

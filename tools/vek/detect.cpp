@@ -2,7 +2,6 @@
 #include <unistd.h>
 
 #include <chrono>
-#include <cmath>
 #include <cstdio>
 #include <nlohmann/json.hpp>
 
@@ -53,11 +52,8 @@ void print(const std::vector<Detection>& objects) {
 void printJson(const std::vector<Detection>& objects) {
     auto array = nlohmann::ordered_json::array();
     for (const auto& [place, windows] : objects)
-        array.push_back({{"x", place.x},
-                         {"y", place.y},
-                         {"width", place.width},
-                         {"height", place.height},
-                         {"windows", windows}});
+        array.push_back(
+            {{"x", place.x}, {"y", place.y}, {"width", place.width}, {"height", place.height}, {"windows", windows}});
     std::puts(array.dump(2).c_str());
 }
 
@@ -96,8 +92,10 @@ std::string errorOfScale(const std::string& text) {
 void addDetect(CLI::App& app) {
     CLI::App* const command = app.add_subcommand("detect", "Objects, as faces, found by a trained cascade");
     command->footer(
-        "Prints a line of x, y, width and height for each object, from top to bottom. CASCADE is one of stumps on Haar\n"
-        "features, upright and tilted, as in /usr/share/opencv4/haarcascades of Debian's package opencv-data. The window\n"
+        "Prints a line of x, y, width and height for each object, from top to bottom. CASCADE is one of stumps on "
+        "Haar\n"
+        "features, upright and tilted, as in /usr/share/opencv4/haarcascades of Debian's package opencv-data. The "
+        "window\n"
         "moves by two pixels where an object is less than twice as large as it, and by one beyond.");
     const auto options = std::make_shared<Options>();
     command->add_option("CASCADE", options->cascade, "The cascade, an XML file")->required();

@@ -69,8 +69,10 @@ std::string errorOfThreshold(const std::string& text) {
 void addEdges(CLI::App& app) {
     CLI::App* const command = app.add_subcommand("edges", "The edges of a picture, by Canny: 255 on them, else 0");
     command->footer(
-        "The magnitude of a pixel is |dx| + |dy|, of its derivatives by Sobel. Where it is largest across an edge, pixels\n"
-        "above HIGH are on one, and so are those of LOW and more that lead to them. For 3 x 3 pixels, 100 and 200 are a\n"
+        "The magnitude of a pixel is |dx| + |dy|, of its derivatives by Sobel. Where it is largest across an edge, "
+        "pixels\n"
+        "above HIGH are on one, and so are those of LOW and more that lead to them. For 3 x 3 pixels, 100 and 200 are "
+        "a\n"
         "start; 5 x 5 pixels give twelve times as much. The edge pixels of IN continue it.");
     const auto options = std::make_shared<Options>();
     command->add_option("IN", options->input, "An 8-bit picture; colour is taken as grey, .299 R + .587 G + .114 B")

@@ -71,7 +71,8 @@ auto orderOf(const ImageRect& place) {
 std::vector<Detection> groupsOf(const std::vector<ImageRect>& windows, int32_t leastWindows) {
     Sets sets(windows.size());
     for (size_t i = 0; i < windows.size(); ++i)
-        for (size_t j = i + 1; j < windows.size() && windows[j].y - windows[i].y <= kTolerance * sideOf(windows[i]); ++j)
+        for (size_t j = i + 1; j < windows.size() && windows[j].y - windows[i].y <= kTolerance * sideOf(windows[i]);
+             ++j)
             if (areSimilar(windows[i], windows[j]))
                 sets.join(i, j);
     std::vector<Sum> sums(windows.size());
