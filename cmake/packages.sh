@@ -6,7 +6,7 @@ set -euo pipefail
 declare -A packages=(
     [build]="g++ g++-multilib cmake ninja-build pkg-config libhwy-dev libpng-dev libturbojpeg0-dev libcli11-dev
         nlohmann-json3-dev libpugixml-dev"
-    [test]="googletest binutils qemu-user ffmpeg opencv-data"
+    [test]="googletest binutils qemu-user ffmpeg opencv-data python3"
     [demo]="ffmpeg opencv-data"
     [bench]="libbenchmark-dev python3"
     [peer]="libopencv-dev libopencv-objdetect-dev opencv-data"
