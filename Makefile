@@ -5,6 +5,7 @@
 #   make demo       the tool on the pictures of the repository, as build/demo/index.html
 #   make bench      benchmarks of both widths, into docs/performance.md; PEER=1 compares with OpenCV,
 #                   FILTER=text takes the exports whose names contain the text, QUICK=1 fewer sizes and rounds
+#   make docs       the manual of every function as pages: build/docs/html/index.html
 #   make install    into PREFIX (/usr/local); WIDTH=i386 for 32 bits, STATIC=1 for static libraries
 #   make format     formats the sources; make check-format tells what it would change
 PREFIX ?= /usr/local
@@ -14,7 +15,7 @@ WARNINGS_AS_ERRORS ?= OFF
 OPTIONS := -DVEKCV_WARNINGS_AS_ERRORS=$(WARNINGS_AS_ERRORS)
 SOURCES = $(shell git ls-files '*.h' '*.cpp' '*.c')
 
-.PHONY: all test demo bench install format check-format clean
+.PHONY: all test demo bench docs install format check-format clean
 .DELETE_ON_ERROR:
 
 all:
@@ -45,6 +46,12 @@ bench:
 	    cmake --build --preset $$width --target vekcv_bench || exit 1; \
 	done
 	@bench/run.sh build/x86_64 build/i386 $(if $(FILTER),--filter $(FILTER)) $(if $(QUICK),--quick)
+
+docs:
+	@cmake/packages.sh docs
+	@rm -rf build/docs && mkdir -p build/docs
+	@VEKCV_VERSION=$$(sed -n 's/^project(vekcv VERSION \([0-9.]*\).*/\1/p' CMakeLists.txt) doxygen docs/Doxyfile
+	@docs/finish.sh build/docs/html
 
 install:
 	@cmake/packages.sh build

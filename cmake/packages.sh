@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # Installs the Debian packages that a task needs and that are missing. Usage: packages.sh TASK...
-# Tasks: build (library and tool, both widths), test, demo, bench, peer (what benchmarks compare with), format.
+# Tasks: build (library and tool, both widths), test, demo, bench, peer (compared with in benchmarks), docs, format.
 set -euo pipefail
 
 declare -A packages=(
@@ -10,6 +10,7 @@ declare -A packages=(
     [demo]="ffmpeg opencv-data"
     [bench]="libbenchmark-dev python3"
     [peer]="libopencv-dev libopencv-objdetect-dev opencv-data"
+    [docs]="doxygen"
     [format]="clang-format"
 )
 

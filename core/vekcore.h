@@ -1,16 +1,16 @@
 /**
  * @file vekcore.h
- * The core library: memory, processor features, caches and thread count, shared by the domain libraries built on it.
- *
- * vekcv calls nothing of the system but these functions, so an application that has an allocator or a scheduler of its
- * own can put a library of the same name and the same functions in the place of this one. Every function may be called
- * from any thread.
+ * The core library.
  */
 #ifndef VEKCORE_H
 #define VEKCORE_H
 
 #include "vekcv.h"
 
+/**
+ * @def VEKCORE_API
+ * Begins the declaration of each function of the core library.
+ */
 #if defined(_WIN32)
 #if defined(VEKCORE_BUILD)
 #define VEKCORE_API __declspec(dllexport)
@@ -25,12 +25,21 @@
 extern "C" {
 #endif
 
+/**
+ * @defgroup Core Core library
+ * Memory, processor features, caches and thread count, shared by the domain libraries built on it.
+ *
+ * vekcv calls nothing of the system but these functions, so an application that has an allocator or a scheduler of its
+ * own can put a library of the same name and the same functions in the place of this one. Every function may be called
+ * from any thread.
+ * @{
+ */
 /** Bits of vekGetEnabledCpuFeatures. A bit is set when both the processor and the operating system support it. */
 enum {
-    VekCpuSsse3 = 0x10,
-    VekCpuMovbe = 0x20,
-    VekCpuAvx2 = 0x100,
-    VekCpuAvx512 = 0x200 /* the F, BW, DQ and VL groups together */
+    VekCpuSsse3 = 0x10,  /**< SSSE3 */
+    VekCpuMovbe = 0x20,  /**< MOVBE */
+    VekCpuAvx2 = 0x100,  /**< AVX2 */
+    VekCpuAvx512 = 0x200 /**< the F, BW, DQ and VL groups of AVX-512 together */
 };
 
 /**
@@ -86,6 +95,7 @@ VEKCORE_API Status vekSqrt_32f_I(float* values, int count);
 
 /** Name and meaning of a status in one line, as in "StatusOk: success"; never null. */
 VEKCORE_API const char* vekGetStatusString(Status status);
+/** @} */
 
 #ifdef __cplusplus
 }

@@ -36,6 +36,12 @@
 
 #include <stdint.h>
 
+/**
+ * @def VEKCV_CALL
+ * The calling convention of all functions.
+ * @def VEKCV_API
+ * Begins the declaration of each function of the library; programs that link a static one define VEKCV_STATIC.
+ */
 #if defined(_WIN32)
 #define VEKCV_CALL __cdecl
 #if defined(VEKCV_BUILD)
@@ -54,9 +60,16 @@
 extern "C" {
 #endif
 
+/* ------------------------------------------------------------------------------------------------------------------ */
+/**
+ * @defgroup Types Types and statuses
+ * What several families take and return.
+ * @{
+ */
 /** Result of a call: 0 success, negative an error, positive a warning. vekGetStatusString of vekcore.h explains it. */
 typedef int32_t Status;
 
+/** The values of Status. */
 enum {
     StatusOk = 0,                       /**< success */
     StatusDivideByZeroWarning = 6,      /**< the divisor is zero; the result is infinite or not a number */
@@ -136,6 +149,7 @@ typedef struct LibraryVersion {
     const char* version;   /**< version and build */
     const char* buildDate; /**< date of this version */
 } LibraryVersion;
+/** @} */
 
 /* ------------------------------------------------------------------------------------------------------------------ */
 /**
@@ -293,7 +307,7 @@ VEKCV_API Status VEKCV_CALL vekiAddWeighted_32f_C1R(const float* source1, int32_
 /* ------------------------------------------------------------------------------------------------------------------ */
 /**
  * @defgroup AbsDiff Absolute difference
- * Absolute difference of two images, or of an image and a constant:
+ * Absolute difference of two images, or of an image and a constant.
  *
  *     vekiAbsDiff    destination = |source1 - source2|
  *     vekiAbsDiffC   destination = |source - value|
@@ -341,7 +355,7 @@ VEKCV_API Status VEKCV_CALL vekiAbsDiffC_32f_C1R(const float* source, int32_t so
 /* ------------------------------------------------------------------------------------------------------------------ */
 /**
  * @defgroup Norms Norms
- * Norms of an image, of the difference of two images, and of that difference relative to the second image, over the
+ * Norms of an image, of the difference of two images, and of that difference relative to the second image. Over the
  * pixels p that take part:
  *
  *                  Inf             L1              L2
@@ -619,8 +633,8 @@ VEKCV_API Status VEKCV_CALL vekiNormRel_L2_32f_C3CMR(const float* source1, int32
 /* ------------------------------------------------------------------------------------------------------------------ */
 /**
  * @defgroup MeanStdDev Mean and standard deviation
- * Mean and population standard deviation of the n pixels that take part, with S the sum of their values and Q the sum
- * of the squares:
+ * Mean and population standard deviation of the pixels that take part. With n the number of these pixels, S the sum of
+ * their values and Q the sum of the squares:
  *
  *     mean = S / n
  *     standardDeviation = sqrt(|Q / n - mean * mean|)
@@ -906,8 +920,8 @@ VEKCV_API Status VEKCV_CALL vekiTiltedSqrIntegral_8u32s_C1R(const uint8_t* sourc
 /* ------------------------------------------------------------------------------------------------------------------ */
 /**
  * @defgroup WindowDeviation Window standard deviation
- * Standard deviation of the pixels in a window around every position, from an integral and a squared integral image
- * that begin with the constant 0 (any other constants cancel, as far as 32f entries are exact). For the position (x, y)
+ * Standard deviation of the pixels in a window around every position, from an integral and a squared integral image.
+ * Both begin with the constant 0 (any other constants cancel, as far as 32f entries are exact). For the position (x, y)
  * of the destination, with all operations rounded to float:
  *
  *     sum = I(A) - I(B) - I(C) + I(D), mean = sum / area
@@ -929,9 +943,9 @@ VEKCV_API Status VEKCV_CALL vekiTiltedSqrIntegral_8u32s_C1R(const uint8_t* sourc
  * ry + height + h rows, and tilted ones rx + width + w + 1 columns, which is one more than the check of the step asks
  * for, and ry + height + w + h + 1 rows; those of an image that the windows lie in have.
  *
- * The deviation of a constant window is 0 as long as the entries of the squared table are exact in float, that is up to
- * 16777216. Larger ones lose their last bits, and small deviations far from the origin of a large table with them; the
- * Sfs forms, whose tables are integers, do not have this limit.
+ * The deviation of a constant window is 0 as long as the entries of the squared table are exact in float. Entries above
+ * 16777216 lose their last bits, and small deviations far from the origin of a large table with them; the Sfs forms,
+ * whose tables are integers, do not have this limit.
  *
  * Sfs forms divide by 2 to the power of the scale factor, round to the nearest integer, of two equally near ones to the
  * even one, and saturate.
@@ -1181,8 +1195,8 @@ VEKCV_API Status VEKCV_CALL vekiFilterColumnPipeline_32f_C3R(const float* const*
  * Filters with a mask of 3 x 3 or 5 x 5 that are a row filter and a column filter. Both are correlations, with their
  * middle tap over the pixel:
  *
- *                              3 x 3                    5 x 5
- *                              row        column        row             column
+ *                                  3 x 3                    5 x 5
+ *                                  row        column        row             column
  *     vekiFilterSobelHoriz         1 2 1      -1 0 1        1 4 6 4 1       -1 -2 0 2 1
  *     vekiFilterSobelVert          1 0 -1     1 2 1         1 2 0 -2 -1     1 4 6 4 1
  *     vekiFilterSobelNegVert       -1 0 1     1 2 1         -1 -2 0 2 1     1 4 6 4 1
@@ -1201,8 +1215,7 @@ VEKCV_API Status VEKCV_CALL vekiFilterColumnPipeline_32f_C3R(const float* const*
  * two outer pixels are added or subtracted first, then the two inner ones, each pair is multiplied by its tap, the
  * inner pair is added to the outer one and the middle pixel times its tap comes last; taps of 0 are left out. The
  * Laplacian of 3 x 3 floats is 2 (a + c) of the row above, plus that of the row below, minus 8 times the pixel; that of
- * 5 x 5 floats is HorizSecond plus VertSecond. The mean of floats is their sum times the float nearest to 1 / 9 or 1
- * / 25.
+ * 5 x 5 floats is HorizSecond plus VertSecond. The mean of floats is their sum times the float nearest to 1/9 or 1/25.
  *
  * Outside of the image the rule of borderType applies: BorderConstant with borderValue, BorderReplicate,
  * BorderPeriodic, BorderReflect, BorderReflectEdge, or BorderInMemory. The flags BorderInMemoryTop, Bottom, Left and
@@ -1228,7 +1241,7 @@ VEKCV_API Status VEKCV_CALL vekiFilterColumnPipeline_32f_C3R(const float* const*
  * @retval StatusStepError         a step is smaller than a row
  * @retval StatusStepNotMultiple   the step of a 16s or 32f image is not a multiple of 2 or 4
  * @retval StatusBadArgument       borderType is no such value: its low four bits are no rule, or it has higher ones of
- * its low sixteen bits but none of the flags
+ *                                 its low sixteen bits but none of the flags
  * @retval StatusMaskSizeError     maskSize is neither 33 nor 55
  *
  * Regions of 256 x 256 pixels and more, with at least five rows for each thread, are shared among the threads where
@@ -1478,7 +1491,7 @@ VEKCV_API Status VEKCV_CALL vekiFilterGaussGetBufferSize_32f_C1R(RoiSize roiSize
 /* ------------------------------------------------------------------------------------------------------------------ */
 /**
  * @defgroup SobelKernels Sobel kernels
- * Kernels of derivatives of any odd size: the coefficients of
+ * Kernels of derivatives of any odd size. They are the coefficients of
  *
  *     sign * (1 + z)^(kernelSize - 1 - derivativeOrder) * (z - 1)^derivativeOrder
  *
@@ -1493,7 +1506,7 @@ VEKCV_API Status VEKCV_CALL vekiFilterGaussGetBufferSize_32f_C1R(RoiSize roiSize
  * @retval StatusOk            the kernel was written
  * @retval StatusNullPointer   the kernel is null
  * @retval StatusSizeError     kernelSize is even, below 3 or above 31; or, after all other checks, a coefficient is
- * above 32767 (16s: order 0 from 19 taps on, orders 1 and 2 from 23 taps on)
+ *                             above 32767 (16s: order 0 from 19 taps on, orders 1 and 2 from 23 taps on)
  * @retval StatusBadArgument   derivativeOrder is not 0, 1 or 2; or sign is neither 1 nor -1
  * @{
  */
@@ -1508,8 +1521,8 @@ VEKCV_API Status VEKCV_CALL vekiGenSobelKernel_32f(float* kernel, int32_t kernel
 /* ------------------------------------------------------------------------------------------------------------------ */
 /**
  * @defgroup Canny Canny edge detector
- * The edges of an image from its derivatives, by Canny, "A Computational Approach to Edge Detection" (1986): 255 where
- * there is one, 0 elsewhere.
+ * The edges of an image from its derivatives: 255 where there is one, 0 elsewhere. After Canny, "A Computational
+ * Approach to Edge Detection" (1986).
  *
  * The magnitude m of a pixel is |dx| + |dy|: of 16s saturated at 65535, of 32f rounded to float. Magnitudes below
  * lowThreshold count as 0, and so do those outside of the image. A pixel with m != 0 remains a candidate where it is
@@ -1563,10 +1576,11 @@ VEKCV_API Status VEKCV_CALL vekiCanny_32f8u_C1R(const float* derivativeX, int32_
 /* ------------------------------------------------------------------------------------------------------------------ */
 /**
  * @defgroup HaarClassifier Haar classifiers
- * Stages of a cascade of Haar-like features, by Viola and Jones, "Rapid Object Detection using a Boosted Cascade of
- * Simple Features" (2001), with the tilted features of Lienhart and Maydt, "An Extended Set of Haar-like Features for
- * Rapid Object Detection" (2002). One call evaluates one stage at every position of a window in an image. Calling stage
- * after stage with the same mask is a cascade: positions that fail are cleared, and the next stage leaves them out.
+ * Stages of a cascade of Haar-like features. The cascade is by Viola and Jones, "Rapid Object Detection using a Boosted
+ * Cascade of Simple Features" (2001), the tilted features are by Lienhart and Maydt, "An Extended Set of Haar-like
+ * Features for Rapid Object Detection" (2002). One call evaluates one stage at every position of a window in an image.
+ * Calling stage after stage with the same mask is a cascade: positions that fail are cleared, and the next stage leaves
+ * them out.
  *
  * A feature is one or more weighted rectangles of the window, a threshold and two values. With the norm n of a position
  * (its standard deviation, from vekiRectStdDev) and the sums of pixels in the rectangles from an integral image,
