@@ -6,6 +6,7 @@
 #   make bench      benchmarks of both widths, into docs/performance.md; PEER=1 compares with OpenCV,
 #                   FILTER=text takes the exports whose names contain the text, QUICK=1 fewer sizes and rounds
 #   make docs       the manual of every function as pages: build/docs/html/index.html
+#   make pictures   the pictures of README.md, in docs/pictures
 #   make install    into PREFIX (/usr/local); WIDTH=i386 for 32 bits, STATIC=1 for static libraries
 #   make format     formats the sources; make check-format tells what it would change
 PREFIX ?= /usr/local
@@ -15,7 +16,7 @@ WARNINGS_AS_ERRORS ?= OFF
 OPTIONS := -DVEKCV_WARNINGS_AS_ERRORS=$(WARNINGS_AS_ERRORS)
 SOURCES = $(shell git ls-files '*.h' '*.cpp' '*.c')
 
-.PHONY: all test demo bench docs install format check-format clean
+.PHONY: all test demo bench docs pictures install format check-format clean
 .DELETE_ON_ERROR:
 
 all:
@@ -52,6 +53,12 @@ docs:
 	@rm -rf build/docs && mkdir -p build/docs
 	@VEKCV_VERSION=$$(sed -n 's/^project(vekcv VERSION \([0-9.]*\).*/\1/p' CMakeLists.txt) doxygen docs/Doxyfile
 	@docs/finish.sh build/docs/html
+
+pictures:
+	@cmake/packages.sh build
+	@cmake --preset x86_64 $(OPTIONS) >/dev/null && cmake --build --preset x86_64 --target vek
+	@build/x86_64/vek filter sobel-neg-vert examples/pictures/camera.png docs/pictures/derivative.jpg
+	@build/x86_64/vek localcontrast examples/pictures/camera.png docs/pictures/local-contrast.jpg --window 5
 
 install:
 	@cmake/packages.sh build
