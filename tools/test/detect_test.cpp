@@ -48,20 +48,15 @@ TestCascade randomCascade(int width, int height, bool tilted, uint32_t seed) {
     for (int stage = 0; stage < 3; ++stage) {
         cascade.stages.push_back({stage * 0.25 - 0.85, {}});
         for (int i = 0; i < 5; ++i) {
-            TestFeature feature{{}, tilted && random(0, 1) == 1, random(-150, 150) / 100., -0.3, 0.2};
-            for (int count = random(2, 4); count > 0; --count) {
-                TestRectangle one{0, 0, random(1, width / 2), random(1, height / 2),
-                                  random(1, 3) * (count % 2 * 2 - 1)};
-                if (feature.tilted) {
-                    one.width = random(1, std::min(width, height) / 3);
-                    one.height = random(1, std::min(width, height) / 3);
-                    one.x = random(one.height, width - one.width);
-                    one.y = random(0, height - one.width - one.height);
-                } else {
-                    one.x = random(0, width - one.width);
-                    one.y = random(0, height - one.height);
-                }
+            TestFeature feature{{}, tilted && random(0, 1) == 1, random(-30, 30) / 1000., -0.3, 0.2};
+            // Of one size and with weights whose sum is 0, so that the brightness of a window does not matter.
+            const int side = std::min(width, height) / 3, count = random(2, 3);
+            TestRectangle one{0, 0, random(1, side), random(1, side), count - 1};
+            for (int k = 0; k < count; ++k) {
+                one.x = feature.tilted ? random(one.height, width - one.width) : random(0, width - one.width);
+                one.y = random(0, height - one.height - (feature.tilted ? one.width : 0));
                 feature.rectangles.push_back(one);
+                one.weight = -1;
             }
             cascade.stages.back().features.push_back(feature);
         }
@@ -85,7 +80,8 @@ void checkWindows(const TestCascade& cascade, const Picture& grey, int spacing, 
             ASSERT_TRUE(passes < 0 || passes == found) << x << ", " << y;
             ++(passes < 0 ? unclear : found ? passing : failing);
         }
-    EXPECT_LE(boxes.size(), passing + unclear);
+    const auto ofThisSize = std::ranges::count(boxes, enlarged * cascade.width, &Box::width);
+    EXPECT_LE(static_cast<size_t>(ofThisSize), passing + unclear);
     EXPECT_LT(0u, passing);
     EXPECT_LT(0u, failing);
     EXPECT_LT(unclear, (passing + failing) / 20 + 2);
@@ -126,10 +122,10 @@ TestCascade squareCascade(bool tilted) {
     if (tilted)
         return {12,
                 12,
-                {{0.5, {{{{0, 0, 12, 12, -1}, {3, 3, 6, 6, 4}}, false, 0.9, 0, 1}}},
-                 {0.5, {{{{6, 0, 6, 6, -1}, {6, 3, 3, 3, 4}}, true, 1.1, 0, 1}}}}};
+                {{0.5, {{{{0, 0, 12, 12, -1}, {3, 3, 6, 6, 4}}, false, 1.1, 0, 1}}},
+                 {0.5, {{{{6, 0, 6, 6, -1}, {6, 3, 3, 3, 4}}, true, 1.2, 0, 1}}}}};
     // The last stage wants each side of the ground darker than the middle.
-    TestCascade cascade{12, 12, {{0.5, {{{{0, 0, 12, 12, -1}, {3, 3, 6, 6, 4}}, false, 1.2, 0, 1}}}, {3.5, {}}}};
+    TestCascade cascade{12, 12, {{0.5, {{{{0, 0, 12, 12, -1}, {3, 3, 6, 6, 4}}, false, 1.5, 0, 1}}}, {3.5, {}}}};
     for (const TestRectangle& side :
          {TestRectangle{0, 3, 3, 6, -2}, {9, 3, 3, 6, -2}, {3, 0, 6, 3, -2}, {3, 9, 6, 3, -2}})
         cascade.stages[1].features.push_back({{side, {3, 3, 6, 6, 1}}, false, 0.3, 0, 1});
@@ -148,13 +144,13 @@ TEST_F(Vek, FindsSquaresOfAnySize) {
     for (const bool tilted : {false, true}) {
         writeText("cascade.xml", squareCascade(tilted).xml());
         for (const auto& [x, y, side] :
-             {std::array{20, 30, 7}, {53, 21, 12}, {70, 40, 25}, {31, 31, 41}, {40, 30, 60}}) {
+             {std::array{20, 30, 14}, {53, 21, 12}, {70, 40, 25}, {31, 31, 41}, {40, 30, 60}}) {
             SCOPED_TRACE(::testing::Message() << tilted << ": " << side << " at " << x << ", " << y);
             Picture dark(160, 120, 1, 8);
             std::ranges::fill(dark.bytes, uint8_t{50});
             drawSquare(dark, x, y, side, tilted);
             writePicture("in.png", dark);
-            const std::vector<Box> boxes = detected("cascade.xml in.png --min-neighbors 2");
+            const std::vector<Box> boxes = detected("cascade.xml in.png --scale 1.05 --min-neighbors 2");
             ASSERT_EQ(1u, boxes.size());
             EXPECT_LT(0.6, shareOf({x - side / 2, y - side / 2, 2 * side, 2 * side}, boxes[0]));
         }
@@ -177,8 +173,8 @@ TEST_F(Vek, FindsSeveralSquares) {
     EXPECT_LT(0.6, shareOf({23, 18, 28, 28}, boxes[1]));
     EXPECT_LT(0.6, shareOf({65, 55, 60, 60}, boxes[2]));
     EXPECT_EQ(boxes, detected("cascade.xml in.png --scale 1.1 --min-size 0 --min-neighbors 3 --threads 2"));
-    EXPECT_EQ(2u, detected("cascade.xml in.png --min-size 34").size());
-    EXPECT_EQ(1u, detected("cascade.xml in.png --min-size 50").size());
+    EXPECT_EQ(2u, detected("cascade.xml in.png --min-size 44").size());
+    EXPECT_EQ(1u, detected("cascade.xml in.png --min-size 66").size());
     EXPECT_EQ(0u, detected("cascade.xml in.png --min-neighbors 100000").size());
 
     const auto json = nlohmann::json::parse(vek("detect cascade.xml in.png --json").output);

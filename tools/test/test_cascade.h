@@ -72,7 +72,7 @@ class DirectDetector {
             for (const TestFeature& feature : stage.features) {
                 const double least = feature.threshold * norm;
                 const auto response = static_cast<double>(responseOf(feature, x, y));
-                if (std::abs(response - least) <= 1e-3 * norm)
+                if (std::abs(response - least) <= 1e-4 * norm)
                     return -1;
                 sum += response < least ? feature.below : feature.above;
             }
@@ -106,7 +106,7 @@ class DirectDetector {
                 for (int across = 0; across < one.width; ++across)
                     if (feature.tilted) {
                         // Each step to the lower right and to the lower left covers two pixels, one above the other.
-                        const int column = x + one.x + across - down, row = y + one.y + across + down;
+                        const int column = x + one.x - 1 + across - down, row = y + one.y + across + down;
                         response += one.weight * (pixel(column, row) + pixel(column, row + 1));
                     } else {
                         response += one.weight * pixel(x + one.x + across, y + one.y + down);

@@ -5,7 +5,10 @@
 
 #include "vekcv.h"
 
-/** A rectangle of the window. A tilted one begins at (x, y), and runs width down-right and height down-left. */
+/**
+ * A rectangle of the window. A tilted one holds the pixels (x - 1 + i - k, y + i + k), and those below them, for i from
+ * 0 to width - 1 and k from 0 to height - 1: it runs width to the lower right and height to the lower left.
+ */
 struct CascadeRectangle {
     ImageRect place;
     float weight;
@@ -35,7 +38,10 @@ struct Cascade {
     std::vector<CascadeFeature> features;
 
     bool hasTilted() const;
-    /** For pictures whose rows become columns. */
+    /**
+     * For pictures whose rows become columns. Tilted rectangles then hold pairs of pixels side by side, as those of the
+     * library do; they are to be read from a tilted integral image one row above, where their corners may lie.
+     */
     Cascade transposed() const;
 };
 

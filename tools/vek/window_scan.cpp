@@ -85,7 +85,7 @@ void WindowScan::sumPixels(const uint8_t* pixels, int32_t step, RoiSize position
     const RoiSize size{positions.width + window_.width - 1, positions.height + window_.height - 1};
     callLibrary("vekiSqrIntegral_8u32s_C1R", vekiSqrIntegral_8u32s_C1R, pixels, step, sums_.row(0), sums_.step(),
                 squares_.row(0), squares_.step(), size, 0, 0);
-    if (tilted_)
+    if (tilted_)  // below a row that is not used, for tilted rectangles are a row too low
         callLibrary("vekiTiltedIntegral_8u32s_C1R", vekiTiltedIntegral_8u32s_C1R, pixels, step, tiltedSums_.row(1),
                     tiltedSums_.step(), size, 0);
 }

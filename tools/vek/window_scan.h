@@ -10,6 +10,7 @@
  */
 class WindowScan {
   public:
+    /** A cascade with tilted features must be transposed, and so must be the pictures. */
     explicit WindowScan(const Cascade& cascade);
 
     RoiSize window() const { return window_; }
