@@ -14,6 +14,7 @@ WIDTH ?= x86_64
 WIDTHS := x86_64 i386
 WARNINGS_AS_ERRORS ?= OFF
 OPTIONS := -DVEKCV_WARNINGS_AS_ERRORS=$(WARNINGS_AS_ERRORS)
+CASCADE := /usr/share/opencv4/haarcascades/haarcascade_frontalface_alt.xml
 SOURCES = $(shell git ls-files '*.h' '*.cpp' '*.c')
 
 .PHONY: all test demo bench docs pictures install format check-format clean
@@ -47,6 +48,8 @@ bench:
 	    cmake --build --preset $$width --target vekcv_bench || exit 1; \
 	done
 	@bench/run.sh build/x86_64 build/i386 $(if $(FILTER),--filter $(FILTER)) $(if $(QUICK),--quick)
+	@$(if $(PEER),cmake --build --preset x86_64 --target vekcv_detect_bench && \
+	    build/x86_64/bench/detect/vekcv_detect_bench $(CASCADE) examples/pictures/astronaut.png)
 
 docs:
 	@cmake/packages.sh docs
@@ -55,10 +58,12 @@ docs:
 	@docs/finish.sh build/docs/html
 
 pictures:
-	@cmake/packages.sh build
+	@cmake/packages.sh build demo
 	@cmake --preset x86_64 $(OPTIONS) >/dev/null && cmake --build --preset x86_64 --target vek
 	@build/x86_64/vek filter sobel-neg-vert examples/pictures/camera.png docs/pictures/derivative.jpg
 	@build/x86_64/vek localcontrast examples/pictures/camera.png docs/pictures/local-contrast.jpg --window 5
+	@build/x86_64/vek edges examples/pictures/camera.png docs/pictures/edges.png --low 100 --high 250
+	@build/x86_64/vek detect $(CASCADE) examples/pictures/astronaut.png -o docs/pictures/faces.jpg
 
 install:
 	@cmake/packages.sh build

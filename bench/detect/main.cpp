@@ -1,5 +1,4 @@
-// vekcv_detect_bench: the detector of the tool against that of the peer, with the same cascade, on one thread each. The
-// peer shrinks pictures by the nearest pixels alone, and so may find more that is none.
+// vekcv_detect_bench: the detector of the tool against that of the peer, with the same cascade, on one thread each.
 // Usage: vekcv_detect_bench CASCADE PICTURE [ROUNDS]
 #include <algorithm>
 #include <chrono>
