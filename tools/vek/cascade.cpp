@@ -3,12 +3,11 @@
 #include <algorithm>
 #include <charconv>
 #include <cmath>
-#include <filesystem>
-#include <fstream>
 #include <pugixml.hpp>
 #include <string_view>
 
 #include "picture.h"
+#include "read_file.h"
 
 namespace {
 
@@ -170,7 +169,7 @@ pugi::xml_node cascadeIn(const pugi::xml_document& document) {
     return element;
 }
 
-Cascade cascadeFrom(const std::string& text) {
+Cascade cascadeFrom(const std::vector<uint8_t>& text) {
     pugi::xml_document document;
     if (const pugi::xml_parse_result result = document.load_buffer(text.data(), text.size()); !result)
         throw CascadeError(std::string("is not XML: ") + result.description());
@@ -187,24 +186,6 @@ Cascade cascadeFrom(const std::string& text) {
     for (const pugi::xml_node item : stages)
         cascade.stages.push_back(stageFrom(item, cascade.features.size(), numbered("stage", cascade.stages.size())));
     return cascade;
-}
-
-std::string readText(const std::string& path) {
-    std::error_code error;
-    if (std::filesystem::is_directory(path, error))
-        throw Failure(path, "is a folder");
-    std::ifstream file(path, std::ios::binary);
-    if (!file)
-        throw Failure(path, "cannot be opened");
-    std::string text;
-    std::vector<char> part(1 << 16);
-    while (text.size() <= kMostBytes && file.read(part.data(), static_cast<std::streamsize>(part.size())).gcount() > 0)
-        text.append(part.data(), static_cast<size_t>(file.gcount()));
-    if (file.bad())
-        throw Failure(path, "cannot be read");
-    if (text.size() > kMostBytes)
-        throw Failure(path, "is too large for a cascade");
-    return text;
 }
 
 }  // namespace
@@ -227,8 +208,11 @@ Cascade Cascade::transposed() const {
 }
 
 Cascade readCascade(const std::string& path) {
+    const auto text = readFile(path, [](const auto& beginning) { return beginning.size() <= kMostBytes; });
+    if (text.size() > kMostBytes)
+        throw Failure(path, "is too large for a cascade");
     try {
-        return cascadeFrom(readText(path));
+        return cascadeFrom(text);
     } catch (const CascadeError& error) {
         throw Failure(path, error.what());
     }

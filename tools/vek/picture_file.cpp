@@ -2,11 +2,11 @@
 
 #include <algorithm>
 #include <filesystem>
-#include <fstream>
 
 #include "jpeg.h"
 #include "output_file.h"
 #include "png_format.h"
+#include "read_file.h"
 
 namespace {
 
@@ -30,23 +30,10 @@ Format formatOfName(const std::string& path) {
     return extension == ".jpg" || extension == ".jpeg" ? Format::kJpeg : Format::kNone;
 }
 
-/** The content of a picture file. Of any other file only the beginning is read, for it may have no end. */
-std::vector<uint8_t> readFile(const std::string& path) {
-    std::error_code error;
-    if (std::filesystem::is_directory(path, error))
-        throw Failure(path, "is a folder");
-    std::ifstream file(path, std::ios::binary);
-    if (!file)
-        throw Failure(path, "cannot be opened");
-    std::vector<uint8_t> content;
-    std::vector<char> part(1 << 16);
-    while (file.read(part.data(), static_cast<std::streamsize>(part.size())).gcount() > 0) {
-        content.insert(content.end(), part.begin(), part.begin() + file.gcount());
-        if (formatOfContent(content) == Format::kNone)
-            break;
-    }
-    if (file.bad())
-        throw Failure(path, "cannot be read");
+/** The content of a picture file. Of any other file only the beginning is read. */
+std::vector<uint8_t> readPictureFile(const std::string& path) {
+    std::vector<uint8_t> content =
+        readFile(path, [](const auto& beginning) { return formatOfContent(beginning) != Format::kNone; });
     if (content.empty())
         throw Failure(path, "is empty");
     return content;
@@ -55,11 +42,11 @@ std::vector<uint8_t> readFile(const std::string& path) {
 }  // namespace
 
 bool isPictureFile(const std::string& path) {
-    return formatOfContent(readFile(path)) != Format::kNone;
+    return formatOfContent(readPictureFile(path)) != Format::kNone;
 }
 
 Picture readPicture(const std::string& path) {
-    const std::vector<uint8_t> content = readFile(path);
+    const std::vector<uint8_t> content = readPictureFile(path);
     try {
         switch (formatOfContent(content)) {
             case Format::kPng:
