@@ -231,6 +231,8 @@ constexpr bool isWide(RoiSize roi) {
 
 int64_t bufferBytes(RoiSize roi) {
     const int64_t mapBytes = (int64_t{roi.width} + 2) * (int64_t{roi.height} + 2);
+    if (mapBytes > INT32_MAX)  // too large already, and a multiple may not fit 64 bits
+        return mapBytes;
     return mapBytes * (isWide(roi) ? 9 : 5) + 16 * int64_t{roi.width} + 160;
 }
 

@@ -212,6 +212,8 @@ TEST(CannySize, FollowsItsFormula) {
     EXPECT_EQ(StatusSizeError, vekiCannyGetSize({1, 0}, &size));
     EXPECT_EQ(StatusSizeError, vekiCannyGetSize({20730, 20730}, &size));
     EXPECT_EQ(StatusSizeError, vekiCannyGetSize({INT32_MAX, INT32_MAX}, &size));
+    // 9 bytes for each of 1.5e18 pixels do not fit 63 bits.
+    EXPECT_EQ(StatusSizeError, vekiCannyGetSize({1224744871, 1224744871}, &size));
     EXPECT_EQ(-1, size);
     EXPECT_EQ(StatusOk, vekiCannyGetSize({20700, 20700}, &size));
 }
