@@ -18,7 +18,7 @@ struct LinearBytes {
 
 /** What a thread of a row filter needs for each tap of the kernel. */
 template <typename Source, int32_t kChannels, Precision kPrecision>
-constexpr LinearBytes kRowPipelineBytes;
+constexpr LinearBytes kRowPipelineBytes{};
 template <>
 inline constexpr LinearBytes kRowPipelineBytes<uint8_t, 1, Precision::kFull>{36, 112};
 template <>

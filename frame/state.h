@@ -14,6 +14,9 @@ struct StateArray {
     int32_t count;
 };
 
+template <typename State, typename Element>
+StateArray(Element* State::*, int32_t) -> StateArray<State, Element>;
+
 /**
  * Allocates a state object with its arrays, in one block: newState(&state, StateArray{&Model::weights, n}). The object
  * is value-initialised, the arrays are aligned but not initialised. StatusMemoryAllocation leaves *result as it was.
