@@ -1,5 +1,6 @@
 // A core library whose answers a test chooses, in the place of the real one. The environment gives the first answers,
-// for those are asked for before a program begins: STANDIN_FEATURES (a number), STANDIN_THREADS, STANDIN_CACHE_BYTES.
+// for those are asked for before a program begins: STANDIN_FEATURES (a number), STANDIN_THREADS, STANDIN_CORES,
+// STANDIN_CACHE_BYTES.
 #pragma once
 
 #include "vekcore.h"
