@@ -5,6 +5,7 @@
 #   make demo       the tool on the pictures of the repository, as build/demo/index.html
 #   make bench      benchmarks of both widths, into docs/performance.md; PEER=1 compares with OpenCV,
 #                   FILTER=text takes the exports whose names contain the text, QUICK=1 fewer sizes and rounds
+#   make fuzz       calls all exports with random arguments for SECONDS=60; what it finds lies in build/fuzz
 #   make docs       the manual of every function as pages: build/docs/html/index.html
 #   make pictures   the pictures of README.md, in docs/pictures
 #   make install    into PREFIX (/usr/local); WIDTH=i386 for 32 bits, STATIC=1 for static libraries
@@ -12,12 +13,13 @@
 PREFIX ?= /usr/local
 WIDTH ?= x86_64
 WIDTHS := x86_64 i386
+SECONDS ?= 60
 WARNINGS_AS_ERRORS ?= OFF
 OPTIONS := -DVEKCV_WARNINGS_AS_ERRORS=$(WARNINGS_AS_ERRORS)
 CASCADE := /usr/share/opencv4/haarcascades/haarcascade_frontalface_alt.xml
 SOURCES = $(shell git ls-files '*.h' '*.cpp' '*.c')
 
-.PHONY: all test demo bench docs pictures install format check-format clean
+.PHONY: all test demo bench fuzz docs pictures install format check-format clean
 .DELETE_ON_ERROR:
 
 all:
@@ -64,6 +66,13 @@ pictures:
 	@build/x86_64/vek localcontrast examples/pictures/camera.png docs/pictures/local-contrast.jpg --window 5
 	@build/x86_64/vek edges examples/pictures/camera.png docs/pictures/edges.png --low 100 --high 250
 	@build/x86_64/vek detect $(CASCADE) examples/pictures/astronaut.png -o docs/pictures/faces.jpg
+
+fuzz:
+	@cmake/packages.sh build fuzz
+	@cmake --preset fuzz >/dev/null && cmake --build --preset fuzz
+	@mkdir -p build/fuzz/corpus
+	@build/fuzz/fuzz/vekcv_fuzz -max_total_time=$(SECONDS) -timeout=20 -entropic=0 -artifact_prefix=build/fuzz/ \
+	    build/fuzz/corpus fuzz/corpus
 
 install:
 	@cmake/packages.sh build

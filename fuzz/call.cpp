@@ -1,0 +1,63 @@
+#include "call.h"
+
+#include <cstdio>
+
+namespace fuzz {
+namespace {
+
+std::string text(const Value& value, Element element) {
+    return withType(element, [&]<typename T>(T) {
+        char digits[32];
+        std::snprintf(digits, sizeof digits, "%.10g", static_cast<double>(value.as<T>()));
+        return std::string(digits);
+    });
+}
+
+std::string text(const Operand& operand) {
+    const Extent extent = operand.extent();
+    return " [columns " + std::to_string(extent.left) + " to " + std::to_string(extent.right - 1) + ", rows " +
+           std::to_string(extent.top) + " to " + std::to_string(extent.bottom - 1) + "]";
+}
+
+}  // namespace
+
+int32_t Call::channelsOf(size_t image) const {
+    const Parameter& parameter = target->parameters[image];
+    const size_t layout = target->name.rfind("_C");
+    if (parameter.name == "mask" || layout == std::string_view::npos)
+        return 1;
+    return target->name[layout + 2] - '0';
+}
+
+std::string Call::describe() const {
+    std::string all = std::string(target->name) + "(";
+    for (size_t i = 0; i < values.size(); ++i) {
+        const Parameter& parameter = target->parameters[i];
+        all += (i == 0 ? "" : ", ") + std::string(parameter.name) + " = ";
+        if (parameter.kind == Kind::kNumber) {
+            all += text(values[i], parameter.element);
+        } else if (parameter.kind == Kind::kSize) {
+            const auto size = values[i].as<RoiSize>();
+            all += std::to_string(size.width) + " x " + std::to_string(size.height);
+        } else if (parameter.kind == Kind::kRectangle) {
+            const auto r = values[i].as<ImageRect>();
+            all += "{" + std::to_string(r.x) + ", " + std::to_string(r.y) + ", " + std::to_string(r.width) + ", " +
+                   std::to_string(r.height) + "}";
+        } else {
+            char address[32];
+            std::snprintf(address, sizeof address, "%p", values[i].as<void*>());
+            all += address + (operands[i] == nullptr ? "" : text(*operands[i]));
+        }
+    }
+    all += ")";
+    if (features)
+        all += " " + std::to_string(features->featureCount()) + " features, tilted " +
+               std::to_string(features->isTilted) + ", later " + std::to_string(features->tiltsLater);
+    if (!fault.empty())
+        all += " with " + fault;
+    if (allowedBlocks < 100)
+        all += " and memory for " + std::to_string(allowedBlocks) + " blocks";
+    return hasTinyCache ? all + " and a tiny cache" : all;
+}
+
+}  // namespace fuzz

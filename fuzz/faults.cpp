@@ -1,0 +1,154 @@
+#include "faults.h"
+
+#include <climits>
+
+#include "preconditions.h"
+
+namespace fuzz {
+namespace {
+
+/** Faults that the checks of an export must find, whatever else is wrong. */
+class Faults {
+  public:
+    Faults(Input& input, Call& call) : input_(input), call_(call), target_(*call.target) {}
+
+    void add() {
+        switch (input_.below(5)) {
+            case 0:
+                addNullPointer();
+                break;
+            case 1:
+                addBadSize();
+                break;
+            case 2:
+                addShortStep();
+                break;
+            case 3:
+                addNullRow();
+                break;
+            default:
+                addBadRectangle();
+                addBadFeature();
+                break;
+        }
+    }
+
+  private:
+    void mustFail(const std::string& fault) { call_.fault += (call_.fault.empty() ? "" : ", ") + fault; }
+
+    std::vector<size_t> indicesOf(auto predicate) {
+        std::vector<size_t> all;
+        for (size_t i = 0; i < target_.parameters.size(); ++i)
+            if (predicate(i))
+                all.push_back(i);
+        return all;
+    }
+
+    void addNullPointer() {
+        const auto pointers = indicesOf([&](size_t i) { return target_.parameters[i].kind >= Kind::kPointer; });
+        if (pointers.empty())
+            return;
+        const size_t i = pointers[input_.below(static_cast<uint32_t>(pointers.size()))];
+        call_.values[i].set<void*>(nullptr);
+        call_.isNull[i] = true;
+        if (call_.rules->optional.find(target_.parameters[i].name) == std::string_view::npos)
+            mustFail("a null pointer");
+    }
+
+    void addBadSize() {
+        const size_t i = target_.indexOf("roiSize");
+        if (i == Export::kNone || target_.has("bufferSize"))
+            return;
+        auto size = call_.values[i].as<RoiSize>();
+        constexpr RoiSize kBad[] = {{0, 1},       {1, 0},       {-1, 1},      {1, -1},
+                                    {INT_MIN, 1}, {1, INT_MIN}, {INT_MAX, 1}, {1431655766, 1}};
+        const RoiSize bad = input_.oneOf(kBad);
+        (bad.width == 1 ? size.height : size.width) = bad.width == 1 ? bad.height : bad.width;
+        if (indicesOf([&](size_t k) { return call_.isImage(k); }).empty() && bad.width > 1)
+            return;
+        call_.values[i].set(size);
+        mustFail("a bad size");
+    }
+
+    void addShortStep() {
+        const auto steps = indicesOf([&](size_t i) { return target_.isStep(i); });
+        if (steps.empty())
+            return;
+        const size_t i = steps[input_.below(static_cast<uint32_t>(steps.size()))];
+        const auto checked = static_cast<int32_t>(checkedRowBytes(call_, i - 1));
+        const int32_t element = static_cast<int32_t>(bytesOf(target_.parameters[i - 1].element));
+        const int32_t bad[] = {
+            checked - 1, checked - element, 0, -1, INT_MIN, -checked, -call_.plainValues[i].as<int32_t>()};
+        call_.values[i].set(bad[input_.below(7)]);
+        mustFail("a short step");
+    }
+
+    /** A null address among rows. Rows before it may be written. */
+    void addNullRow() {
+        const auto rows = indicesOf([&](size_t i) { return call_.addresses[i] != nullptr; });
+        if (rows.empty())
+            return;
+        Operand& addresses = *call_.addresses[rows[0]];
+        const auto count = static_cast<uint32_t>(addresses.extent().columns());
+        static_cast<void**>(addresses.pointer())[input_.below(count)] = nullptr;
+        addresses.save();
+        call_.writesInSpiteOfError = !target_.parameters[rows[0]].isConst;
+        mustFail("a null row");
+    }
+
+    void addBadRectangle() {
+        if (const size_t i = target_.indexOf("rect"); i != Export::kNone) {
+            auto r = call_.values[i].as<ImageRect>();
+            constexpr ImageRect kBad[] = {{-1, 0, 1, 1},
+                                          {0, -1, 1, 1},
+                                          {0, 0, 0, 1},
+                                          {0, 0, 1, 0},
+                                          {INT_MAX, 0, 1, 1},
+                                          {0, 0, INT_MAX, 1},
+                                          {INT_MIN, INT_MIN, INT_MIN, INT_MIN}};
+            const ImageRect bad = input_.oneOf(kBad);
+            const auto other = [](int32_t value, int32_t usual, int32_t now) { return value == usual ? now : value; };
+            r = {other(bad.x, 0, r.x), other(bad.y, 0, r.y), other(bad.width, 1, r.width),
+                 other(bad.height, 1, r.height)};
+            call_.values[i].set(r);
+            mustFail("a bad rectangle");
+        }
+    }
+
+    /** A number of features, of rectangles of a feature, or a rectangle that is out of range. */
+    void addBadFeature() {
+        if (const size_t i = target_.indexOf("rectangleCounts"); i != Export::kNone) {
+            const size_t rectangles = target_.indexOf("rectangles");
+            const int32_t features = call_.features->featureCount();
+            if (input_.oneIn(4)) {
+                call_.values[target_.indexOf("featureCount")].set(-1 - static_cast<int32_t>(input_.below(2)));
+                mustFail("a bad number of features");
+            } else if (features > 0 && input_.oneIn(2)) {
+                auto* const counts = static_cast<int32_t*>(call_.operands[i]->pointer());
+                counts[input_.below(static_cast<uint32_t>(features))] = input_.oneIn(2) ? 0 : INT_MIN;
+                call_.operands[i]->save();
+                mustFail("a bad number of rectangles");
+            } else if (features > 0) {
+                auto* const all = static_cast<ImageRect*>(call_.operands[rectangles]->pointer());
+                constexpr ImageRect kBad[] = {{-1, 0, 1, 1}, {0, INT_MIN, 1, 1}, {5, 5, 0, 1},
+                                              {5, 5, 1, 0},  {5, 5, INT_MIN, 1}, {5, 5, -1, -1}};
+                const auto count = static_cast<uint32_t>(call_.operands[rectangles]->extent().columns());
+                all[input_.below(count)] = input_.oneOf(kBad);
+                call_.operands[rectangles]->save();
+                mustFail("a bad rectangle");
+            }
+        }
+    }
+
+    Input& input_;
+    Call& call_;
+    const Export& target_;
+};
+
+}  // namespace
+
+void addFault(Input& input, Call& call) {
+    Faults(input, call).add();
+}
+
+}  // namespace fuzz

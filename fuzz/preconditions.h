@@ -1,0 +1,47 @@
+// What the header asks of callers beyond what the names and types of parameters say: an entry for each family, and the
+// values of each number.
+#pragma once
+
+#include <limits>
+#include <string>
+
+#include "call.h"
+
+namespace fuzz {
+
+struct Precondition {
+    std::string_view family;        // how the names of its exports begin
+    const char* skipped = nullptr;  // why its exports are not called
+
+    /** The elements of an image that are read or written: those of the region, where nothing else is said. */
+    Extent (*extent)(const Call& call, size_t image) = nullptr;
+    /** How many columns the check of a step asks for, where those are not the columns that there are. */
+    int64_t (*checkedColumns)(const Call& call, size_t image) = nullptr;
+
+    /** The query of the size of the work buffer: the whole name, or what takes the place of a part of the export's. */
+    std::string_view query{}, replacedByQuery{};
+
+    bool sharesMemory = false;    // the destination may be the same image as a source
+    bool dependsOnTeam = false;   // float results may depend on the number of threads
+    std::string_view optional{};  // results whose pointers may be null
+};
+
+/** The entry with the longest name that fits; null where there is none. */
+const Precondition* findPrecondition(const Export& target);
+
+struct NumberRule {
+    std::string_view parameter;
+    std::vector<double> usual;
+    enum Others { kNone, kBelowOne, kAny } others;  // kBelowOne: memory is needed for all larger ones
+};
+
+const NumberRule* findNumberRule(std::string_view parameter);
+
+/** The query of the size of the work buffer of an export; null where there is none. */
+const Export* queryOf(const Export& target);
+
+/** The elements of an image, and the bytes of a row that the check of its step asks for. */
+Extent extentOf(const Call& call, size_t image);
+int64_t checkedRowBytes(const Call& call, size_t image);
+
+}  // namespace fuzz

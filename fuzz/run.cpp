@@ -1,0 +1,236 @@
+#include "run.h"
+
+#include <climits>
+#include <cmath>
+#include <cstdio>
+#include <cstdlib>
+
+#include "preconditions.h"
+#include "standin_core.h"
+#include "table.h"
+
+namespace fuzz {
+namespace {
+
+using Elements = std::vector<uint8_t>;
+
+struct Results {
+    Status status;
+    std::vector<Elements> elements;  // of each operand that is written; empty for all others
+};
+
+/** One run of a call. */
+class Run {
+  public:
+    Run(const Call& call, uint32_t variant, int threads)
+        : call_(call), target_(*call.target), variant_(variant), threads_(threads), values_(call.values) {}
+
+    Results results() {
+        if (std::getenv("VEKCV_FUZZ_TRACE") != nullptr)
+            std::fprintf(stderr, "variant %u, threads %d: %s\n", variant_, threads_, call_.describe().c_str());
+        vekcv::VariantIndex = static_cast<int32_t>(variant_);
+        vekSetNumThreads(threads_);
+        setenv("STANDIN_CACHE_BYTES", call_.hasTinyCache ? "16" : "1048576", 1);
+        for (const auto* all : {&call_.operands, &call_.addresses})
+            for (const auto& operand : *all)
+                if (operand != nullptr)
+                    operand->restore();
+
+        const int blocks = standInBlocks();
+        makeBuffer();
+        makeState();
+        standInFailAfter(call_.allowedBlocks);
+        Results results{target_.call(values_.data()), {}};
+        standInFailAfter(INT_MAX);
+        checkMemory(results.status);
+        results.elements = writtenElements();
+        releaseState(results);
+        if (standInBlocks() != blocks)
+            fail("a block of memory was not released");
+        return results;
+    }
+
+    [[noreturn]] void fail(const std::string& text) const {
+        std::fprintf(stderr, "FINDING: %s\n  variant %u, threads %d\n  %s\n", text.c_str(), variant_, threads_,
+                     call_.describe().c_str());
+        std::abort();
+    }
+
+  private:
+    /** Of as many bytes as its query gives for the arguments without faults. What it holds differs from run to run. */
+    void makeBuffer() {
+        const size_t i = target_.indexOf("buffer");
+        if (i == Export::kNone)
+            return;
+        const Export* const query = queryOf(target_);
+        int32_t bytes = 1;
+        std::vector<Value> values;
+        for (const Parameter& parameter : query->parameters) {
+            values.emplace_back();
+            if (parameter.name == "bufferSize")
+                values.back().set(&bytes);
+            else
+                values.back() = call_.plainValues[target_.indexOf(parameter.name)];
+        }
+        if (query->call(values.data()) != StatusOk)
+            bytes = 1;  // the call fails, too
+        buffer_ = std::make_unique<Operand>(Element::k8u, Extent{0, 0, bytes, 1}, 0, call_.bufferPlace);
+        buffer_->fill({Content::kConstant, variant_ * 2 + static_cast<uint32_t>(threads_)});
+        buffer_->save();
+        if (!call_.isNull[i])
+            values_[i].set(buffer_->pointer());
+    }
+
+    size_t stateIndex() const {
+        for (size_t i = 0; i < target_.parameters.size(); ++i)
+            if (target_.parameters[i].kind == Kind::kState)
+                return i;
+        return Export::kNone;
+    }
+
+    void makeState() {
+        const size_t i = stateIndex();
+        if (i == Export::kNone)
+            return;
+        state_ = call_.features->build();
+        if (!call_.isNull[i])
+            values_[i].set(state_);
+    }
+
+    /** Releases what the call made or left, and adds what can be seen of it to the results. */
+    void releaseState(Results& results) {
+        for (size_t i = 0; i < target_.parameters.size(); ++i) {
+            if (target_.parameters[i].kind != Kind::kStateSlot || call_.isNull[i])
+                continue;
+            HaarClassifier*& slot = *static_cast<HaarClassifier**>(call_.operands[i]->pointer());
+            const bool isMade = results.status == StatusOk;
+            if (isMade)
+                state_ = slot;
+            results.elements[i] = {isMade ? uint8_t{1} : slot == nullptr ? uint8_t{2} : uint8_t{3}};
+        }
+        const bool isReleased = target_.name.find("Free") != std::string_view::npos && results.status == StatusOk;
+        if (state_ == nullptr || isReleased)
+            return;
+        RoiSize window{};
+        vekiGetHaarClassifierSize_32f(state_, &window);
+        const auto* const bytes = reinterpret_cast<const uint8_t*>(&window);
+        results.elements.emplace_back(bytes, bytes + sizeof window);
+        vekiHaarClassifierFree_32f(state_);
+    }
+
+    bool isWritten(size_t i) const {
+        return !target_.parameters[i].isConst || target_.parameters[i].kind == Kind::kStateSlot;
+    }
+
+    void checkMemory(Status status) const {
+        // A classifier that cannot be built may be made null.
+        const bool mayWrite = status >= 0 || call_.writesInSpiteOfError || target_.has("rectangles");
+        for (size_t i = 0; i < target_.parameters.size(); ++i) {
+            const std::string name(target_.parameters[i].name);
+            if (call_.addresses[i] != nullptr && !call_.addresses[i]->isUntouched())
+                fail("the addresses of rows were written: " + name);
+            const Operand* const operand = call_.operands[i].get();
+            if (operand == nullptr)
+                continue;
+            if (!isWritten(i) && !operand->isUntouched())
+                fail("a source was written: " + name);
+            if (!mayWrite && !operand->isUntouched())
+                fail("an output was written in spite of status " + std::to_string(status) + ": " + name);
+            if (!operand->areSurroundingsUntouched())
+                fail("bytes outside were written: " + name);
+        }
+        if (buffer_ != nullptr && (!mayWrite ? !buffer_->isUntouched() : !buffer_->areSurroundingsUntouched()))
+            fail("bytes outside of the buffer, or in spite of an error, were written");
+        if (status >= 0 && !call_.fault.empty())
+            fail("status " + std::to_string(status) + " in spite of a fault");
+    }
+
+    std::vector<Elements> writtenElements() const {
+        std::vector<Elements> all;
+        for (size_t i = 0; i < target_.parameters.size(); ++i)
+            all.push_back(call_.operands[i] != nullptr && isWritten(i) ? call_.operands[i]->elements() : Elements());
+        return all;
+    }
+
+    const Call& call_;
+    const Export& target_;
+    uint32_t variant_;
+    int threads_;
+    std::vector<Value> values_;
+    std::unique_ptr<Operand> buffer_;
+    HaarClassifier* state_ = nullptr;
+};
+
+template <typename T>
+size_t firstDifference(const Elements& a, const Elements& b) {
+    for (size_t at = 0; at < a.size(); at += sizeof(T)) {
+        T x, y;
+        std::memcpy(&x, &a[at], sizeof x);
+        std::memcpy(&y, &b[at], sizeof y);
+        if (std::memcmp(&x, &y, sizeof x) != 0 && !(std::isnan(x) && std::isnan(y)))
+            return at / sizeof(T);
+    }
+    return a.size() / sizeof(T);
+}
+
+/** What differs between two results; empty where nothing does. A NaN is the same as any other. */
+std::string difference(const Call& call, const Results& expected, const Results& actual, bool isSameTeam) {
+    if (expected.status != actual.status)
+        return "status " + std::to_string(actual.status) + " instead of " + std::to_string(expected.status);
+    for (size_t i = 0; i < expected.elements.size(); ++i) {
+        const Elements &a = expected.elements[i], &b = actual.elements[i];
+        if (a == b)
+            continue;
+        if (i >= call.target->parameters.size())
+            return "another size of window";
+        const Parameter& parameter = call.target->parameters[i];
+        const bool isFloat = call.target->name.find("32f") != std::string_view::npos;
+        if (!isSameTeam && call.rules->dependsOnTeam && isFloat)
+            continue;
+        const auto at = parameter.element == Element::k32f   ? firstDifference<float>(a, b)
+                        : parameter.element == Element::k64f ? firstDifference<double>(a, b)
+                                                             : firstDifference<uint8_t>(a, b);
+        const size_t element = parameter.element == Element::k32f ? 4 : parameter.element == Element::k64f ? 8 : 1;
+        if (at * element < a.size())
+            return std::string(parameter.name) + " differs at " + (element == 1 ? "byte " : "element ") +
+                   std::to_string(at) + " of " + std::to_string(a.size() / element);
+    }
+    return "";
+}
+
+}  // namespace
+
+uint32_t variantsOfProcessor() {
+    __builtin_cpu_init();
+    uint32_t count = 2;
+    if (__builtin_cpu_supports("avx2"))
+        count = 3;
+    if (count == 3 && __builtin_cpu_supports("avx512f") && __builtin_cpu_supports("avx512bw") &&
+        __builtin_cpu_supports("avx512dq") && __builtin_cpu_supports("avx512vl"))
+        count = 4;
+    return count < VEKCV_VARIANTS ? count : VEKCV_VARIANTS;
+}
+
+Status runAndCompare(const Call& call) {
+    constexpr int kThreads[] = {1, 3};
+    Results alone{};
+    for (const int threads : kThreads) {
+        const Results expected = Run(call, 0, threads).results();
+        Run other(call, call.otherVariant, threads);
+        if (const std::string text = difference(call, expected, other.results(), true); !text.empty())
+            other.fail("not as in variant 0: " + text);
+        if (threads == 1) {
+            alone = expected;
+            continue;
+        }
+        // The sizes of buffers depend on the number of threads, and so may what memory is needed.
+        if (call.target->has("bufferSize") || alone.status == StatusMemoryAllocation ||
+            expected.status == StatusMemoryAllocation)
+            continue;
+        if (const std::string text = difference(call, alone, expected, false); !text.empty())
+            Run(call, 0, threads).fail("not as with one thread: " + text);
+    }
+    return alone.status;
+}
+
+}  // namespace fuzz
