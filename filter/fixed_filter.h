@@ -58,6 +58,7 @@ struct WindowRule {
 
     RowRule<Filter, T> bottom;
     const Element* above[Filter::kParts][Filter::kTaps - 1];
+    const T* middle;  // the pixels themselves
 
     template <typename D>
     HWY_INLINE hn::Vec<D> operator()(D d, ptrdiff_t x) const {
@@ -73,7 +74,7 @@ struct WindowRule {
     }
 
     WindowRule from(ptrdiff_t x, const T* pixelsThere) const {
-        WindowRule rule{bottom.from(x, pixelsThere), {}};
+        WindowRule rule{bottom.from(x, pixelsThere), {}, middle + x};
         for (int32_t part = 0; part < Filter::kParts; ++part)
             for (int32_t k = 0; k < Filter::kTaps - 1; ++k)
                 rule.above[part][k] = above[part][k] + x;
@@ -88,9 +89,13 @@ struct WindowRule {
         hn::StoreU(parts[0], d, bottom.filtered[0] + x);
         if constexpr (Filter::kParts == 2)
             parts[1] = hn::LoadU(d, bottom.filtered[1] + x);
-        return Filter::column([&](int32_t part, int32_t k) HWY_ATTR {
+        const auto filtered = [&](int32_t part, int32_t k) HWY_ATTR {
             return k == Filter::kTaps - 1 ? parts[part] : hn::LoadU(d, above[part][k] + x);
-        });
+        };
+        if constexpr (requires { Filter::column(filtered, parts[0]); })
+            return Filter::column(filtered, loadWidened(d, middle + x));
+        else
+            return Filter::column(filtered);
     }
 };
 
@@ -132,6 +137,7 @@ void filterFixed(Image<const T> source, Image<Result> out, RoiSize roi, const Bo
         const int32_t y = first - kReach + i;
         const T* const row = rowFor(source, roi, border, y);
         WindowRule<Filter, T, Result> rule{};
+        rule.middle = source.row(y - kReach);
         for (int32_t part = 0; part < kParts; ++part) {
             rule.bottom.filtered[part] = ring[part][i % kTaps];
             for (int32_t k = 0; k < kTaps - 1; ++k)

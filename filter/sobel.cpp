@@ -57,18 +57,17 @@ struct ScharrVert : ScharrBuffer {
     using Small = Separable<Difference3<1>, Scharr3>;
 };
 
-/** 2 0 2 / 0 -8 0 / 2 0 2 */
+/** 2 0 2 / 0 -8 0 / 2 0 2: the middle row is that of the image itself. */
 struct Laplacian3 {
-    static constexpr int32_t kTaps = 3, kParts = 2;
+    static constexpr int32_t kTaps = 3, kParts = 1;
 
     template <typename V, typename At>
-    HWY_INLINE static void row(V (&parts)[2], At at) {
+    HWY_INLINE static void row(V (&parts)[1], At at) {
         parts[0] = times<2>(hn::Add(at(0), at(2)));
-        parts[1] = times<8>(at(1));
     }
-    template <typename At>
-    HWY_INLINE static auto column(At at) {
-        return hn::Sub(hn::Add(at(0, 0), at(0, 2)), at(1, 1));
+    template <typename At, typename V>
+    HWY_INLINE static auto column(At at, V middle) {
+        return hn::Sub(hn::Add(at(0, 0), at(0, 2)), times<8>(middle));
     }
 };
 
