@@ -14,7 +14,8 @@ uint64_t detectFeatures() {
     uint64_t features = 0;
     if (__builtin_cpu_supports("ssse3"))
         features |= VekCpuSsse3;
-    if (__builtin_cpu_supports("movbe"))
+    unsigned a = 0, b = 0, c = 0, d = 0;  // not every compiler knows this feature by name
+    if (__get_cpuid(1, &a, &b, &c, &d) && (c & bit_MOVBE) != 0)
         features |= VekCpuMovbe;
     if (__builtin_cpu_supports("avx2"))
         features |= VekCpuAvx2;

@@ -1,5 +1,6 @@
 // Runs the tests of a program on the variant whose target code VEKCV_TEST_VARIANT gives. On a processor that lacks it
 // there is nothing to test: the program exits with status 77, which the test runner shows as skipped.
+#include <cpuid.h>
 #include <gtest/gtest.h>
 
 #include <cstdio>
@@ -14,8 +15,9 @@ constexpr int kSkipped = 77;
 
 bool isSupported(std::string_view targetCode) {
     __builtin_cpu_init();
+    unsigned a = 0, b = 0, c = 0, d = 0;
     if (targetCode == "s8")
-        return __builtin_cpu_supports("movbe");
+        return __get_cpuid(1, &a, &b, &c, &d) && (c & bit_MOVBE) != 0;
     if (targetCode == "a2")
         return __builtin_cpu_supports("avx2");
     if (targetCode == "a5")
