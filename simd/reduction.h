@@ -39,11 +39,13 @@ struct Pixels {
 
     template <typename D>
     HWY_INLINE hn::Vec<D> load(D d) const {
-        if constexpr (kStride == 1)
+        if constexpr (kStride == 1) {
             return hn::LoadU(d, first);
-        hn::Vec<D> channel, second, third;
-        hn::LoadInterleaved3(d, first, channel, second, third);
-        return channel;
+        } else {
+            hn::Vec<D> channel, second, third;
+            hn::LoadInterleaved3(d, first, channel, second, third);
+            return channel;
+        }
     }
 
     /** The last pixels of a row, and a neutral value in all that the row is short of a block. */

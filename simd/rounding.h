@@ -5,11 +5,10 @@
 
 namespace VEKCV_VARIANT {
 
-/** The nearest integers, of two equally near ones the even one; values above 2147483520 give -2147483648. */
+/** The nearest integers, of two equally near ones the even one; callers keep below 2147483648. */
 template <typename D, typename V = hn::Vec<hn::Rebind<float, D>>>
-HWY_INLINE hn::Vec<D> nearestIntegers(D d, V v) {
+HWY_INLINE hn::Vec<D> nearestIntegers(D /*d*/, V v) {
 #if HWY_TARGET == HWY_SSSE3 || HWY_TARGET == HWY_AVX2 || HWY_TARGET == HWY_AVX3
-    (void)d;
     if constexpr (sizeof(v.raw) == 16)
         return hn::Vec<D>{_mm_cvtps_epi32(v.raw)};
 #if HWY_TARGET != HWY_SSSE3
@@ -21,7 +20,6 @@ HWY_INLINE hn::Vec<D> nearestIntegers(D d, V v) {
         return hn::Vec<D>{_mm512_cvtps_epi32(v.raw)};
 #endif
 #else
-    (void)d;
     return hn::NearestInt(v);
 #endif
 }
