@@ -197,11 +197,7 @@ double mean(Sum sum, int64_t count) {
 struct Mean {
     template <typename Source, typename Mask>
     static Status run(Source source, Mask mask, RoiSize roi, int32_t channel, double* result) {
-        if (Status status = Check()
-                                .pointers(source, mask, result)
-                                .roi(roi)
-                                .steps(roi.width, source, mask)
-                                .channelOfInterest(channel))
+        if (Status status = Check().pointers(source, mask, result).channelImages(roi, channel, source, mask))
             return status;
         const auto totals =
             totalsOf<Results::kMean>(source.from(channel), mask, roi, ParallelFrom::perThread(kPixelsPerThread));
@@ -214,8 +210,7 @@ template <int64_t kPixels>
 struct MeanStdDev {
     template <typename Source, typename Mask>
     static Status run(Source source, Mask mask, RoiSize roi, int32_t channel, double* meanResult, double* deviation) {
-        if (Status status =
-                Check().pointers(source, mask).roi(roi).steps(roi.width, source, mask).channelOfInterest(channel))
+        if (Status status = Check().pointers(source, mask).channelImages(roi, channel, source, mask))
             return status;
         const auto totals =
             totalsOf<Results::kMeanAndDeviation>(source.from(channel), mask, roi, ParallelFrom::perThread(kPixels));

@@ -192,9 +192,7 @@ struct MinMaxIndx {
                       float* maximum, ImagePoint* minimumIndex, ImagePoint* maximumIndex) {
         if (Status status = Check()
                                 .pointers(source, mask, minimum, maximum, minimumIndex, maximumIndex)
-                                .roi(roi)
-                                .steps(roi.width, source, mask)
-                                .channelOfInterest(channel))
+                                .channelImages(roi, channel, source, mask))
             return status;
         const auto extrema = reduceRows(
             roi, ParallelFrom{16384},

@@ -205,11 +205,8 @@ constexpr int64_t kPixelsPerThread<&vekiNormDiff_Inf_16u_C3CMR> = kAlone;
 template <auto Export, typename Norm, bool kRelative, typename T, int32_t kChannels, typename... Sources>
 Status reduce(Image<const uint8_t> mask, RoiSize roi, int32_t channel, double* result, Image<const T, kChannels> source,
               Sources... others) {
-    if (Status status = Check()
-                            .pointers(source, others..., mask, result)
-                            .roi(roi)
-                            .steps(roi.width, source, others..., mask)
-                            .channelOfInterest(channel))
+    if (Status status =
+            Check().pointers(source, others..., mask, result).channelImages(roi, channel, source, others..., mask))
         return status;
 
     using Reduction = NormReduction<Norm, T, kRelative>;

@@ -46,9 +46,12 @@ class Check {
                        StatusStepNotMultiple);
     }
 
-    /** The number of a channel of three. */
-    constexpr Check& channelOfInterest(int32_t channel) {
-        return require(channel >= 1 && channel <= 3, StatusChannelOfInterestError);
+    /** What follows the pointers where an operation looks at one channel, from 1 to 3, of images. */
+    template <typename... Images>
+    constexpr Check& channelImages(RoiSize size, int32_t channel, const Images&... images) {
+        return roi(size)
+            .steps(size.width, images...)
+            .require(channel >= 1 && channel <= 3, StatusChannelOfInterestError);
     }
 
     constexpr operator Status() const { return status_; }
