@@ -56,32 +56,6 @@ class Moments<int8_t> {
     int64_t vectors_ = 0;
 };
 
-/** Sixteen running sums of doubles. */
-class DoubleSums {
-    using D = hn::ScalableTag<double>;
-    static constexpr auto kLanes = static_cast<ptrdiff_t>(hn::MaxLanes(D()));
-
-  public:
-    HWY_INLINE DoubleSums() {
-        for (auto& sums : sums_)
-            sums = hn::Zero(D());
-    }
-    HWY_INLINE void add(ptrdiff_t vector, hn::Vec<D> v) { sums_[vector] = hn::Add(sums_[vector], v); }
-    double total() const {
-        double lanes[kSums];
-        for (ptrdiff_t i = 0; i < kSums; i += kLanes)
-            hn::StoreU(sums_[i / kLanes], D(), lanes + i);
-        for (ptrdiff_t half = kSums / 2; half > 0; half /= 2)
-            for (ptrdiff_t i = 0; i < half; ++i)
-                lanes[i] += lanes[i + half];
-        return lanes[0];
-    }
-
-  private:
-    static constexpr ptrdiff_t kSums = kBlockPixels<float>;
-    hn::Vec<D> sums_[kSums / kLanes];
-};
-
 template <>
 class Moments<float> {
     using D = hn::ScalableTag<float>;
@@ -108,7 +82,7 @@ class Moments<float> {
         return hn::PromoteTo(Wide(), hn::UpperHalf(hn::Half<D>(), v));
     }
 
-    DoubleSums sum_, squares_;
+    SixteenSums<double> sum_, squares_;
 };
 
 /** Counts the pixels that a mask selects; without a mask it counts nothing. */

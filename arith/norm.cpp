@@ -39,33 +39,18 @@ HWY_INLINE hn::Vec<hn::ScalableTag<Magnitude<T>>> distance(hn::Vec<hn::ScalableT
 /** Sums of floats: those of a row in single precision, those of the rows in double. */
 template <bool kSquares>
 class RowSums {
-    using D = hn::ScalableTag<float>;
-    static constexpr auto kLanes = static_cast<ptrdiff_t>(hn::MaxLanes(D()));
-
   public:
-    HWY_INLINE RowSums() { clear(); }
-    HWY_INLINE void add(ptrdiff_t vector, hn::Vec<D> v) {
-        row_[vector] = hn::Add(row_[vector], kSquares ? hn::Mul(v, v) : v);
+    HWY_INLINE void add(ptrdiff_t vector, hn::Vec<hn::ScalableTag<float>> v) {
+        row_.add(vector, kSquares ? hn::Mul(v, v) : v);
     }
     HWY_INLINE void endRun() {
-        float lanes[kBlockPixels<float>];
-        for (ptrdiff_t i = 0; i < kBlockVectorCount<float>; ++i)
-            hn::StoreU(row_[i], D(), lanes + i * kLanes);
-        for (ptrdiff_t half = kBlockPixels<float> / 2; half > 0; half /= 2)
-            for (ptrdiff_t i = 0; i < half; ++i)
-                lanes[i] += lanes[i + half];
-        total_ += static_cast<double>(lanes[0]);
-        clear();
+        total_ += static_cast<double>(row_.total());
+        row_ = {};
     }
     double total() const { return total_; }
 
   private:
-    HWY_INLINE void clear() {
-        for (auto& sums : row_)
-            sums = hn::Zero(D());
-    }
-
-    hn::Vec<D> row_[kBlockVectorCount<float>];
+    SixteenSums<float> row_;
     double total_ = 0;
 };
 

@@ -1,4 +1,4 @@
-// Exact sums of unsigned integers, and of their squares, over the pixels of blocks.
+// Sums over the pixels of blocks: exact ones of unsigned integers and of their squares, and running ones of floats.
 #pragma once
 
 #include "pair_products.h"
@@ -133,6 +133,33 @@ class SumOfSquares<uint16_t> {
 
   private:
     ProductSums lowSquares_, products_, highSquares_;
+};
+
+/** Sixteen running sums of floats or doubles, in whatever number of vectors, whose total adds them in pairs. */
+template <typename T>
+class SixteenSums {
+    using D = hn::ScalableTag<T>;
+    static constexpr auto kLanes = static_cast<ptrdiff_t>(hn::MaxLanes(D()));
+    static constexpr ptrdiff_t kSums = 16;
+
+  public:
+    HWY_INLINE SixteenSums() {
+        for (auto& sums : sums_)
+            sums = hn::Zero(D());
+    }
+    HWY_INLINE void add(ptrdiff_t vector, hn::Vec<D> v) { sums_[vector] = hn::Add(sums_[vector], v); }
+    T total() const {
+        T lanes[kSums];
+        for (ptrdiff_t i = 0; i < kSums; i += kLanes)
+            hn::StoreU(sums_[i / kLanes], D(), lanes + i);
+        for (ptrdiff_t half = kSums / 2; half > 0; half /= 2)
+            for (ptrdiff_t i = 0; i < half; ++i)
+                lanes[i] += lanes[i + half];
+        return lanes[0];
+    }
+
+  private:
+    hn::Vec<D> sums_[kSums / kLanes];
 };
 
 }  // namespace VEKCV_VARIANT
