@@ -4,7 +4,6 @@
 #include "bind.h"
 #include "channel_forms.h"
 #include "check.h"
-#include "parallel.h"
 #include "sums.h"
 
 namespace VEKCV_VARIANT {
@@ -145,19 +144,10 @@ class StatisticsReduction {
 };
 
 /** The sums of the pixels that take part. */
-template <Results kResults, typename T, int32_t kChannels, typename Mask>
-auto totalsOf(Image<const T, kChannels> source, Mask mask, RoiSize roi, ParallelFrom threshold) {
-    using Reduction = StatisticsReduction<T, kResults>;
-    auto totals = reduceRows(
-        roi, threshold,
-        [=](int32_t first, int32_t rows) {
-            const PixelRows lines = reducedRows<T>(roi, first, rows, source, mask);
-            Reduction reduction;
-            for (int32_t y = lines.first; y < lines.end; ++y)
-                reduceRow(reduction, lines.width, pixelRow(source, y), maskRow(mask, y));
-            return reduction.totals();
-        },
-        Reduction::Totals::join);
+template <Results kResults, int64_t kPixels, typename Source, typename Mask>
+auto totalsOf(Source source, Mask mask, RoiSize roi, int32_t channel) {
+    using Reduction = StatisticsReduction<typename Source::Element, kResults>;
+    auto totals = reducePixels<Reduction>(roi, ParallelFrom::perThread(kPixels), channel, mask, source);
     if constexpr (std::is_same_v<Mask, NoImage>)
         totals.count = int64_t{roi.width} * roi.height;
     return totals;
@@ -173,8 +163,7 @@ struct Mean {
     static Status run(Source source, Mask mask, RoiSize roi, int32_t channel, double* result) {
         if (Status status = Check().pointers(source, mask, result).channelImages(roi, channel, source, mask))
             return status;
-        const auto totals =
-            totalsOf<Results::kMean>(source.from(channel), mask, roi, ParallelFrom::perThread(kPixelsPerThread));
+        const auto totals = totalsOf<Results::kMean, kPixelsPerThread>(source, mask, roi, channel);
         *result = mean(totals.sum, totals.count);
         return StatusOk;
     }
@@ -186,8 +175,7 @@ struct MeanStdDev {
     static Status run(Source source, Mask mask, RoiSize roi, int32_t channel, double* meanResult, double* deviation) {
         if (Status status = Check().pointers(source, mask).channelImages(roi, channel, source, mask))
             return status;
-        const auto totals =
-            totalsOf<Results::kMeanAndDeviation>(source.from(channel), mask, roi, ParallelFrom::perThread(kPixels));
+        const auto totals = totalsOf<Results::kMeanAndDeviation, kPixels>(source, mask, roi, channel);
         const double average = mean(totals.sum, totals.count);
         if (meanResult != nullptr)
             *meanResult = average;

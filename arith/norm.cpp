@@ -5,7 +5,6 @@
 #include "bind.h"
 #include "channel_forms.h"
 #include "check.h"
-#include "parallel.h"
 #include "sums.h"
 
 namespace VEKCV_VARIANT {
@@ -187,27 +186,15 @@ template <>
 constexpr int64_t kPixelsPerThread<&vekiNormDiff_Inf_16u_C3CMR> = kAlone;
 
 /** Checks, and the norm of one channel of the sources. */
-template <auto Export, typename Norm, bool kRelative, typename T, int32_t kChannels, typename... Sources>
-Status reduce(Image<const uint8_t> mask, RoiSize roi, int32_t channel, double* result, Image<const T, kChannels> source,
-              Sources... others) {
-    if (Status status =
-            Check().pointers(source, others..., mask, result).channelImages(roi, channel, source, others..., mask))
+template <auto Export, typename Norm, bool kRelative, typename... Sources>
+Status reduce(Image<const uint8_t> mask, RoiSize roi, int32_t channel, double* result, Sources... sources) {
+    if (Status status = Check().pointers(sources..., mask, result).channelImages(roi, channel, sources..., mask))
         return status;
 
-    using Reduction = NormReduction<Norm, T, kRelative>;
+    using T = std::common_type_t<typename Sources::Element...>;
     constexpr int64_t kPixels = kPixelsPerThread<Export>;
     const ParallelFrom threshold = kPixels == kAlone ? ParallelFrom::never() : ParallelFrom::perThread(kPixels);
-    const auto totals = reduceRows(
-        roi, threshold,
-        [=](int32_t first, int32_t rows) {
-            const PixelRows lines = reducedRows<T>(roi, first, rows, source, others..., mask);
-            Reduction reduction;
-            for (int32_t y = lines.first; y < lines.end; ++y)
-                reduceRow(reduction, lines.width, pixelRow(source.from(channel), y),
-                          pixelRow(others.from(channel), y)..., maskRow(mask, y));
-            return reduction.totals();
-        },
-        Reduction::Totals::join);
+    const auto totals = reducePixels<NormReduction<Norm, T, kRelative>>(roi, threshold, channel, mask, sources...);
 
     const double norm = Norm::norm(static_cast<double>(totals.difference));
     if constexpr (!kRelative) {

@@ -2,6 +2,7 @@
 // that all variants add floats in the same order.
 #pragma once
 
+#include "parallel.h"
 #include "pixel_rows.h"
 #include "promote.h"
 
@@ -140,14 +141,6 @@ inline NoMask maskRow(NoImage /*mask*/, ptrdiff_t /*y*/) {
     return {};
 }
 
-/** The rows of a stripe to be reduced. The order in which floats are added must not depend on whether images are
- * packed.
- */
-template <typename T, typename... Images>
-PixelRows reducedRows(RoiSize roi, int32_t first, int32_t rows, const Images&... images) {
-    return hwy::IsFloat<T>() ? PixelRows{first, first + rows, roi.width} : PixelRows::of(roi, first, rows, images...);
-}
-
 /**
  * Reduces a row: op.add(sources + x...) for each block, the last one with op.neutral() in the place of the pixels that
  * it lacks, and op.endRun(width) after each run of Op::kRunPixels pixels, a multiple of a block, and at the end of the
@@ -172,6 +165,24 @@ HWY_INLINE void reduceRow(Op& op, ptrdiff_t width, Sources... sources) {
         }
         op.endRun();
     }
+}
+
+/** The totals of Reduction over one channel of the sources, from the threshold on in one stripe for each thread. */
+template <typename Reduction, typename Mask, typename... Sources>
+auto reducePixels(RoiSize roi, ParallelFrom threshold, int32_t channel, Mask mask, Sources... sources) {
+    return reduceRows(
+        roi, threshold,
+        [=](int32_t first, int32_t rows) {
+            // The order in which floats are added must not depend on whether images are packed.
+            constexpr bool kInOrder = (hwy::IsFloat<typename Sources::Element>() || ...);
+            const PixelRows lines = kInOrder ? PixelRows{first, first + rows, roi.width}
+                                             : PixelRows::of(roi, first, rows, sources..., mask);
+            Reduction reduction;
+            for (int32_t y = lines.first; y < lines.end; ++y)
+                reduceRow(reduction, lines.width, pixelRow(sources.from(channel), y)..., maskRow(mask, y));
+            return reduction.totals();
+        },
+        Reduction::Totals::join);
 }
 
 }  // namespace VEKCV_VARIANT
