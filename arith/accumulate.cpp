@@ -29,9 +29,15 @@ struct AddWeighted {
     }
 };
 
-/** Products as floats; those of 8-bit values are formed in 16 bits, where they are exact and a zero has no sign. */
+/** What a pixel contributes, as a float: the source, or the product of two. */
 template <typename D, typename T>
-HWY_INLINE hn::Vec<D> products(D d, const T* a, const T* b) {
+HWY_INLINE hn::Vec<D> term(D d, const T* source) {
+    return loadFloats(d, source);
+}
+
+/** Products of 8-bit values are formed in 16 bits, where they are exact and a zero has no sign. */
+template <typename D, typename T>
+HWY_INLINE hn::Vec<D> term(D d, const T* a, const T* b) {
     if constexpr (sizeof(T) == 1) {
         const hn::Rebind<T, D> narrow;
         const hn::Rebind<hwy::MakeWide<T>, D> wide;
@@ -43,71 +49,59 @@ HWY_INLINE hn::Vec<D> products(D d, const T* a, const T* b) {
     }
 }
 
-/** The rules accumulator = op(accumulator, source), row by row. */
-template <typename Op, typename T>
-auto accumulation(Op op, Image<float> accumulator, Image<const T> source) {
+/** The rules sum = op(sum, term of the sources), row by row. */
+template <typename Op, typename... Sources>
+auto accumulation(Op op, Image<float> sum, Sources... in) {
     return [=](int32_t y) {
-        return [=, a = accumulator.row(y), s = source.row(y)](auto d, ptrdiff_t x) {
-            return op(hn::LoadU(d, a + x), loadFloats(d, s + x));
+        return [=, a = sum.row(y), ... s = in.row(y)](auto d, ptrdiff_t x) {
+            return op(hn::LoadU(d, a + x), term(d, (s + x)...));
         };
     };
 }
 
-template <typename T>
-auto productAccumulation(Image<float> accumulator, Image<const T> source1, Image<const T> source2) {
-    return [=](int32_t y) {
-        return [=, a = accumulator.row(y), s1 = source1.row(y), s2 = source2.row(y)](auto d, ptrdiff_t x) {
-            return hn::Add(hn::LoadU(d, a + x), products(d, s1 + x, s2 + x));
-        };
-    };
+template <typename Op, typename... Sources>
+Status write(Op op, Image<float> sum, RoiSize roi, Sources... in) {
+    if (Status status = Check().pointers(in..., sum).roi(roi).steps(roi.width, in..., sum))
+        return status;
+    writePixels<0>(roi, kParallelFrom, accumulation(op, sum, in...), sum, in...);
+    return StatusOk;
+}
+
+template <typename Op, typename... Sources>
+Status writeMasked(Op op, Image<float> sum, Image<const uint8_t> mask, RoiSize roi, Sources... in) {
+    if (Status status = Check().pointers(in..., mask, sum).roi(roi).steps(roi.width, in..., mask, sum))
+        return status;
+    writeMaskedPixels(roi, kParallelFrom, accumulation(op, sum, in...), sum, mask, in...);
+    return StatusOk;
 }
 
 /** Parameters are those of the operation. */
 template <typename Op, typename T, typename... Parameters>
 Status accumulate(const T* source, int32_t sourceStep, float* accumulator, int32_t accumulatorStep, RoiSize roi,
                   Parameters... parameters) {
-    const Image<const T> in{source, sourceStep};
-    const Image<float> sum{accumulator, accumulatorStep};
-    if (Status status = Check().pointers(in, sum).roi(roi).steps(roi.width, in, sum))
-        return status;
-    writePixels<0>(roi, kParallelFrom, accumulation(Op{parameters...}, sum, in), sum, in);
-    return StatusOk;
+    return write(Op{parameters...}, {accumulator, accumulatorStep}, roi, Image<const T>{source, sourceStep});
 }
 
 template <typename Op, typename T, typename... Parameters>
 Status accumulateMasked(const T* source, int32_t sourceStep, const uint8_t* mask, int32_t maskStep, float* accumulator,
                         int32_t accumulatorStep, RoiSize roi, Parameters... parameters) {
-    const Image<const T> in{source, sourceStep};
-    const Image<const uint8_t> selection{mask, maskStep};
-    const Image<float> sum{accumulator, accumulatorStep};
-    if (Status status = Check().pointers(in, selection, sum).roi(roi).steps(roi.width, in, selection, sum))
-        return status;
-    writeMaskedPixels(roi, kParallelFrom, accumulation(Op{parameters...}, sum, in), sum, selection, in);
-    return StatusOk;
+    return writeMasked(Op{parameters...}, {accumulator, accumulatorStep}, {mask, maskStep}, roi,
+                       Image<const T>{source, sourceStep});
 }
 
 template <typename T>
 Status accumulateProduct(const T* source1, int32_t source1Step, const T* source2, int32_t source2Step,
                          float* accumulator, int32_t accumulatorStep, RoiSize roi) {
-    const Image<const T> in1{source1, source1Step}, in2{source2, source2Step};
-    const Image<float> sum{accumulator, accumulatorStep};
-    if (Status status = Check().pointers(in1, in2, sum).roi(roi).steps(roi.width, in1, in2, sum))
-        return status;
-    writePixels<0>(roi, kParallelFrom, productAccumulation(sum, in1, in2), sum, in1, in2);
-    return StatusOk;
+    return write(Add(), {accumulator, accumulatorStep}, roi, Image<const T>{source1, source1Step},
+                 Image<const T>{source2, source2Step});
 }
 
 template <typename T>
 Status accumulateProductMasked(const T* source1, int32_t source1Step, const T* source2, int32_t source2Step,
                                const uint8_t* mask, int32_t maskStep, float* accumulator, int32_t accumulatorStep,
                                RoiSize roi) {
-    const Image<const T> in1{source1, source1Step}, in2{source2, source2Step};
-    const Image<const uint8_t> selection{mask, maskStep};
-    const Image<float> sum{accumulator, accumulatorStep};
-    if (Status status = Check().pointers(in1, in2, selection, sum).roi(roi).steps(roi.width, in1, in2, selection, sum))
-        return status;
-    writeMaskedPixels(roi, kParallelFrom, productAccumulation(sum, in1, in2), sum, selection, in1, in2);
-    return StatusOk;
+    return writeMasked(Add(), {accumulator, accumulatorStep}, {mask, maskStep}, roi,
+                       Image<const T>{source1, source1Step}, Image<const T>{source2, source2Step});
 }
 
 /** destination = (source1 - source2) * alpha + source2, on the calling thread. */
