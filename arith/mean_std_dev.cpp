@@ -4,6 +4,7 @@
 #include "bind.h"
 #include "channel_forms.h"
 #include "check.h"
+#include "signed_bytes.h"
 #include "sums.h"
 
 namespace VEKCV_VARIANT {
@@ -33,17 +34,16 @@ class Moments {
 template <>
 class Moments<int8_t> {
     using D = hn::ScalableTag<int8_t>;
-    using Unsigned = hn::ScalableTag<uint8_t>;
 
   public:
     using Total = int64_t;
 
     HWY_INLINE void add(ptrdiff_t vector, hn::Vec<D> v) {
-        moved_.add(vector, hn::Xor(hn::BitCast(Unsigned(), v), hn::Set(Unsigned(), 128)));
+        moved_.add(vector, movedToUnsigned(v));
         ++vectors_;
     }
     HWY_INLINE void addSquares(ptrdiff_t vector, hn::Vec<D> v) {
-        squares_.add(vector, hn::BitCast(Unsigned(), hn::Abs(v)));
+        squares_.add(vector, hn::BitCast(hn::ScalableTag<uint8_t>(), hn::Abs(v)));
     }
     HWY_INLINE void endRun() { squares_.endRun(); }
     int64_t sum() const { return static_cast<int64_t>(moved_.total()) - 128 * vectors_ * int64_t{hn::MaxLanes(D())}; }

@@ -4,6 +4,7 @@
 #include "check.h"
 #include "parallel.h"
 #include "reduction.h"
+#include "signed_bytes.h"
 
 namespace VEKCV_VARIANT {
 namespace {
@@ -13,8 +14,7 @@ template <typename V>
 HWY_INLINE auto ordered(V pixels) {
     using T = hn::TFromV<V>;
     if constexpr (std::is_same_v<T, int8_t>) {
-        const hn::RebindToUnsigned<hn::DFromV<V>> d;
-        return hn::Xor(hn::BitCast(d, pixels), hn::Set(d, 128));
+        return movedToUnsigned(pixels);
     } else if constexpr (std::is_same_v<T, uint16_t>) {
         const hn::RebindToSigned<hn::DFromV<V>> d;
         return hn::Xor(hn::BitCast(d, pixels), hn::Set(d, INT16_MIN));

@@ -22,19 +22,6 @@ HWY_INLINE hn::Vec<hn::ScalableTag<Magnitude<T>>> magnitude(hn::Vec<hn::Scalable
         return hn::BitCast(hn::ScalableTag<Magnitude<T>>(), hn::Abs(a));
 }
 
-template <typename T>
-HWY_INLINE hn::Vec<hn::ScalableTag<Magnitude<T>>> distance(hn::Vec<hn::ScalableTag<T>> a,
-                                                           hn::Vec<hn::ScalableTag<T>> b) {
-    if constexpr (std::is_same_v<T, int8_t>) {
-        // Moved to 0 to 255, for the difference of two signed bytes does not fit one.
-        const hn::ScalableTag<uint8_t> d;
-        const auto middle = hn::Set(d, 128);
-        return absoluteDifference(hn::Xor(hn::BitCast(d, a), middle), hn::Xor(hn::BitCast(d, b), middle));
-    } else {
-        return absoluteDifference(a, b);
-    }
-}
-
 /** Sums of floats: those of a row in single precision, those of the rows in double. */
 template <bool kSquares>
 class RowSums {
@@ -135,7 +122,7 @@ class NormReduction {
         const hn::ScalableTag<M> d;
         for (ptrdiff_t i = 0; i < kBlockVectorCount<T>; ++i, a = a + kLanes, b = b + kLanes, mask = mask + kLanes) {
             const auto second = b.load(D());
-            difference_.add(i, mask.selectOrZero(d, distance<T>(a.load(D()), second)));
+            difference_.add(i, mask.selectOrZero(d, absoluteDifference(a.load(D()), second)));
             if constexpr (kRelative)
                 second_.add(i, mask.selectOrZero(d, magnitude<T>(second)));
         }
