@@ -53,6 +53,6 @@ VEKCV_BIND(vekiAbsDiff_8u_C3R, absDiff<3, 3>);
 VEKCV_BIND(vekiAbsDiff_16u_C1R, absDiff<6>);
 VEKCV_BIND(vekiAbsDiff_32f_C1R, absDiff<12>);
 VEKCV_BIND(vekiAbsDiffC_8u_C1R, absDiffConstant<2>);
-VEKCV_BIND(vekiAbsDiffC_16u_C1R, absDiffConstant<6>);
+VEKCV_BIND(vekiAbsDiffC_16u_C1R, absDiffConstant<6>);  // a threshold: a pixel touches 4 bytes
 VEKCV_BIND(vekiAbsDiffC_32f_C1R, absDiffConstant<8>);
 }  // namespace VEKCV_VARIANT

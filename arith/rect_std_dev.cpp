@@ -113,6 +113,7 @@ Status windowDeviation(Image<const Entry> sums, Image<const SquareEntry> squares
             return toResult(d, deviations(hn::Rebind<float, decltype(d)>(), a, b, window.area, x));
         };
     };
+    // A threshold, not the bytes that a pixel touches, which are 20 and more.
     writePixels<16>(roi, kParallelFrom, rules, out, sums, squares);
     return StatusOk;
 }

@@ -28,8 +28,7 @@ class Check {
 
     constexpr Check& roi(RoiSize size) { return require(size.width >= 1 && size.height >= 1, StatusSizeError); }
 
-    /** Steps of images whose rows hold `width` pixels: first that all are long enough, then that all fit the element.
-     */
+    /** Steps of images with rows of `width` pixels: first that all are long enough, then that all fit the element. */
     template <typename... Images>
     constexpr Check& steps(int64_t width, const Images&... images) {
         return stepLengths(width, images...).stepMultiples(images...);

@@ -143,8 +143,7 @@ inline NoMask maskRow(NoImage /*mask*/, ptrdiff_t /*y*/) {
 
 /**
  * Reduces a row: op.add(sources + x...) for each block, the last one with op.neutral() in the place of the pixels that
- * it lacks, and op.endRun(width) after each run of Op::kRunPixels pixels, a multiple of a block, and at the end of the
- * row.
+ * it lacks, and op.endRun() after each run of Op::kRunPixels pixels, a multiple of a block, and at the end of the row.
  */
 template <typename Op, typename... Sources>
 HWY_INLINE void reduceRow(Op& op, ptrdiff_t width, Sources... sources) {
