@@ -14,9 +14,9 @@ constexpr bool isBorderRule(int32_t rule) {
  * for the constant. The reflecting rules go back and forth where the border is wider than the row, the periodic one
  * goes around. `rule` is one of the five of isBorderRule.
  */
-constexpr int32_t borderIndex(BorderType rule, int32_t x, int32_t width) {
+constexpr int32_t borderIndex(BorderType rule, int64_t x, int32_t width) {
     if (x >= 0 && x < width)
-        return x;
+        return static_cast<int32_t>(x);
     // The position in a pattern of so many pixels that repeats itself.
     const auto phase = [x](int64_t period) { return (x % period + period) % period; };
     const int64_t end = width;

@@ -38,9 +38,9 @@ class RowEdges {
           pixels_(reinterpret_cast<T*>(sources_ + leftPixels_ + rightPixels_)),
           borderValue_(borderValue) {
         for (int32_t i = 0; i < leftPixels_; ++i)
-            sources_[i] = borderIndex(rule, spans.left.begin - anchor + i, roi.width);
+            sources_[i] = borderIndex(rule, int64_t{spans.left.begin} - anchor + i, roi.width);
         for (int32_t i = 0; i < rightPixels_; ++i)
-            sources_[leftPixels_ + i] = borderIndex(rule, spans.right.begin - anchor + i, roi.width);
+            sources_[leftPixels_ + i] = borderIndex(rule, int64_t{spans.right.begin} - anchor + i, roi.width);
     }
 
     /** The pixels from the one that the first tap meets for the first output of an edge; until the next call. */
