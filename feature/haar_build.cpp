@@ -147,14 +147,15 @@ class Builder {
 
   private:
     void appendFeature(int32_t index, const ImageRect* rects, const Value* weights) {
-        const uint32_t tag = (static_cast<uint32_t>(index) << kTagBits) | (Shape::kIsTilted ? kTiltedBit : 0);
+        // An index from 2^23 on does not fit the tag; a negative one is never found.
+        const int32_t tag = index <= INT32_MAX >> kTagBits ? index << kTagBits : -(1 << kTagBits);
         const int32_t count = input_.rectangleCounts[index];
         *feature_++ = {count,
                        rectangle_,
                        input_.thresholds[index],
                        input_.valuesBelow[index],
                        input_.valuesAbove[index],
-                       static_cast<int32_t>(tag)};
+                       tag | (Shape::kIsTilted ? kTiltedBit : 0)};
         for (int32_t k = 0; k < count; ++k, ++rectangle_) {
             rectangle_->weight = weights[k];
             Shape::place(*rectangle_, rects[k]);
@@ -265,7 +266,6 @@ Status tiltFeatures(const uint8_t* featureMask, int32_t tiltOrientation, HaarCla
             classifier.flags = kTiltedBit;
         HaarFeature<Value>& feature = classifier.features[i];
         const int32_t index = feature.featureTag >> kTagBits;
-        // An index from 2^23 on does not fit the tag: such a feature is never found.
         if (index < 0 || featureMask[index] == 0)
             continue;
         feature.featureTag = kTiltedBit;
