@@ -71,7 +71,7 @@ HWY_INLINE Directions<D> directionsOf(D d, hn::Vec<D> dx, hn::Vec<D> dy) {
         const hn::Rebind<float, D> floats;
         const auto of = directionsOf(floats, hn::ConvertTo(floats, hn::PromoteTo(wide, dx)),
                                      hn::ConvertTo(floats, hn::PromoteTo(wide, dy)));
-        const auto narrow = [=](auto mask) HWY_ATTR {
+        const auto narrow = [=](auto mask) {
             return hn::MaskFromVec(hn::DemoteTo(d, hn::BitCast(wide, hn::VecFromMask(floats, mask))));
         };
         return {narrow(of.horizontal), narrow(of.vertical)};
@@ -79,7 +79,7 @@ HWY_INLINE Directions<D> directionsOf(D d, hn::Vec<D> dx, hn::Vec<D> dy) {
         const hn::Half<D> half;
         const auto lower = directionsOf(half, hn::LowerHalf(half, dx), hn::LowerHalf(half, dy));
         const auto upper = directionsOf(half, hn::UpperHalf(half, dx), hn::UpperHalf(half, dy));
-        const auto join = [=](auto upperMask, auto lowerMask) HWY_ATTR {
+        const auto join = [=](auto upperMask, auto lowerMask) {
             return hn::MaskFromVec(hn::Combine(d, hn::VecFromMask(half, upperMask), hn::VecFromMask(half, lowerMask)));
         };
         return {join(upper.horizontal, lower.horizontal), join(upper.vertical, lower.vertical)};
@@ -115,9 +115,8 @@ struct MapRule {
             return hn::Zero(bytes);
 
         const hn::RebindToSigned<D> integers;
-        const auto isBelow = [=](const Element* neighbours)
-                                 HWY_ATTR { return hn::Lt(hn::LoadU(d, neighbours + x), m); };
-        const auto isNotAbove = [=](const Element* neighbours) HWY_ATTR {
+        const auto isBelow = [=](const Element* neighbours) { return hn::Lt(hn::LoadU(d, neighbours + x), m); };
+        const auto isNotAbove = [=](const Element* neighbours) {
             const auto neighbour = hn::LoadU(d, neighbours + x);
             if constexpr (hwy::IsFloat<T>())
                 return hn::Le(neighbour, m);  // not so for NaN
@@ -140,7 +139,7 @@ struct MapRule {
         const auto isCandidate = hn::AndNot(isNone, isLargest);
         const auto isEdge = hn::And(isCandidate, hn::Lt(hn::Set(d, high), m));
 
-        const auto value = [=](auto mask, uint8_t byte) HWY_ATTR {
+        const auto value = [=](auto mask, uint8_t byte) {
             return hn::And(hn::BitCast(integers, hn::VecFromMask(d, mask)), hn::Set(integers, byte));
         };
         return hn::DemoteTo(bytes, hn::Or(value(isCandidate, kCandidate), value(isEdge, kEdge)));
@@ -149,11 +148,12 @@ struct MapRule {
 
 /**
  * The map of candidates and edges, with a frame of one pixel, and a stack of the places of pixels that became edges
- * and whose neighbours are still to be visited. Places have as many bits as the size of the map needs.
+ * and whose neighbours are still to be visited. The size of a map that has a work buffer fits 31 bits.
  */
-template <typename Place>
 class EdgeMap {
   public:
+    using Place = uint32_t;
+
     EdgeMap(uint8_t* map, RoiSize roi, Place* stack) : map_(map), pitch_(ptrdiff_t{roi.width} + 2), stack_(stack) {
         clear(-1);
         clear(roi.height);
@@ -164,10 +164,7 @@ class EdgeMap {
     uint8_t* row(ptrdiff_t y) const { return map_ + (y + 1) * pitch_ + 1; }
 
     /** Makes edges of the candidates of a row that touch one. The rows above and below must be there. */
-    void touchRow(ptrdiff_t y, ptrdiff_t width) {
-        ptrdiff_t x = 0;
-        touchVectors(hn::ScalableTag<uint8_t>(), row(y), x, width);
-    }
+    void touchRow(ptrdiff_t y, ptrdiff_t width) { touchVectors(hn::ScalableTag<uint8_t>(), row(y), 0, width); }
 
     /** Makes edges of all candidates that are connected with those of touchRow. */
     void followEdges() {
@@ -205,9 +202,10 @@ class EdgeMap {
 
     template <typename D>
     HWY_INLINE void touchVector(D d, uint8_t* pixels, hn::Mask<D> isCandidate) {
-        const auto inRow = [=](const uint8_t* there)
-                               HWY_ATTR { return hn::Or(hn::LoadU(d, there - 1), hn::LoadU(d, there + 1)); };
-        const auto inRows = [=](const uint8_t* there) HWY_ATTR { return hn::Or(inRow(there), hn::LoadU(d, there)); };
+        const auto inRow = [=](const uint8_t* there) {
+            return hn::Or(hn::LoadU(d, there - 1), hn::LoadU(d, there + 1));
+        };
+        const auto inRows = [=](const uint8_t* there) { return hn::Or(inRow(there), hn::LoadU(d, there)); };
         const auto around = hn::Or(inRow(pixels), hn::Or(inRows(pixels - pitch_), inRows(pixels + pitch_)));
         const auto touches = hn::And(isCandidate, hn::TestBit(around, hn::Set(d, uint8_t{1})));
         if (hn::AllFalse(d, touches))
@@ -224,19 +222,15 @@ class EdgeMap {
     size_t depth_ = 0;
 };
 
-/** Whether places in the map of an image need more than 32 bits, for which its buffer has room then. */
-constexpr bool isWide(RoiSize roi) {
-    return roi.width >= 65533 || roi.height >= 65533;
-}
-
 int64_t bufferBytes(RoiSize roi) {
     const int64_t mapBytes = (int64_t{roi.width} + 2) * (int64_t{roi.height} + 2);
     if (mapBytes > INT32_MAX)  // too large already, and a multiple may not fit 64 bits
         return mapBytes;
-    return mapBytes * (isWide(roi) ? 9 : 5) + 16 * int64_t{roi.width} + 160;
+    const bool isWide = roi.width >= 65533 || roi.height >= 65533;
+    return mapBytes * (isWide ? 9 : 5) + 16 * int64_t{roi.width} + 160;
 }
 
-template <typename Place, typename T>
+template <typename T>
 void findEdges(Image<const T> derivativeX, Image<const T> derivativeY, Image<uint8_t> out, RoiSize roi,
                Magnitudes<T> thresholds, uint8_t* buffer) {
     using Element = typename Magnitudes<T>::Element;
@@ -249,11 +243,11 @@ void findEdges(Image<const T> derivativeX, Image<const T> derivativeY, Image<uin
         magnitudes[i] = Magnitudes<T>::kNone;
     for (ptrdiff_t i = 0; i < 3; ++i)
         window[i] = magnitudes + i * pitch;
-    EdgeMap<Place> edges(map, roi, scratch.take<Place>(0));
+    EdgeMap edges(map, roi, scratch.take<EdgeMap::Place>(0));
 
     const auto writeMagnitudes = [&](Element* row, ptrdiff_t y) {
         const T *const dx = derivativeX.row(y), *const dy = derivativeY.row(y);
-        writeRow<Stores::kCached>(row + 1, width, [=](auto d, ptrdiff_t x) HWY_ATTR {
+        writeRow<Stores::kCached>(row + 1, width, [=](auto d, ptrdiff_t x) {
             const auto m = Magnitudes<T>::of(d, hn::LoadU(d, dx + x), hn::LoadU(d, dy + x));
             return hn::IfThenElse(hn::Lt(m, hn::Set(d, thresholds.low)), hn::Set(d, Magnitudes<T>::kNone), m);
         });
@@ -279,7 +273,7 @@ void findEdges(Image<const T> derivativeX, Image<const T> derivativeY, Image<uin
     edges.followEdges();
 
     for (ptrdiff_t y = 0; y < roi.height; ++y)
-        writeRow<Stores::kCached>(out.row(y), width, [&, row = edges.row(y)](auto d, ptrdiff_t x) HWY_ATTR {
+        writeRow<Stores::kCached>(out.row(y), width, [&, row = edges.row(y)](auto d, ptrdiff_t x) {
             return hn::VecFromMask(d, hn::Eq(hn::LoadU(d, row + x), hn::Set(d, kEdge)));
         });
 }
@@ -296,11 +290,7 @@ Status canny(const T* derivativeX, int32_t derivativeXStep, const T* derivativeY
                             .steps(roi.width, dx, dy, out)
                             .require(lowThreshold >= 0 && lowThreshold <= highThreshold, StatusBadArgument))
         return status;
-    const Magnitudes<T> thresholds(lowThreshold, highThreshold);
-    if (isWide(roi))
-        findEdges<uint64_t>(dx, dy, out, roi, thresholds, buffer);
-    else
-        findEdges<uint32_t>(dx, dy, out, roi, thresholds, buffer);
+    findEdges(dx, dy, out, roi, Magnitudes<T>(lowThreshold, highThreshold), buffer);
     return StatusOk;
 }
 

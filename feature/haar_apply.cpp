@@ -150,7 +150,7 @@ class Stage {
                                int32_t rectangleCount, const Positions* positions) const {
         typename Arithmetic::template Responses<D> responses[kCount];
         PlacedRectangle<Value> placed = images_.rectangle(feature, rectangle);
-        const auto products = [&](size_t i) HWY_ATTR {
+        const auto products = [&](size_t i) {
             const auto ofRectangle = rectangleSums(d, images_.choose(positions[i].origin, feature), placed);
             return arithmetic_.products(d, ofRectangle, hn::Set(d, placed.weight));
         };

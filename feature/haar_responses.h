@@ -42,10 +42,10 @@ HWY_INLINE auto evenProducts([[maybe_unused]] D d, hn::Vec<D> a, hn::Vec<D> b) {
     // There only are products of unsigned lanes: with A = a + 2^31 and B likewise, a b = A B - 2^31 (A + B) + 2^62.
     const hn::Repartition<uint32_t, D> unsignedLanes;
     const hn::Repartition<uint64_t, D> unsignedWide;
-    const auto shifted = [=](hn::Vec<D> v)
-                             HWY_ATTR { return hn::BitCast(unsignedLanes, hn::Xor(v, hn::Set(d, INT32_MIN))); };
-    const auto even = [=](hn::Vec<decltype(unsignedLanes)> v)
-                          HWY_ATTR { return hn::And(hn::BitCast(unsignedWide, v), hn::Set(unsignedWide, UINT32_MAX)); };
+    const auto shifted = [=](hn::Vec<D> v) { return hn::BitCast(unsignedLanes, hn::Xor(v, hn::Set(d, INT32_MIN))); };
+    const auto even = [=](hn::Vec<decltype(unsignedLanes)> v) {
+        return hn::And(hn::BitCast(unsignedWide, v), hn::Set(unsignedWide, UINT32_MAX));
+    };
     const auto product = hn::MulEven(shifted(a), shifted(b));
     const auto excess = hn::ShiftLeft<31>(hn::Add(even(shifted(a)), even(shifted(b))));
     return hn::BitCast(hn::Repartition<int64_t, D>(),
@@ -102,7 +102,7 @@ struct WideResponses {
         const hn::Repartition<uint64_t, Pairs<D>> wide;
         const auto even = hn::BitCast(narrow, paired(d, sums)), factor = hn::BitCast(narrow, paired(d, weights));
         const auto odd = hn::BitCast(narrow, hn::ShiftRight<32>(hn::BitCast(wide, even)));
-        const auto positive = [=](auto product) HWY_ATTR {
+        const auto positive = [=](auto product) {
             const auto low = hn::And(product, hn::Set(wide, UINT32_MAX));
             return hn::BitCast(Wide<D>(), hn::Xor(low, hn::Set(wide, uint64_t{1} << 31)));
         };
