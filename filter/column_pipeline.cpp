@@ -35,7 +35,7 @@ HWY_NOINLINE void writeBlocks(const int16_t* const* rows, const float* coefficie
                 first[i] = second[i] = hn::Zero(floats);
             for (int32_t k = 0; k < size; ++k) {
                 const auto coefficient = hn::Set(floats, coefficients[k]);
-                const auto product = [&](auto words) HWY_ATTR {
+                const auto product = [&](auto words) {
                     return hn::Mul(hn::ConvertTo(floats, hn::BitCast(integers, words)), coefficient);
                 };
 #pragma GCC unroll 8
@@ -45,7 +45,7 @@ HWY_NOINLINE void writeBlocks(const int16_t* const* rows, const float* coefficie
                     second[i] = hn::Add(second[i], product(hn::InterleaveUpper(d, hn::Zero(d), v)));
                 }
             }
-            const auto nearest = [&](auto v) HWY_ATTR {
+            const auto nearest = [&](auto v) {
                 return nearestIntegers(integers, hn::Min(v, hn::Set(floats, 32767.0F)));
             };
 #pragma GCC unroll 8
@@ -125,11 +125,10 @@ Status columnFilter(const int16_t* const* sourceRows, Result* destination, int32
                     const int16_t* kernel, int32_t kernelSize, int32_t divisor, uint8_t* buffer) {
     const ColumnFilter<int16_t, kChannels, Result, int16_t> filter{
         sourceRows, {destination, destinationStep}, roi, kernel, kernelSize, buffer};
-    Check check = filter.check().require(divisor != 0, StatusBadArgument);
-    if (check == StatusOk)
-        check.require(filter.hasAllRows(), StatusNullPointer);
-    if (check != StatusOk)
-        return check;
+    if (Status status = filter.check().require(divisor != 0, StatusBadArgument))
+        return status;
+    if (!filter.hasAllRows())
+        return StatusNullPointer;
 
     const float factor = reciprocal(divisor);
     withKernelSize(kernelSize, [&](auto size) {
@@ -180,25 +179,20 @@ Status floatColumnFilter(const float* const* sourceRows, float* destination, int
     return StatusOk;
 }
 
-template <typename Source, int32_t kChannels, Precision kPrecision = Precision::kFull>
-Status bufferSize(RoiSize roi, int32_t kernelSize, int32_t* result) {
-    if (Status status = Check().pointers(result).roi(roi).require(kernelSize >= 1, StatusSizeError))
-        return status;
-    return writeBufferSize(columnPipelineBytes<Source, kChannels, kPrecision>(roi, kernelSize), result);
-}
-
 }  // namespace
 
-VEKCV_BIND(vekiFilterColumnPipelineGetBufferSize_16s_C1R, bufferSize<int16_t, 1>);
-VEKCV_BIND(vekiFilterColumnPipelineGetBufferSize_16s_C3R, bufferSize<int16_t, 3>);
-VEKCV_BIND(vekiFilterColumnPipelineGetBufferSize_16s8u_C1R, bufferSize<int16_t, 1>);
-VEKCV_BIND(vekiFilterColumnPipelineGetBufferSize_16s8u_C3R, bufferSize<int16_t, 3>);
-VEKCV_BIND(vekiFilterColumnPipelineGetBufferSize_16s8s_C1R, bufferSize<int16_t, 1>);
-VEKCV_BIND(vekiFilterColumnPipelineGetBufferSize_16s8s_C3R, bufferSize<int16_t, 3>);
-VEKCV_BIND(vekiFilterColumnPipelineGetBufferSize_Low_16s_C1R, bufferSize<int16_t, 1, Precision::kLow>);
-VEKCV_BIND(vekiFilterColumnPipelineGetBufferSize_Low_16s_C3R, bufferSize<int16_t, 3, Precision::kLow>);
-VEKCV_BIND(vekiFilterColumnPipelineGetBufferSize_32f_C1R, bufferSize<float, 1>);
-VEKCV_BIND(vekiFilterColumnPipelineGetBufferSize_32f_C3R, bufferSize<float, 3>);
+VEKCV_BIND(vekiFilterColumnPipelineGetBufferSize_16s_C1R, pipelineBufferSize<columnPipelineBytes<int16_t, 1>>);
+VEKCV_BIND(vekiFilterColumnPipelineGetBufferSize_16s_C3R, pipelineBufferSize<columnPipelineBytes<int16_t, 3>>);
+VEKCV_BIND(vekiFilterColumnPipelineGetBufferSize_16s8u_C1R, pipelineBufferSize<columnPipelineBytes<int16_t, 1>>);
+VEKCV_BIND(vekiFilterColumnPipelineGetBufferSize_16s8u_C3R, pipelineBufferSize<columnPipelineBytes<int16_t, 3>>);
+VEKCV_BIND(vekiFilterColumnPipelineGetBufferSize_16s8s_C1R, pipelineBufferSize<columnPipelineBytes<int16_t, 1>>);
+VEKCV_BIND(vekiFilterColumnPipelineGetBufferSize_16s8s_C3R, pipelineBufferSize<columnPipelineBytes<int16_t, 3>>);
+VEKCV_BIND(vekiFilterColumnPipelineGetBufferSize_Low_16s_C1R,
+           pipelineBufferSize<columnPipelineBytes<int16_t, 1, Precision::kLow>>);
+VEKCV_BIND(vekiFilterColumnPipelineGetBufferSize_Low_16s_C3R,
+           pipelineBufferSize<columnPipelineBytes<int16_t, 3, Precision::kLow>>);
+VEKCV_BIND(vekiFilterColumnPipelineGetBufferSize_32f_C1R, pipelineBufferSize<columnPipelineBytes<float, 1>>);
+VEKCV_BIND(vekiFilterColumnPipelineGetBufferSize_32f_C3R, pipelineBufferSize<columnPipelineBytes<float, 3>>);
 
 VEKCV_BIND(vekiFilterColumnPipeline_16s_C1R, columnFilter<1, Precision::kFull>);
 VEKCV_BIND(vekiFilterColumnPipeline_16s_C3R, columnFilter<3, Precision::kFull>);

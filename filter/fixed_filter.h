@@ -1,14 +1,27 @@
 // The driver of the filters with a mask of 3 x 3 or 5 x 5.
 #pragma once
 
-#include "check.h"
-#include "fixed_buffer.h"
 #include "image_border.h"
+#include "pipeline_buffer.h"
 #include "pixelwise.h"
-#include "taps.h"
-#include "work_buffer.h"
 
 namespace VEKCV_VARIANT {
+
+inline bool isMaskSize(int32_t maskSize) {
+    return maskSize == MaskSize3x3 || maskSize == MaskSize5x5;
+}
+
+/** The type of filtered rows; weighted sums of bytes are at most 16320. */
+template <typename T>
+using Intermediate = std::conditional_t<std::is_same_v<T, float>, float, int16_t>;
+
+/** Bytes for each thread, without spare ones, of a filter of images of T with 3 or 5 taps. */
+template <typename T>
+int64_t fixedFilterBytes(RoiSize roi, int32_t taps, int32_t fixedBytes) {
+    const int64_t groupBytes = 16 * int64_t{sizeof(Intermediate<T>)} * (taps == 3 ? 21 : 25);
+    return (int64_t{roi.width} + 15) / 16 * groupBytes + (taps == 3 ? 36 : 60) + fixedBytes +
+           rowPipelineBytes<T, 1>(roi, taps) + columnPipelineBytes<Intermediate<T>, 1>(roi, taps);
+}
 
 /** A filter of one kind of row and one kind of column. */
 template <typename Row, typename Column>
@@ -89,7 +102,7 @@ struct WindowRule {
         hn::StoreU(parts[0], d, bottom.filtered[0] + x);
         if constexpr (Filter::kParts == 2)
             parts[1] = hn::LoadU(d, bottom.filtered[1] + x);
-        const auto filtered = [&](int32_t part, int32_t k) HWY_ATTR {
+        const auto filtered = [&](int32_t part, int32_t k) {
             return k == Filter::kTaps - 1 ? parts[part] : hn::LoadU(d, above[part][k] + x);
         };
         if constexpr (requires { Filter::column(filtered, parts[0]); })
@@ -137,17 +150,18 @@ void filterFixed(Image<const T> source, Image<Result> out, RoiSize roi, const Bo
         const int32_t y = first - kReach + i;
         const T* const row = rowFor(source, roi, border, y);
         WindowRule<Filter, T, Result> rule{};
-        rule.middle = source.row(y - kReach);
         for (int32_t part = 0; part < kParts; ++part) {
             rule.bottom.filtered[part] = ring[part][i % kTaps];
             for (int32_t k = 0; k < kTaps - 1; ++k)
                 rule.above[part][k] = ring[part][(i + 1 + k) % kTaps];
         }
-        if (i < 2 * kReach)
+        if (i < 2 * kReach) {
             writeExtended<Stores::kCached, kReach>(rule.bottom.filtered[0], row, roi.width, border, constant,
                                                    rule.bottom);
-        else
+        } else {
+            rule.middle = source.row(y - kReach);
             writeExtended<kStores, kReach>(out.row(y - kReach), row, roi.width, border, constant, rule);
+        }
     }
     if (kStores == Stores::kStreaming)
         hwy::FlushStream();
@@ -165,19 +179,14 @@ template <typename Filter, typename T, typename Result>
 void filterImage(Image<const T> source, Image<Result> out, RoiSize roi, const Border<T>& border, void* buffer,
                  int64_t bytesPerThread) {
     const WorkBuffer work(buffer, bytesPerThread);
-    const auto filterRows = [=](int32_t thread, int32_t first, int32_t rows) {
+    forThreadStripes(isForFilterTeam(roi), roi.height, [=](int32_t thread, int32_t first, int32_t rows) {
         const bool canBeAligned = reinterpret_cast<uintptr_t>(out.pixels) % sizeof(Result) == 0;
         auto* const memory = work.slice<uint8_t>(thread);
         if (canBeAligned && fillsCache(roi.width, rows, sizeof(T) + sizeof(Result)))
             filterFixed<Filter, Stores::kStreaming>(source, out, roi, border, first, rows, memory);
         else
             filterFixed<Filter, Stores::kCached>(source, out, roi, border, first, rows, memory);
-    };
-    if (isForFilterTeam(roi))
-        runTeam(
-            roi.height, [](int32_t) {}, filterRows);
-    else
-        filterRows(0, 0, roi.height);
+    });
 }
 
 /**
@@ -197,7 +206,7 @@ Status maskFilter(const T* source, int32_t sourceStep, Result* destination, int3
                             .require(isMaskSize(maskSize), StatusMaskSizeError))
         return status;
     const auto filter = [&]<typename Mask>(Mask) {
-        const int64_t bytes = fixedFilterBytes<T>(roi, Mask::kTaps, Filter::template kFixedBytes<T, Result>);
+        const int64_t bytes = fixedFilterBytes<T>(roi, Mask::kTaps, Filter::template kFixedBytes<Result>);
         filterImage<Mask>(in, out, roi, Border<T>::of(borderType, borderValue), buffer, bytes);
     };
     if constexpr (requires { typename Filter::Large; }) {
@@ -215,8 +224,8 @@ Status maskFilterBufferSize(RoiSize roi, int32_t maskSize, int32_t* bufferSize) 
     if (Status status = Check().pointers(bufferSize).roi(roi).require(isMaskSize(maskSize), StatusMaskSizeError))
         return status;
     const int64_t bytes =
-        fixedFilterBytes<T>(roi, maskSize == MaskSize3x3 ? 3 : 5, Filter::template kFixedBytes<T, Result>);
-    return writeBufferSize(bytesOfAllThreads(bytes + Filter::template kMoreBytes<Result>), bufferSize);
+        fixedFilterBytes<T>(roi, maskSize == MaskSize3x3 ? 3 : 5, Filter::template kFixedBytes<Result>);
+    return writeBufferSize(WorkBuffer::bytes(bytes + Filter::template kMoreBytes<Result>), bufferSize);
 }
 
 /** The same for filters that have a mask of 3 x 3 only. */

@@ -15,7 +15,7 @@ HWY_NOINLINE void writeFloatSums(const Taps& taps, const float* kernel, Size siz
             constexpr int32_t kCount = count;
             constexpr auto kLanes = static_cast<ptrdiff_t>(hn::MaxLanes(d));
             hn::Vec<decltype(d)> sums[kCount];
-            const auto product = [&](int32_t k, int32_t i) HWY_ATTR {
+            const auto product = [&](int32_t k, int32_t i) {
                 return hn::Mul(hn::Set(d, kernel[k]), hn::LoadU(d, taps(k) + x + i * kLanes));
             };
 #pragma GCC unroll 8

@@ -14,7 +14,7 @@ namespace {
 using D = hn::ScalableTag<float>;
 constexpr auto kLanes = static_cast<ptrdiff_t>(hn::MaxLanes(D()));
 
-/** Bytes of the work buffer, whose rows and pointers it has twice. */
+/** What the query promises: room for two sets of rows and pointers, of which filter() uses one. */
 int64_t bufferBytes(RoiSize roi, int32_t kernelSize) {
     const int64_t taps = kernelSize, extended = int64_t{roi.width} + taps;
     return (extended + 7) / 8 * 32 * taps + 32 + (taps + 3) / 4 * 16 + 64 + (extended + 3) / 4 * 4 * taps * 8 + 32 +

@@ -1,6 +1,7 @@
 // Means of 3 x 3 and 5 x 5 pixels.
 #include "bind.h"
 #include "fixed_filter.h"
+#include "taps.h"
 
 namespace VEKCV_VARIANT {
 namespace {
@@ -28,7 +29,7 @@ struct Mean : Separable<Sum, Sum> {
 struct Lowpass {
     using Small = Mean<Sum3>;
     using Large = Mean<Sum5>;
-    template <typename T, typename Result>
+    template <typename Result>
     static constexpr int32_t kFixedBytes = 248;
     template <typename Result>
     static constexpr int32_t kMoreBytes = 0;

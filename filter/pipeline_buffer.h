@@ -1,7 +1,7 @@
 // Sizes of the work buffers of the row and column filters.
 #pragma once
 
-#include "vekcv.h"
+#include "check.h"
 #include "work_buffer.h"
 
 namespace VEKCV_VARIANT {
@@ -54,17 +54,10 @@ constexpr int64_t columnPipelineThreadBytes(RoiSize roi, int32_t kernelSize) {
     return rowAddressBytes(roi, kernelSize) + LinearBytes{12 * kChannels, 32}.of(alignUp(int64_t{roi.width}, kUnit));
 }
 
-/** One slice, with its spare bytes, for each of the configured threads. */
-inline int64_t bytesOfAllThreads(int64_t threadBytes) {
-    int threads = 1;
-    vekGetNumThreads(&threads);
-    return threads * (threadBytes + WorkBuffer::kAlignment);
-}
-
 /** The size of the buffer of a row filter, which may not fit 32 bits. */
 template <typename Source, int32_t kChannels, Precision kPrecision = Precision::kFull>
 int64_t rowPipelineBytes(RoiSize roi, int32_t kernelSize) {
-    return bytesOfAllThreads(rowPipelineThreadBytes<Source, kChannels, kPrecision>(roi, kernelSize));
+    return WorkBuffer::bytes(rowPipelineThreadBytes<Source, kChannels, kPrecision>(roi, kernelSize));
 }
 
 /** The size of the buffer of a column filter from rows of `Source`; that from rows of floats is always the same. */
@@ -73,7 +66,15 @@ int64_t columnPipelineBytes(RoiSize roi, int32_t kernelSize) {
     if constexpr (std::is_same_v<Source, float>)
         return 32;
     else
-        return bytesOfAllThreads(columnPipelineThreadBytes<kChannels, kPrecision>(roi, kernelSize));
+        return WorkBuffer::bytes(columnPipelineThreadBytes<kChannels, kPrecision>(roi, kernelSize));
+}
+
+/** The query of a filter whose buffer has kBytes(roi, kernelSize) bytes. */
+template <int64_t (*kBytes)(RoiSize, int32_t)>
+Status pipelineBufferSize(RoiSize roi, int32_t kernelSize, int32_t* bufferSize) {
+    if (Status status = Check().pointers(bufferSize).roi(roi).require(kernelSize >= 1, StatusSizeError))
+        return status;
+    return writeBufferSize(kBytes(roi, kernelSize), bufferSize);
 }
 
 }  // namespace VEKCV_VARIANT

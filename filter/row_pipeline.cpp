@@ -42,14 +42,10 @@ struct RowFilter {
         while (height < roi.height && destinationRows[height] != nullptr)
             ++height;
         const WorkBuffer scratch(buffer, threadBytes);
-        const auto filterStripe = [&](int32_t thread, int32_t first, int32_t rows) {
-            filterRows(scratch.slice<uint8_t>(thread), first, rows, write);
-        };
-        if (isForTeam(roi, ParallelFrom::perThread(32768)))
-            runTeam(
-                height, [](int32_t) {}, filterStripe);
-        else
-            filterStripe(0, 0, height);
+        forThreadStripes(isForTeam(roi, ParallelFrom::perThread(32768)), height,
+                         [&](int32_t thread, int32_t first, int32_t rows) {
+                             filterRows(scratch.slice<uint8_t>(thread), first, rows, write);
+                         });
         return height < roi.height ? StatusNullPointer : StatusOk;
     }
 
@@ -142,23 +138,18 @@ Status floatRowFilter(const float* source, int32_t sourceStep, float* const* des
     return status;
 }
 
-template <typename Source, int32_t kChannels, Precision kPrecision = Precision::kFull>
-Status bufferSize(RoiSize roi, int32_t kernelSize, int32_t* result) {
-    if (Status status = Check().pointers(result).roi(roi).require(kernelSize >= 1, StatusSizeError))
-        return status;
-    return writeBufferSize(rowPipelineBytes<Source, kChannels, kPrecision>(roi, kernelSize), result);
-}
-
 }  // namespace
 
-VEKCV_BIND(vekiFilterRowBorderPipelineGetBufferSize_8u16s_C1R, bufferSize<uint8_t, 1>);
-VEKCV_BIND(vekiFilterRowBorderPipelineGetBufferSize_8u16s_C3R, bufferSize<uint8_t, 3>);
-VEKCV_BIND(vekiFilterRowBorderPipelineGetBufferSize_16s_C1R, bufferSize<int16_t, 1>);
-VEKCV_BIND(vekiFilterRowBorderPipelineGetBufferSize_16s_C3R, bufferSize<int16_t, 3>);
-VEKCV_BIND(vekiFilterRowBorderPipelineGetBufferSize_Low_16s_C1R, bufferSize<int16_t, 1, Precision::kLow>);
-VEKCV_BIND(vekiFilterRowBorderPipelineGetBufferSize_Low_16s_C3R, bufferSize<int16_t, 3, Precision::kLow>);
-VEKCV_BIND(vekiFilterRowBorderPipelineGetBufferSize_32f_C1R, bufferSize<float, 1>);
-VEKCV_BIND(vekiFilterRowBorderPipelineGetBufferSize_32f_C3R, bufferSize<float, 3>);
+VEKCV_BIND(vekiFilterRowBorderPipelineGetBufferSize_8u16s_C1R, pipelineBufferSize<rowPipelineBytes<uint8_t, 1>>);
+VEKCV_BIND(vekiFilterRowBorderPipelineGetBufferSize_8u16s_C3R, pipelineBufferSize<rowPipelineBytes<uint8_t, 3>>);
+VEKCV_BIND(vekiFilterRowBorderPipelineGetBufferSize_16s_C1R, pipelineBufferSize<rowPipelineBytes<int16_t, 1>>);
+VEKCV_BIND(vekiFilterRowBorderPipelineGetBufferSize_16s_C3R, pipelineBufferSize<rowPipelineBytes<int16_t, 3>>);
+VEKCV_BIND(vekiFilterRowBorderPipelineGetBufferSize_Low_16s_C1R,
+           pipelineBufferSize<rowPipelineBytes<int16_t, 1, Precision::kLow>>);
+VEKCV_BIND(vekiFilterRowBorderPipelineGetBufferSize_Low_16s_C3R,
+           pipelineBufferSize<rowPipelineBytes<int16_t, 3, Precision::kLow>>);
+VEKCV_BIND(vekiFilterRowBorderPipelineGetBufferSize_32f_C1R, pipelineBufferSize<rowPipelineBytes<float, 1>>);
+VEKCV_BIND(vekiFilterRowBorderPipelineGetBufferSize_32f_C3R, pipelineBufferSize<rowPipelineBytes<float, 3>>);
 
 VEKCV_BIND(vekiFilterRowBorderPipeline_8u16s_C1R, rowFilter<1, Precision::kFull>);
 VEKCV_BIND(vekiFilterRowBorderPipeline_8u16s_C3R, rowFilter<3, Precision::kFull>);

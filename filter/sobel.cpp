@@ -1,6 +1,7 @@
 // Sobel, Scharr and Laplace filters: first and second derivatives with smoothing across.
 #include "bind.h"
 #include "fixed_filter.h"
+#include "taps.h"
 
 namespace VEKCV_VARIANT {
 namespace {
@@ -8,7 +9,7 @@ namespace {
 // The filters by their masks, and what their work buffers have beyond rows.
 
 struct Buffer {
-    template <typename T, typename Result>
+    template <typename Result>
     static constexpr int32_t kFixedBytes = sizeof(Result) == 1 ? 184 : 248;
     template <typename Result>
     static constexpr int32_t kMoreBytes = 0;
@@ -22,7 +23,7 @@ struct SobelHoriz : Buffer {
     using Large = Separable<Smooth5, Difference5<1>>;
 };
 struct SobelVert : Buffer {
-    template <typename T, typename Result>
+    template <typename Result>
     static constexpr int32_t kFixedBytes = sizeof(Result) == 1   ? 184
                                            : sizeof(Result) == 2 ? 216
                                                                  : 248;
@@ -47,8 +48,8 @@ struct SobelCross : Buffer {
     using Large = Separable<Difference5<-1>, Difference5<1>>;
 };
 struct ScharrBuffer : Buffer {
-    template <typename T, typename Result>
-    static constexpr int32_t kFixedBytes = sizeof(T) == 1 ? 184 : 248;
+    template <typename Result>
+    static constexpr int32_t kFixedBytes = sizeof(Result) <= 2 ? 184 : 248;
 };
 struct ScharrHoriz : ScharrBuffer {
     using Small = Separable<Scharr3, Difference3<1>>;

@@ -2,6 +2,8 @@
 // here.
 #pragma once
 
+#include <bit>
+
 #include "simd.h"
 
 namespace VEKCV_VARIANT {
@@ -13,7 +15,7 @@ HWY_INLINE V times(V v) {
     else if constexpr (kFactor == 2)
         return hn::Add(v, v);
     else if constexpr (!hwy::IsFloat<hn::TFromV<V>>() && (kFactor & (kFactor - 1)) == 0)
-        return hn::ShiftLeft < kFactor == 4 ? 2 : 3 > (v);
+        return hn::ShiftLeft<std::countr_zero(static_cast<uint32_t>(kFactor))>(v);
     else
         return hn::Mul(v, hn::Set(hn::DFromV<V>(), kFactor));
 }

@@ -19,11 +19,6 @@ inline void* allocateBytes(int64_t bytes) {
     return bytes < 1 || bytes > INT_MAX ? nullptr : vekMalloc(static_cast<int>(bytes));
 }
 
-/** The same for `count` elements of 32 bits. */
-inline int32_t* allocateWords(int32_t count) {
-    return static_cast<int32_t*>(allocateBytes(int64_t{count} * 4));
-}
-
 inline void release(void* block) {
     vekFree(block);
 }

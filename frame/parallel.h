@@ -64,15 +64,21 @@ void runTeam(int32_t height, Prepare prepare, Body body) {
     }
 }
 
+/** Runs body(thread, firstRow, rowCount): on the calling thread, or in one stripe for each thread of a team. */
+template <typename Body>
+void forThreadStripes(bool isForTeam, int32_t height, Body body) {
+    if (isForTeam)
+        runTeam(
+            height, [](int32_t) {}, body);
+    else
+        body(0, 0, height);
+}
+
 /** Runs body(firstRow, rowCount) over all rows: at once, or from the threshold on in one stripe for each thread. */
 template <typename Body>
 void forRowStripes(RoiSize roi, ParallelFrom threshold, Body body) {
-    if (!isForTeam(roi, threshold)) {
-        body(0, roi.height);
-        return;
-    }
-    runTeam(
-        roi.height, [](int32_t) {}, [&](int32_t, int32_t first, int32_t rows) { body(first, rows); });
+    forThreadStripes(isForTeam(roi, threshold), roi.height,
+                     [&](int32_t, int32_t first, int32_t rows) { body(first, rows); });
 }
 
 /**

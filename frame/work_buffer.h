@@ -17,15 +17,11 @@ class WorkBuffer {
     WorkBuffer(void* buffer, int64_t bytesPerThread)
         : address_(reinterpret_cast<uintptr_t>(buffer)), stride_(bytesPerThread + kAlignment) {}
 
-    /** The size to ask the caller for; StatusSizeError where it does not fit 32 bits. */
-    static Status size(int64_t bytesPerThread, int32_t* bytes) {
+    /** What to ask the caller for: a slice for each of the configured threads. */
+    static int64_t bytes(int64_t bytesPerThread) {
         int threads = 1;
-        if (Status status = vekGetNumThreads(&threads))
-            return status;
-        if (bytesPerThread > INT_MAX / threads - kAlignment)
-            return StatusSizeError;
-        *bytes = static_cast<int32_t>(threads * (bytesPerThread + kAlignment));
-        return StatusOk;
+        vekGetNumThreads(&threads);
+        return threads * (bytesPerThread + kAlignment);
     }
 
     template <typename T>
