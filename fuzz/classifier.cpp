@@ -42,13 +42,17 @@ Features Features::draw(Input& input, bool hasFloats) {
                                                             : static_cast<float>(random.below(5)) - 2);
     };
     const uint32_t minusOne = hasFloats ? std::bit_cast<uint32_t>(-1.0f) : static_cast<uint32_t>(-1);
+    // Tilted rectangles must not begin left of the window.
+    const auto mostHeight = [&](int32_t x) {
+        return features.isTilted || features.tiltsLater ? static_cast<uint32_t>(x) + 1 : 9u;
+    };
     for (int32_t i = 0; i < featureCount; ++i) {
         features.counts.push_back(1 + static_cast<int32_t>(random.below(5)));
         for (int32_t k = 0; k < features.counts.back(); ++k) {
             const auto x = static_cast<int32_t>(random.below(9));
             features.rectangles.push_back({x, static_cast<int32_t>(random.below(9)),
                                            1 + static_cast<int32_t>(random.below(9)),
-                                           1 + static_cast<int32_t>(random.below(static_cast<uint32_t>(x) + 1))});
+                                           1 + static_cast<int32_t>(random.below(mostHeight(x)))});
             features.weights.push_back(k == 0 && isMinusOne ? minusOne : number());
         }
         features.thresholds.push_back(number());

@@ -79,7 +79,7 @@ class Drawing {
         const uint32_t kind = input_.below(32);
         const auto from1 = [&](uint32_t count) { return 1 + static_cast<int32_t>(input_.below(count)); };
         if (kind == 31) {  // large enough for threads, by the thresholds of the families
-            constexpr int32_t kPixels[] = {16384, 65536, 98304, 16384, 65536, 262144, 393216, 524288};
+            constexpr int32_t kPixels[] = {16384, 65536, 98304, 16384, 65536, 262144, 393216, 393216};
             const int32_t width = 127 + from1(600);
             return {width, input_.oneOf(kPixels) / width + from1(3)};
         }
@@ -142,23 +142,24 @@ class Drawing {
         return {values, input_.take<uint16_t>() * 16u + static_cast<uint32_t>(i)};
     }
 
-    Place drawPlace(Extent extent, int64_t elementBytes) {
+    Place drawPlace(Extent extent) {
         constexpr Place::Guard kGuards[] = {Place::kBehind, Place::kBefore, Place::kBehindRows};
         const Place::Guard guard = input_.oneOf(kGuards);
         if (guard == Place::kBehindRows)
             return {extent.rows() <= 16 ? guard : Place::kBehind, 0};
-        return {guard, input_.oneIn(2) ? static_cast<int64_t>(input_.below(40)) * (elementBytes < 8 ? 1 : 8) : 0};
+        return {guard, input_.oneIn(2) ? static_cast<int64_t>(input_.below(40)) : 0};
     }
 
     void drawImage(size_t i) {
         const Extent extent = extentOf(call_, i);
         const int64_t bytes = bytesOf(target_.parameters[i].element), checked = checkedRowBytes(call_, i);
-        const int64_t row = std::max(extent.columns() * bytes, checked);
+        // A row must be as long as the step check asks; what is read beyond that may be of the next row, too.
+        const int64_t row = input_.oneIn(8) ? checked : std::max(extent.columns() * bytes, checked);
         int64_t step = row + (input_.oneIn(2) ? static_cast<int64_t>(input_.below(40)) * bytes : 0);
         if (input_.oneIn(24))
             step += 1 + static_cast<int64_t>(input_.below(3));  // refused, where rows must hold whole elements
-        Place place = drawPlace(extent, 1);
-        if (place.guard == Place::kBehindRows && (checked > extent.columns() * bytes || step % bytes != 0))
+        Place place = drawPlace(extent);
+        if (place.guard == Place::kBehindRows && step % bytes != 0)
             place.guard = Place::kBehind;
         add(i, extent, step, place);
         const auto usedStep = static_cast<int32_t>(call_.operands[i]->step());
@@ -169,7 +170,7 @@ class Drawing {
     void drawRows(size_t i) {
         const Extent extent = extentOf(call_, i);
         const int64_t rowBytes = extent.columns() * bytesOf(target_.parameters[i].element);
-        add(i, extent, rowBytes + static_cast<int64_t>(input_.below(40)), drawPlace(extent, 1));
+        add(i, extent, rowBytes + static_cast<int64_t>(input_.below(40)), drawPlace(extent));
         Random random(input_.take<uint16_t>());
         const Operand& pixels = *call_.operands[i];
         std::vector<void*> rows;
@@ -206,7 +207,7 @@ class Drawing {
                 addArray(i, 1, nullptr);
                 break;
             case Role::kBuffer:
-                call_.bufferPlace = drawPlace({0, 0, 1, INT_MAX}, 1);
+                call_.bufferPlace = drawPlace({0, 0, 1, INT_MAX});
                 break;
             default:
                 break;
@@ -237,14 +238,21 @@ class Drawing {
         call_.values[i].set(call_.operands[i]->pointer());
     }
 
-    /** Makes the first source the same image as the one that is written. */
+    /** Makes a source the same image as the one that is written. */
     void shareMemory() {
         size_t written = 0;
         forEach([&](size_t i) { written = call_.isImage(i) && !target_.parameters[i].isConst ? i : written; });
-        if (target_.parameters[0].element != target_.parameters[written].element)
+        std::vector<size_t> sources;
+        forEach([&](size_t i) {
+            const Parameter& parameter = target_.parameters[i];
+            if (call_.isImage(i) && parameter.isConst && parameter.element == target_.parameters[written].element)
+                sources.push_back(i);
+        });
+        if (sources.empty())
             return;
-        call_.values[0] = call_.values[written];
-        call_.values[1] = call_.values[written + 1];
+        const size_t source = sources[input_.below(static_cast<uint32_t>(sources.size()))];
+        call_.values[source] = call_.values[written];
+        call_.values[source + 1] = call_.values[written + 1];
     }
 
     Input& input_;
