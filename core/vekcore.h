@@ -14,6 +14,8 @@
 #if defined(_WIN32)
 #if defined(VEKCORE_BUILD)
 #define VEKCORE_API __declspec(dllexport)
+#elif defined(VEKCV_STATIC)
+#define VEKCORE_API
 #else
 #define VEKCORE_API __declspec(dllimport)
 #endif
@@ -29,9 +31,9 @@ extern "C" {
  * @defgroup Core Core library
  * Memory, processor features, caches and thread count, shared by the domain libraries built on it.
  *
- * vekcv calls nothing of the system but these functions, so an application that has an allocator or a scheduler of its
- * own can put a library of the same name and the same functions in the place of this one. Every function may be called
- * from any thread.
+ * vekcv takes memory, processor features and the number of its OpenMP threads from these functions alone, so an
+ * application that decides on them itself can put a library of the same name and the same functions in the place of
+ * this one. Every function may be called from any thread.
  * @{
  */
 /** Bits of vekGetEnabledCpuFeatures. A bit is set when both the processor and the operating system support it. */
@@ -66,7 +68,8 @@ VEKCORE_API uint64_t vekGetEnabledCpuFeatures(void);
 VEKCORE_API Status vekGetNumThreads(int* count);
 
 /**
- * Sets the number of threads for the whole process, from the next call of an operation on.
+ * Sets the number of threads for the whole process, from the next call of an operation on. Work buffers may have to
+ * grow with it: query their sizes again, and do not raise it while a call runs on a buffer of the old size.
  *
  * @retval StatusBadArgument   count is below 1 or above 1024; the number stays as it was
  */
@@ -93,7 +96,7 @@ VEKCORE_API int vekGetNumCoresOnDie(void);
  */
 VEKCORE_API Status vekSqrt_32f_I(float* values, int count);
 
-/** Name and meaning of a status in one line, as in "StatusOk: success"; never null. */
+/** Name and meaning of a status in one line, as in "StatusOk: success"; "unknown status" for any other value. */
 VEKCORE_API const char* vekGetStatusString(Status status);
 /** @} */
 

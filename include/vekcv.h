@@ -3,8 +3,9 @@
  * vekcv: computer-vision primitives on images that the caller owns.
  *
  * Every function performs one operation on a rectangular region of interest (ROI) inside images that the caller
- * allocates, and returns a Status. The library allocates nothing that it was not asked for, keeps no state between
+ * allocates, and returns a Status. The library allocates memory only where a family says so, keeps no state between
  * calls, and may be called from any number of threads at once as long as no two calls write to the same memory.
+ * The families say what differs from the rules that follow.
  *
  * Images. An image argument is a pointer to the first pixel of the region and a step: the bytes from the start of one
  * row to the start of the next, at least the length of a row of the region and a whole number of elements. Rows may be
@@ -25,7 +26,12 @@
  * and the first failing check gives the status. The arithmetic of the checks cannot overflow.
  *
  * Threads. Large regions are split into stripes of rows that the threads of an OpenMP team work on; the call returns
- * when all are done. vekSetNumThreads of vekcore.h gives the size of the team. Each family states from which size on.
+ * when all are done. vekSetNumThreads of vekcore.h sets the size of the team. Each family states from which size on.
+ * Operations that give one result, such as norms, need a few bytes for each of more than 32 threads; without memory for
+ * them the calling thread does all the work.
+ *
+ * Work buffers. Their sizes may depend on the number of threads, so they are to be queried after it was set, and a
+ * larger number needs new buffers. What a buffer holds before and after a call is of no meaning.
  *
  * Exactness. The library holds several variants of its code, for several processors, and chooses one when it is loaded.
  * All variants, both widths and all numbers of threads give the same bits, except where a family says otherwise. A NaN
@@ -144,7 +150,7 @@ typedef struct LibraryVersion {
     int32_t minor;
     int32_t majorBuild;
     int32_t build;
-    char targetCode[4];    /**< two letters for the variant and two zero bytes, as in "v8" */
+    char targetCode[4];    /**< two characters for the variant and two zero bytes, as in "v8" */
     const char* name;      /**< name and variant, as in "vekCV SSSE3 (v8)" */
     const char* version;   /**< version and build */
     const char* buildDate; /**< date of this version */
@@ -162,7 +168,7 @@ typedef struct LibraryVersion {
  * | "a5"        | "vekCV AVX-512 (a5)" | AVX-512 (F, BW, DQ and VL)                           | 64 bits, option |
  * | "a2"        | "vekCV AVX2 (a2)"    | AVX2                                                 | 64 bits         |
  * | "s8"        | "vekCV Nubo (s8)"    | SSSE3 and MOVBE                                      | 32 and 64 bits  |
- * | "v8"        | "vekCV SSSE3 (v8)"   | neither of the above; SSSE3 is the least there is    | 32 and 64 bits  |
+ * | "v8"        | "vekCV SSSE3 (v8)"   | none of the above; SSSE3 is the least there is       | 32 and 64 bits  |
  * @{
  */
 /** Version of the library and the code variant in use */
@@ -363,7 +369,8 @@ VEKCV_API Status VEKCV_CALL vekiAbsDiffC_32f_C1R(const float* source, int32_t so
  *     vekiNormDiff the same of a = source1 - source2
  *     vekiNormRel  vekiNormDiff of source1 and source2 / vekiNorm of source2
  *
- * Sums and maxima of integers are exact, and rounded once to the result. Differences of floats, their magnitudes and
+ * Sums of up to 2^32 integers, and maxima, are exact, and rounded once to the result; roots and quotients are those of
+ * double. Differences of floats, their magnitudes and
  * squares are rounded to float; a row of them is added in 16 running sums of floats (pixel x to sum x modulo 16), which
  * are added in pairs (k and k + 8, then + 4, + 2, + 1), and the rows are added in double. So a sum is
  * within (width / 16 + 5) * 2^-24 of the true one, relatively, and a relative norm within twice that, as long as no
@@ -390,9 +397,10 @@ VEKCV_API Status VEKCV_CALL vekiAbsDiffC_32f_C1R(const float* source, int32_t so
  * @retval StatusChannelOfInterestError   the channel of interest is not 1, 2 or 3 (C3C forms)
  *
  * Regions of 131072 pixels for each configured thread and more are shared among the threads, with these exceptions:
- * - 524288: vekiNorm_Inf_8u_C1MR, vekiNorm_Inf_8s_C1MR, vekiNorm_Inf_16u_C1MR;
- * - 32768: vekiNorm_Inf_32f_C3CMR, vekiNormDiff_L1_8s_C3CMR, vekiNormDiff_L1_16u_C3CMR, vekiNormRel_Inf_16u_C3CMR,
- *   vekiNormRel_Inf_32f_C1MR, vekiNormRel_Inf_32f_C3CMR, vekiNormRel_L1_16u_C3CMR, vekiNormRel_L2_16u_C3CMR;
+ * - 524288 for each thread: vekiNorm_Inf_8u_C1MR, vekiNorm_Inf_8s_C1MR, vekiNorm_Inf_16u_C1MR;
+ * - 32768 for each thread: vekiNorm_Inf_32f_C3CMR, vekiNormDiff_L1_8s_C3CMR, vekiNormDiff_L1_16u_C3CMR,
+ *   vekiNormRel_Inf_16u_C3CMR, vekiNormRel_Inf_32f_C1MR, vekiNormRel_Inf_32f_C3CMR, vekiNormRel_L1_16u_C3CMR,
+ *   vekiNormRel_L2_16u_C3CMR;
  * - the calling thread alone: vekiNormDiff_Inf_16u_C1MR, vekiNormDiff_Inf_16u_C3CMR.
  * @{
  */
@@ -639,7 +647,7 @@ VEKCV_API Status VEKCV_CALL vekiNormRel_L2_32f_C3CMR(const float* source1, int32
  *     mean = S / n
  *     standardDeviation = sqrt(|Q / n - mean * mean|)
  *
- * Without any pixel that takes part both are 0. S and Q of integers are exact for every region; the formulas are
+ * Without any pixel that takes part both are 0. S and Q of integers are exact for up to 2^32 pixels; the formulas are
  * evaluated in double. Floats are converted to double, and they and their squares are added in 16 running sums of
  * doubles (pixel x of every row to sum x modulo 16), which are added in pairs (k and k + 8, then + 4, + 2, + 1). With
  * more than one thread each has running sums of its own, so that the number of threads may change the
@@ -1220,8 +1228,8 @@ VEKCV_API Status VEKCV_CALL vekiFilterColumnPipeline_32f_C3R(const float* const*
  * Outside of the image the rule of borderType applies: BorderConstant with borderValue, BorderReplicate,
  * BorderPeriodic, BorderReflect, BorderReflectEdge, or BorderInMemory. The flags BorderInMemoryTop, Bottom, Left and
  * Right say of single sides that the pixels in memory beside the region are to be read there, as far as the mask
- * reaches. Corners belong to the rows above and below: there, a row that the rule gives is extended as that row is, and
- * a constant row is constant.
+ * reaches. Corners belong to the rows above and below: each of these, from memory or by the rule, is extended to the
+ * left and to the right as a row of the image is; only a row of the constant is constant throughout.
  *
  * @param source        first pixel of the source
  * @param destination   first pixel of the result; must not overlap the source
@@ -1245,7 +1253,7 @@ VEKCV_API Status VEKCV_CALL vekiFilterColumnPipeline_32f_C3R(const float* const*
  * @retval StatusMaskSizeError     maskSize is neither 33 nor 55
  *
  * Regions of 256 x 256 pixels and more, with at least five rows for each thread, are shared among the threads where
- * there is more than one processor.
+ * the process may run on more than one processor.
  * @{
  */
 /** derivative in y, which horizontal edges have */
@@ -1491,7 +1499,7 @@ VEKCV_API Status VEKCV_CALL vekiFilterGaussGetBufferSize_32f_C1R(RoiSize roiSize
 /* ------------------------------------------------------------------------------------------------------------------ */
 /**
  * @defgroup SobelKernels Sobel kernels
- * Kernels of derivatives of any odd size. They are the coefficients of
+ * Kernels of derivatives, of odd sizes from 3 to 31. They are the coefficients of
  *
  *     sign * (1 + z)^(kernelSize - 1 - derivativeOrder) * (z - 1)^derivativeOrder
  *
@@ -1537,10 +1545,10 @@ VEKCV_API Status VEKCV_CALL vekiGenSobelKernel_32f(float* kernel, int32_t kernel
  * so of two equal neighbours along a row or a column the left or upper one remains, and equal neighbours along a
  * diagonal suppress each other. Signs are sign bits; 0 has that of a positive number. Candidates with m > highThreshold
  * are edges, and so is every candidate that touches an edge, at one of its eight neighbours. A magnitude that is NaN is
- * no edge, nor are those that would have to be larger than it.
+ * no edge, nor are those that would have to be larger than it or as large.
  *
  * @param derivativeX, derivativeY   first pixel of the derivatives in x and in y, as vekiFilterSobelNegVertBorder and
- *                                   vekiFilterSobelHorizBorder give them; the same sign of both is what matters
+ *                                   vekiFilterSobelHorizBorder give them; both with the other sign give the same edges
  * @param destination     first pixel of the result; must not overlap the derivatives
  * @param derivativeXStep, derivativeYStep, destinationStep   bytes from row to row
  * @param roiSize         size of the images, at least 1 x 1
@@ -1560,7 +1568,7 @@ VEKCV_API Status VEKCV_CALL vekiGenSobelKernel_32f(float* kernel, int32_t kernel
  * The calling thread does all the work.
  * @{
  */
-/** work buffer of vekiCanny: 5 bytes for each pixel of the image and of its frame, 9 from 65533 columns or rows on */
+/** work buffer of vekiCanny: 5 bytes for each pixel and its frame, 9 from 65533 columns or rows on, and some more */
 VEKCV_API Status VEKCV_CALL vekiCannyGetSize(RoiSize roiSize, int32_t* bufferSize);
 /** edges from derivatives */
 VEKCV_API Status VEKCV_CALL vekiCanny_16s8u_C1R(const int16_t* derivativeX, int32_t derivativeXStep,
@@ -1624,10 +1632,10 @@ VEKCV_API Status VEKCV_CALL vekiCanny_32f8u_C1R(const float* derivativeX, int32_
  *     mixed 32s  32-bit integer, wraps                  64-bit integer of products that wrap  32-bit integer, wraps
  *                                                       to 32 bits, times 2^-scaleFactor
  *
- * Floats are multiplied and added in the order in which the features were given, each operation rounded to float, and
- * threshold * n > response is compared in float. Of 32s, threshold * n wraps to 32 bits; of mixed 32s it has 64 bits.
- * The mixed 32s response wraps to 64 bits; with a scale factor of -64 and less it is 0. The plain 32s function ignores
- * scaleFactor.
+ * The products of a feature are added in the order in which its rectangles were given, each operation on floats rounded
+ * to float, and threshold * n > response is compared in float. Of 32s, threshold * n wraps to 32 bits; of mixed 32s it
+ * has 64 bits. The mixed 32s response wraps to 64 bits; with a scale factor of -64 and less it is 0. The plain 32s
+ * function ignores scaleFactor.
  *
  * vekiApplyHaarClassifier_32f_C1R takes the number of positions that are set in *positiveCount, as the stage before
  * left it: with 0 it returns at once and leaves the mask as it is; else the number has no effect on the result. Where
@@ -1642,7 +1650,8 @@ VEKCV_API Status VEKCV_CALL vekiCanny_32f8u_C1R(const float* derivativeX, int32_
  * @param featureCount      number of features, which may be 0; there must be a first rectangle even then
  * @param windowSize        receives the size of the window: the largest C.x and the largest A.y of all rectangles, at
  *                          least 0; 0 x 0 without features
- * @param featureMask       a byte for each feature, in the order in which they were given; not 0 tilts the feature
+ * @param featureMask       a byte for each feature, in the order in which they were given; not 0 tilts the feature,
+ *                          if it is one of the first 8388608
  * @param tiltOrientation   see above
  * @param integral          element of the integral image at the first window position
  * @param tiltedIntegral    element of the tilted integral image at the first window position
@@ -1650,8 +1659,10 @@ VEKCV_API Status VEKCV_CALL vekiCanny_32f8u_C1R(const float* derivativeX, int32_
  * @param mask              mask of the first window position: positions with 0 are left out and stay 0, those that fail
  *                          become 0, those that pass keep their value
  * @param integralStep, tiltedIntegralStep, normStep, maskStep   bytes from row to row
- * @param roiSize           number of window positions, at least 1 x 1. The integral images go on beyond them, to the
- *                          right and below by the size of the window, and, for tilted rectangles, to the left
+ * @param roiSize           number of window positions, at least 1 x 1. The integral image goes on beyond them, to the
+ *                          right and below by the size of the window, which tilting changes; the tilted one by a
+ *                          column and a row more. Where corners of tilted rectangles have negative coordinates, the
+ *                          images go on to the left and above as far
  * @param positiveCount     receives the number of positions that passed
  * @param stageThreshold    the least sum of values that passes
  * @param scaleFactor       of mixed 32s, not above 0: responses are multiplied by 2^-scaleFactor
@@ -1665,8 +1676,9 @@ VEKCV_API Status VEKCV_CALL vekiCanny_32f8u_C1R(const float* derivativeX, int32_
  *                                  upright classifiers of floats leave *state as it was then, all others make it null.
  *                                  Of vekiTiltHaarFeatures: the classifier has tilted features already. Of mixed 32s:
  *                                  scaleFactor is above 0
- * @retval StatusMemoryAllocation   there is no memory for the classifier; or, of vekiApplyHaarClassifier, for 40 bytes
- *                                  (20 in 32-bit builds) for each rectangle, which it needs while it runs.
+ * @retval StatusMemoryAllocation   there is no memory for the classifier, which is found out before the rectangles are
+ *                                  checked where invalid ones make *state null; or, of vekiApplyHaarClassifier, for
+ *                                  40 bytes (20 in 32-bit builds) for each rectangle, which it needs while it runs.
  *                                  vekiApplyMixedHaarClassifier needs none
  *
  * The calling thread does all the work. Any number of threads may apply a classifier at once, but not while it is
