@@ -15,7 +15,8 @@ WIDTH ?= x86_64
 WIDTHS := x86_64 i386
 SECONDS ?= 60
 WARNINGS_AS_ERRORS ?= OFF
-OPTIONS := -DVEKCV_WARNINGS_AS_ERRORS=$(WARNINGS_AS_ERRORS)
+# Without the tests, which need GoogleTest.
+OPTIONS := -DVEKCV_WARNINGS_AS_ERRORS=$(WARNINGS_AS_ERRORS) -DVEKCV_BUILD_TESTS=OFF
 CASCADE := /usr/share/opencv4/haarcascades/haarcascade_frontalface_alt.xml
 SOURCES = $(shell git ls-files '*.h' '*.cpp' '*.c')
 
@@ -25,7 +26,7 @@ SOURCES = $(shell git ls-files '*.h' '*.cpp' '*.c')
 all:
 	@cmake/packages.sh build
 	@for width in $(WIDTHS); do \
-	    cmake --preset $$width $(OPTIONS) -DVEKCV_BUILD_TESTS=OFF >/dev/null && cmake --build --preset $$width || exit 1; \
+	    cmake --preset $$width $(OPTIONS) >/dev/null && cmake --build --preset $$width || exit 1; \
 	done
 
 test:
@@ -46,7 +47,7 @@ demo:
 bench:
 	@cmake/packages.sh build bench $(if $(PEER),peer)
 	@for width in $(WIDTHS); do \
-	    cmake --preset $$width -DVEKCV_BUILD_BENCHMARKS=ON >/dev/null && \
+	    cmake --preset $$width $(OPTIONS) -DVEKCV_BUILD_BENCHMARKS=ON >/dev/null && \
 	    cmake --build --preset $$width --target vekcv_bench || exit 1; \
 	done
 	@bench/run.sh build/x86_64 build/i386 $(if $(FILTER),--filter $(FILTER)) $(if $(QUICK),--quick)
