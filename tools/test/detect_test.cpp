@@ -220,11 +220,10 @@ TEST_F(Vek, DrawsBoxes) {
 
 TEST_F(Vek, FindsTheFaceOfTheAstronaut) {
     const std::string cascade = "/usr/share/opencv4/haarcascades/haarcascade_frontalface_alt.xml ";
-    const std::string pictures = std::getenv("PICTURES");
-    const std::vector<Box> faces = detected(cascade + pictures + "/astronaut.png");
+    const std::vector<Box> faces = detected(cascade + photograph("astronaut.png"));
     ASSERT_EQ(1u, faces.size());
     EXPECT_LE(0.6, shareOf({176, 66, 98, 98}, faces[0]));
-    EXPECT_EQ(0u, detected(cascade + pictures + "/text.png").size());
+    EXPECT_EQ(0u, detected(cascade + photograph("text.png")).size());
 }
 
 }  // namespace

@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cstdio>
 #include <cstdlib>
 #include <filesystem>
 
@@ -28,10 +29,23 @@ inline Result run(const std::string& command) {
     return result;
 }
 
-inline const std::string kProgram = std::getenv("VEK");
+/** A path that a variable of the environment holds. */
+inline std::string pathIn(const std::string& variable, const std::string& meaning) {
+    if (const char* const path = std::getenv(variable.c_str()))
+        return path;
+    throw std::runtime_error("set " + variable + " to the path of " + meaning + ", from the root on");
+}
+
+inline std::string program() {
+    return pathIn("VEK", "the program");
+}
+
+inline std::string photograph(const std::string& name) {
+    return pathIn("PICTURES", "the folder examples/pictures") + "/" + name;
+}
 
 inline Result vek(const std::string& arguments) {
-    return run(kProgram + " " + arguments);
+    return run(program() + " " + arguments);
 }
 
 /** Random pixels. */

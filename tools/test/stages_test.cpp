@@ -1,12 +1,9 @@
 // The stages of trained cascades on photographs, against their definition.
-#include <gtest/gtest.h>
-
 #include <algorithm>
-#include <cstdlib>
 
 #include "cascade.h"
 #include "grey.h"
-#include "picture_file.h"
+#include "run_vek.h"
 #include "stage_classifiers.h"
 
 namespace {
@@ -85,10 +82,8 @@ bool passes(const Windows& windows, const Cascade& cascade, const CascadeStage& 
 
 /** Applies all stages in turn; gives the number of those that leave any window. */
 size_t check(const std::string& cascadeName, const std::string& pictureName) {
-    const char* const pictures = std::getenv("PICTURES");
-    EXPECT_NE(nullptr, pictures) << "set PICTURES to the folder of the pictures";
     const Cascade cascade = readCascade("/usr/share/opencv4/haarcascades/" + cascadeName);
-    const Picture grey = inGrey(readPicture(std::string(pictures) + "/" + pictureName));
+    const Picture grey = inGrey(readPicture(photograph(pictureName)));
     const auto factor = float((cascade.window.width - 2) * (cascade.window.height - 2));
     Windows windows(grey, cascade.window);
     const StageClassifiers classifiers(cascade, factor, [](const CascadeRectangle& rectangle) { return rectangle; });

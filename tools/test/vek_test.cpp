@@ -302,7 +302,7 @@ TEST_F(Vek, ReadsVideos) {
     expectFailure("background text.txt -o x.png --alpha 1", 1, "text.txt: is neither a picture nor a video");
     std::ofstream("text.avi") << "this is not a video";
     expectFailure("background text.avi -o x.png --alpha 1", 1, "text.avi: is neither a picture nor a video");
-    const Result missing = run("PATH=/nonexistent " + kProgram + " background video.mkv -o x.png --alpha 1");
+    const Result missing = run("PATH=/nonexistent " + program() + " background video.mkv -o x.png --alpha 1");
     EXPECT_EQ(1, missing.status);
     EXPECT_NE(std::string::npos, missing.output.find("ffmpeg, which cannot be started")) << missing.output;
 }
@@ -432,7 +432,7 @@ TEST_F(Vek, NeverLeavesHalfAPicture) {
     writePicture("a.png", picture(300, 300, 3, 8, 1));
     writePicture("b.png", picture(300, 300, 3, 8, 2));
     std::ofstream("out.png") << "old";
-    const Result result = run("ulimit -f 8; env --default-signal=XFSZ " + kProgram + " diff a.png b.png out.png");
+    const Result result = run("ulimit -f 8; env --default-signal=XFSZ " + program() + " diff a.png b.png out.png");
     EXPECT_EQ(1, result.status);
     EXPECT_NE(std::string::npos, result.output.find("out.png: cannot be written")) << result.output;
     EXPECT_EQ(3u, fs::file_size("out.png"));
