@@ -117,11 +117,7 @@ TEST_F(Vek, FindsEdges) {
 }
 
 TEST_F(Vek, FindsEdgesOfColors) {
-    const Picture color = picture(31, 22, 3, 8, 4);
-    Picture grey(31, 22, 1, 8);
-    for (size_t i = 0; i < grey.bytes.size(); ++i)
-        grey.bytes[i] = static_cast<uint8_t>(
-            (299 * color.bytes[3 * i] + 587 * color.bytes[3 * i + 1] + 114 * color.bytes[3 * i + 2] + 500) / 1000);
+    const Picture color = picture(31, 22, 3, 8, 4), grey = greyOf(color);
     const Picture edges = edgesOf(color, "--low 100 --high 200");
     EXPECT_TRUE(edges.hasShapeOf(grey)) << edges.shape();
     EXPECT_EQ(edgesOf(grey, "--low 100 --high 200").bytes, edges.bytes);

@@ -182,11 +182,7 @@ TEST_F(Vek, FiltersWithGaussianWeights) {
 }
 
 TEST_F(Vek, FiltersByEveryName) {
-    const Picture color = picture(31, 22, 3, 8, 4);
-    Picture grey(31, 22, 1, 8);
-    for (size_t i = 0; i < grey.bytes.size(); ++i)
-        grey.bytes[i] = static_cast<uint8_t>(
-            std::lrint(0.299 * color.bytes[3 * i] + 0.587 * color.bytes[3 * i + 1] + 0.114 * color.bytes[3 * i + 2]));
+    const Picture color = picture(31, 22, 3, 8, 4), grey = greyOf(color);
     std::vector<Picture> results;
     for (const std::string name : kNames) {
         SCOPED_TRACE(name);

@@ -58,6 +58,15 @@ inline Picture picture(int32_t width, int32_t height, int32_t channels, int32_t 
     return result;
 }
 
+/** A picture of 8 bits in colour as vek takes it where it needs grey: 0.299 R + 0.587 G + 0.114 B, a half upwards. */
+inline Picture greyOf(const Picture& color) {
+    Picture grey(color.width, color.height, 1, 8);
+    for (size_t i = 0; i < grey.bytes.size(); ++i)
+        grey.bytes[i] = static_cast<uint8_t>(
+            (299 * color.bytes[3 * i] + 587 * color.bytes[3 * i + 1] + 114 * color.bytes[3 * i + 2] + 500) / 1000);
+    return grey;
+}
+
 inline int valueAt(const Picture& from, size_t i) {
     return from.bits == 8 ? from.bytes[i] : from.pixels<uint16_t>()[i];
 }

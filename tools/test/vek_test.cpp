@@ -260,11 +260,7 @@ TEST_F(Vek, ShowsLocalContrast) {
     checkLocalContrast(picture(1, 1, 1, 8, 1), picture(1, 1, 1, 8, 1), 7);
 
     const Picture color = picture(29, 17, 3, 8, 2);
-    Picture grey(29, 17, 1, 8);
-    for (size_t i = 0; i < grey.bytes.size(); ++i)
-        grey.bytes[i] = static_cast<uint8_t>(
-            std::lrint(0.299 * color.bytes[3 * i] + 0.587 * color.bytes[3 * i + 1] + 0.114 * color.bytes[3 * i + 2]));
-    checkLocalContrast(color, grey, 5);
+    checkLocalContrast(color, greyOf(color), 5);
 
     // The greatest deviation there is, and small ones far from the corner of a large bright picture.
     Picture stripes(60, 40, 1, 8), bright(400, 300, 1, 8);
