@@ -57,4 +57,17 @@ TEST_F(Vek, RefusesFalseSizesOfJpeg) {
     }
 }
 
+// It is whole, and yet cannot be read.
+TEST_F(Vek, SaysThatItCannotReadCmyk) {
+    const std::vector<uint8_t> pixels(size_t{16} * 16 * 4, 100);
+    const tjhandle codec = tjInitCompress();
+    unsigned char* content = nullptr;
+    unsigned long size = 0;
+    ASSERT_EQ(0, tjCompress2(codec, pixels.data(), 16, 0, 16, TJPF_CMYK, &content, &size, TJSAMP_444, 95, 0));
+    std::ofstream("cmyk.jpg", std::ios::binary).write(reinterpret_cast<const char*>(content), std::streamsize(size));
+    tjFree(content);
+    tjDestroy(codec);
+    expectFailure("stats cmyk.jpg", 1, "cmyk.jpg: cannot be decoded as JPEG: ");
+}
+
 }  // namespace

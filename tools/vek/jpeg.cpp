@@ -10,7 +10,7 @@ using Codec = std::unique_ptr<void, int (*)(tjhandle)>;
 
 void require(const Codec& codec, int result) {
     if (result != 0)  // a warning too: of a file that ends early the lower part would be missing
-        throw CodecError(std::string("is not a whole JPEG picture: ") + tjGetErrorStr2(codec.get()));
+        throw CodecError(std::string("cannot be decoded as JPEG: ") + tjGetErrorStr2(codec.get()));
 }
 
 /** Whether a file whose header has been read is coded arithmetically, which the marker of its frame tells. */
