@@ -298,6 +298,13 @@ TEST_F(Vek, ReadsVideos) {
     expectFailure("background text.txt -o x.png --alpha 1", 1, "text.txt: is neither a picture nor a video");
     std::ofstream("text.avi") << "this is not a video";
     expectFailure("background text.avi -o x.png --alpha 1", 1, "text.avi: is neither a picture nor a video");
+    std::ofstream broken("broken.y4m", std::ios::binary);
+    broken << "YUV4MPEG2 W16 H8 F25:1 C420jpeg\n";
+    for (int i = 0; i < 3; ++i)
+        broken << "FRAME\n" << std::string(16 * 8 * 3 / 2, static_cast<char>(100 + i));
+    broken << "no frame at all\n" << std::string(16 * 8 * 3 / 2, 'a');
+    broken.close();
+    expectFailure("background broken.y4m -o x.png --alpha 1", 1, "broken.y4m: ffmpeg cannot decode the rest of it");
     const Result missing = run("PATH=/nonexistent " + program() + " background video.mkv -o x.png --alpha 1");
     EXPECT_EQ(1, missing.status);
     EXPECT_NE(std::string::npos, missing.output.find("ffmpeg, which cannot be started")) << missing.output;

@@ -88,7 +88,8 @@ class Video : public Frames {
         const int fields = std::fscanf(pipe_, "P%c %ld %ld %ld", &kind, &width, &height, &most);
         if (fields == EOF) {
             if (end() != 0)
-                throw Failure(path_, "is neither a picture nor a video that ffmpeg decodes");
+                throw Failure(path_, hasFrames_ ? "ffmpeg cannot decode the rest of it"
+                                                : "is neither a picture nor a video that ffmpeg decodes");
             return std::nullopt;
         }
         std::fgetc(pipe_);  // the white space that ends the header
@@ -98,6 +99,7 @@ class Video : public Frames {
         Picture picture(static_cast<int32_t>(width), static_cast<int32_t>(height), channels, 8);
         if (std::fread(picture.bytes.data(), 1, picture.bytes.size(), pipe_) != picture.bytes.size())
             throw Failure(path_, "ffmpeg stops in the middle of a frame");
+        hasFrames_ = true;
         return Frame{path_, std::move(picture)};
     }
 
@@ -116,6 +118,7 @@ class Video : public Frames {
     std::string path_;
     pid_t child_ = 0;
     FILE* pipe_ = nullptr;
+    bool hasFrames_ = false;
 };
 
 }  // namespace
