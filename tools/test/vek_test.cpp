@@ -442,4 +442,25 @@ TEST_F(Vek, NeverLeavesHalfAPicture) {
     EXPECT_EQ(3, countFiles());
 }
 
+TEST_F(Vek, KeepsLinksAndPermissionsOfWhatItReplaces) {
+    writePicture("a.png", picture(30, 20, 3, 8, 1));
+    const std::string difference = "umask 022; " + program() + " diff a.png a.png ";
+    const auto permissionsOf = [](const char* path) { return static_cast<int>(fs::status(path).permissions()); };
+    ASSERT_EQ(0, run(difference + "new.png").status);
+    EXPECT_EQ(0644, permissionsOf("new.png"));
+
+    fs::create_directories("folder");
+    for (const int permissions : {0600, 0664}) {
+        std::ofstream("folder/old.png") << "old";
+        fs::permissions("folder/old.png", fs::perms(permissions));
+        fs::remove("link.png");
+        fs::create_symlink("folder/old.png", "link.png");
+        const Result result = run(difference + "link.png");
+        ASSERT_EQ(0, result.status) << result.output;
+        EXPECT_TRUE(fs::is_symlink("link.png"));
+        EXPECT_EQ(readPicture("new.png").bytes, readPicture("folder/old.png").bytes);
+        EXPECT_EQ(permissions, permissionsOf("folder/old.png"));
+    }
+}
+
 }  // namespace

@@ -26,8 +26,9 @@ void removeAndEnd(int signal) {
 
 class UnfinishedFile {
   public:
-    explicit UnfinishedFile(const std::string& path) {
-        const std::string name = (std::filesystem::path(path).parent_path() / ".vek-XXXXXX").string();
+    /** Beside `target`, which `path` leads to; the path is for messages. */
+    UnfinishedFile(const std::string& path, const std::filesystem::path& target) {
+        const std::string name = (target.parent_path() / ".vek-XXXXXX").string();
         if (name.size() >= sizeof unfinished)
             throw Failure(path, "the name is too long");
         std::memcpy(unfinished, name.c_str(), name.size() + 1);
@@ -60,12 +61,10 @@ class UnfinishedFile {
         return true;
     }
 
-    bool becomes(const std::string& path) {
-        const mode_t mask = umask(0);
-        umask(mask);
-        const bool closed = fchmod(descriptor_, 0666 & ~mask) == 0 && close(descriptor_) == 0;
+    bool becomes(const std::filesystem::path& target, mode_t permissions) {
+        const bool closed = fchmod(descriptor_, permissions) == 0 && close(descriptor_) == 0;
         descriptor_ = -1;
-        if (!closed || rename(unfinished, path.c_str()) != 0)
+        if (!closed || rename(unfinished, target.c_str()) != 0)
             return false;
         hasUnfinished = 0;
         return true;
@@ -75,13 +74,28 @@ class UnfinishedFile {
     int descriptor_ = -1;
 };
 
+mode_t permissionsOfNewFiles() {
+    const mode_t mask = umask(0);
+    umask(mask);
+    return 0666 & ~mask;
+}
+
 }  // namespace
 
 void writeFile(const std::string& path, const std::vector<uint8_t>& content) {
-    struct stat existing {};
-    if (stat(path.c_str(), &existing) == 0 && !S_ISREG(existing.st_mode))
-        throw Failure(path, "cannot be written: it is not a regular file");
-    UnfinishedFile file(path);
-    if (!file.write(content) || !file.becomes(path))
+    // A file that exists keeps its permissions, and links to it remain links.
+    std::filesystem::path target = path;
+    mode_t permissions = permissionsOfNewFiles();
+    if (struct stat existing{}; stat(path.c_str(), &existing) == 0) {
+        if (!S_ISREG(existing.st_mode))
+            throw Failure(path, "cannot be written: it is not a regular file");
+        std::error_code error;
+        target = std::filesystem::canonical(path, error);
+        if (error)
+            throw Failure(path, "cannot be written: " + error.message());
+        permissions = existing.st_mode & 0777;
+    }
+    UnfinishedFile file(path, target);
+    if (!file.write(content) || !file.becomes(target, permissions))
         throw Failure(path, std::string("cannot be written: ") + std::strerror(errno));
 }
