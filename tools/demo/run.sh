@@ -10,26 +10,32 @@ mkdir -p "$demo/filters" "$demo/frames" "$demo/motion"
 cd "$demo"
 cp "$source"/examples/pictures/*.png .
 cascades=/usr/share/opencv4/haarcascades  # of Debian's package opencv-data
-make() { ffmpeg -nostdin -v error -y "$@"; }
+convert_media() { ffmpeg -nostdin -v error -y "$@"; }
 
 escape() { sed 's/&/\&amp;/g; s/</\&lt;/g; s/>/\&gt;/g' <<<"$1"; }
 
 section() { printf '<h2>%s</h2>\n<p>%s</p>\n' "$1" "$2"; }
 
-# timed ARGUMENT...: runs vek with the arguments, and tells the time that the library took.
-timed() {
+# run ARGUMENT...: runs vek with the arguments; sets `text` to what it prints and `time` to the time that the library
+# took. What it complains of is shown, and ends the script.
+run() {
     echo "vek $*" >&2
     # Unquoted, for an argument may be a pattern of file names, which is then shown as it is.
     # shellcheck disable=SC2048,SC2086
-    "$build/vek" $* --time 2>&1 | sed -n 's/^ *\([0-9.]* ms\)  in all$/\1/p'
+    if ! text=$("$build/vek" $* --time 2>errors.txt); then
+        cat errors.txt >&2
+        exit 1
+    fi
+    time=$(sed -n 's/^ *\([0-9.]* ms\)  in all$/\1/p' errors.txt)
+    rm errors.txt
 }
 
 # show TITLE INPUTS OUTPUTS ARGUMENT...: runs vek with the arguments, and shows the pictures and the time that the library
 # took. Inputs and outputs are lists of pictures, separated by spaces.
 show() {
-    local title=$1 inputs=$2 outputs=$3 picture time
+    local title=$1 inputs=$2 outputs=$3 picture text time
     shift 3
-    time=$(timed "$@")
+    run "$@"
     printf '<article>\n<h3>%s</h3>\n<div class="pictures">\n' "$(escape "$title")"
     for picture in $inputs; do printf '<img src="%s" alt="%s" title="%s">\n' "$picture" "$picture" "$picture"; done
     echo '</div><div class="pictures"><span class="arrow">&rarr;</span>'
@@ -42,24 +48,20 @@ show() {
 print() {
     local title=$1 text time
     shift
-    # shellcheck disable=SC2048,SC2086
-    text=$("$build/vek" $* --time 2>times.txt)
-    time=$(sed -n 's/^ *\([0-9.]* ms\)  in all$/\1/p' times.txt)
-    rm times.txt
-    echo "vek $*" >&2
+    run "$@"
     printf '<article>\n<h3>%s</h3>\n<pre>%s</pre>\n' "$(escape "$title")" "$(escape "$text")"
     printf '<code>vek %s</code><span class="time">%s in the library</span>\n</article>\n' "$(escape "$*")" "$time"
 }
 
 # strip TITLE PICTURE FILTER...: shows a picture and what each filter, a name with options, makes of it.
 strip() {
-    local title=$1 picture=$2 filter output time
+    local title=$1 picture=$2 filter output text time
     shift 2
     printf '<article>\n<h3>%s</h3>\n<div class="pictures">\n' "$(escape "$title")"
     printf '<figure><img src="%s" alt="%s"><figcaption>%s</figcaption></figure>\n' "$picture" "$picture" "$picture"
     for filter in "$@"; do
         output=filters/${picture%.png}-${filter// /}.png
-        time=$(timed filter "$filter" "$picture" "$output")
+        run filter "$filter" "$picture" "$output"
         printf '<figure><img src="%s" alt="%s"><figcaption>%s<br>%s</figcaption></figure>\n' \
             "$output" "$filter" "$filter" "$time"
     done
@@ -68,11 +70,11 @@ strip() {
 
 # Inputs that are made from the photographs.
 "$build/tools/make_frames" camera.png frames 12
-make -i chelsea.png -vf 'crop=iw-2:ih-1:2:1,pad=iw+2:ih+1' shifted.png
-make -i text.png -pix_fmt gray16be text16.png
-make -i text16.png -vf 'gblur=sigma=12' -pix_fmt gray16be blurred16.png
-make -f lavfi -i 'color=black:s=320x240,drawbox=0:0:160:240:white:fill' -frames:v 1 -pix_fmt gray mask.png
-make -framerate 6 -i frames/frame-%02d.png -c:v ffv1 -pix_fmt gray frames.mkv
+convert_media -i chelsea.png -vf 'crop=iw-2:ih-1:2:1,pad=iw+2:ih+1' shifted.png
+convert_media -i text.png -pix_fmt gray16be text16.png
+convert_media -i text16.png -vf 'gblur=sigma=12' -pix_fmt gray16be blurred16.png
+convert_media -f lavfi -i 'color=black:s=320x240,drawbox=0:0:160:240:white:fill' -frames:v 1 -pix_fmt gray mask.png
+convert_media -framerate 6 -i frames/frame-%02d.png -c:v ffv1 -pix_fmt gray frames.mkv
 
 page() {
     cat <<'HTML'
