@@ -1,9 +1,11 @@
 // Makes a short sequence of frames from a photograph: a crop that shakes by a pixel, with noise, and a bright disc that
-// moves across it. The same frames on every machine. Usage: make_frames PICTURE FOLDER COUNT
+// moves across it. The same frames on every machine. Usage: make_frames PICTURE FOLDER COUNT,
+// of 1 to 99 frames.
 #include <algorithm>
+#include <charconv>
 #include <cstdio>
-#include <cstdlib>
 #include <random>
+#include <string_view>
 
 #include "picture_file.h"
 
@@ -35,14 +37,18 @@ int main(int argc, char** argv) try {
         std::fprintf(stderr, "usage: make_frames PICTURE FOLDER COUNT\n");
         return 2;
     }
+    const std::string_view digits = argv[3];
+    int count = 0;
+    const auto [end, error] = std::from_chars(digits.begin(), digits.end(), count);
+    if (error != std::errc() || end != digits.end() || count < 1 || count > 99)  // names have two digits
+        throw Failure(argv[3], "is not a number of frames from 1 to 99");
     const Picture photograph = readPicture(argv[1]);
     if (photograph.width <= kWidth || photograph.height <= kHeight || photograph.bits != 8)
         throw Failure(argv[1], "is too small, or has not 8 bits");
-    const int count = std::atoi(argv[3]);
     std::mt19937 random(1);
     for (int i = 0; i < count; ++i) {
-        const std::string digits = std::to_string(101 + i).substr(1);
-        writePicture(std::string(argv[2]) + "/frame-" + digits + ".png", makeFrame(photograph, i, count, random));
+        const std::string number = std::to_string(101 + i).substr(1);
+        writePicture(std::string(argv[2]) + "/frame-" + number + ".png", makeFrame(photograph, i, count, random));
     }
     return 0;
 } catch (const std::exception& error) {
