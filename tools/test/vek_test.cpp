@@ -323,6 +323,8 @@ TEST_F(Vek, TellsWhatItIsAndHas) {
     EXPECT_EQ("vekiAbsDiff_16u_C1R  destination = |source1 - source2|\n", vek("list vekiAbsDiff_16u").output);
     expectFailure("list nothing", 1, "nothing: no function");
     expectFailure("list > /dev/full", 1, "standard output: cannot be written");
+    // Without a buffer nothing is left to be written at the end.
+    EXPECT_EQ(1, run("stdbuf -o0 " + program() + " list > /dev/full").status);
 
     writePicture("a.png", picture(8, 8, 1, 8, 1));
     const Result timed = vek("diff a.png a.png out.png --time");

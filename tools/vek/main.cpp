@@ -54,7 +54,8 @@ int main(int argc, char** argv) {
         app.parse(argc, argv);
         if (time)
             printTimes();
-        if (std::fflush(stdout) != 0)
+        // What a write before the last one could not write is lost, though the last one may succeed.
+        if (std::fflush(stdout) != 0 || std::ferror(stdout) != 0)
             throw Failure("standard output", "cannot be written");
         return 0;
     } catch (const CLI::ParseError& error) {
