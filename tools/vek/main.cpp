@@ -28,7 +28,9 @@ void printTimes() {
 }  // namespace
 
 int main(int argc, char** argv) {
-    CLI::App app("Computer-vision operations on picture files (PNG, JPEG) and videos (through ffmpeg).", "vek");
+    CLI::App app(
+        "Computer-vision operations on picture files (PNG, JPEG), background and motion also on videos (by ffmpeg).",
+        "vek");
     app.require_subcommand(1);
     app.fallthrough();
     app.set_version_flag("--version", vekcvGetLibVersion()->version);
@@ -36,7 +38,7 @@ int main(int argc, char** argv) {
     app.add_flag("--time", time, "Tell on standard error how long the library's functions took, files apart");
     app.add_option_function<int>(
            "--threads", [](const int& threads) { vekSetNumThreads(threads); },
-           "Number of threads; by default that of the processors")
+           "Number of threads; by default VEKCORE_NUM_THREADS or that of the processors")
         ->check(CLI::Range(1, 1024))
         ->trigger_on_parse();
     addInfo(app);
