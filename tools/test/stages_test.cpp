@@ -34,7 +34,7 @@ struct Windows {
           tiltedSums(grey.width + 2, grey.height + 3),
           norms(positions.width, positions.height),
           mask(positions.width, positions.height) {
-        const RoiSize size{grey.width, grey.height};
+        const RoiSize size = grey.size();
         Table<double> squares(grey.width + 1, grey.height + 1);
         EXPECT_EQ(StatusOk, vekiSqrIntegral_8u32s64f_C1R(grey.pixels<uint8_t>(), grey.step(), sums.row(0), sums.step(),
                                                          squares.row(0), squares.step(), size, 0, 0));

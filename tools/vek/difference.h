@@ -7,7 +7,7 @@ inline Picture absoluteDifference(const Picture& first, const Picture& second) {
     Picture result(first.width, first.height, first.channels, first.bits);
     const auto call = [&]<typename T>(const char* name, auto function, T*) {
         callLibrary(name, function, first.pixels<T>(), first.step(), second.pixels<T>(), second.step(),
-                    result.pixels<T>(), result.step(), RoiSize{first.width, first.height});
+                    result.pixels<T>(), result.step(), first.size());
     };
     if (first.bits == 16)
         call("vekiAbsDiff_16u_C1R", vekiAbsDiff_16u_C1R, result.pixels<uint16_t>());

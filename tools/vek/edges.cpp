@@ -22,8 +22,8 @@ std::vector<int16_t> derivative(const char* name, auto function, auto bufferSize
     std::vector<int16_t> result(grey.bytes.size());
     const WorkBuffer buffer = workBuffer(grey, bufferSize, mask);
     callLibrary(name, function, grey.pixels<uint8_t>(), grey.step(), result.data(),
-                grey.width * static_cast<int32_t>(sizeof(int16_t)), RoiSize{grey.width, grey.height}, mask,
-                int32_t{BorderReplicate}, uint8_t{0}, buffer.get());
+                grey.width * static_cast<int32_t>(sizeof(int16_t)), grey.size(), mask, int32_t{BorderReplicate},
+                uint8_t{0}, buffer.get());
     return result;
 }
 
@@ -39,8 +39,7 @@ Picture edgesOf(const Picture& grey, const Options& options) {
     Picture result(grey.width, grey.height, 1, 8);
     const WorkBuffer buffer = workBuffer(grey, vekiCannyGetSize);
     callLibrary("vekiCanny_16s8u_C1R", vekiCanny_16s8u_C1R, across.data(), step, down.data(), step,
-                result.pixels<uint8_t>(), result.step(), RoiSize{grey.width, grey.height}, options.low, options.high,
-                buffer.get());
+                result.pixels<uint8_t>(), result.step(), grey.size(), options.low, options.high, buffer.get());
     return result;
 }
 

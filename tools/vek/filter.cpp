@@ -66,7 +66,7 @@ Picture filtered(const char* name, auto function, const std::vector<T>& pixels, 
     Picture result(shape.width, shape.height, 1, 8);
     std::vector<Result> values(pixels.size());
     callLibrary(name, function, pixels.data(), shape.width * static_cast<int32_t>(sizeof(T)), values.data(),
-                shape.width * static_cast<int32_t>(sizeof(Result)), RoiSize{shape.width, shape.height}, kernel...,
+                shape.width * static_cast<int32_t>(sizeof(Result)), shape.size(), kernel...,
                 kBorders.at(options.border), T{0}, buffer.get());
     result.bytes = asBytes(values);
     return result;

@@ -39,15 +39,15 @@ Picture localContrastOf(const Picture& picture, int32_t window) {
     const int32_t tableStep = (source.width + 1) * kEntry;
     std::vector<int32_t> sums(columns * rows), squares(columns * rows);
     callLibrary("vekiSqrIntegral_8u32s_C1R", vekiSqrIntegral_8u32s_C1R, source.pixels<uint8_t>(), source.step(),
-                sums.data(), tableStep, squares.data(), tableStep, RoiSize{source.width, source.height}, 0, 0);
+                sums.data(), tableStep, squares.data(), tableStep, source.size(), 0, 0);
 
     Picture result(picture.width, picture.height, 1, 8);
     std::vector<int32_t> deviations(result.bytes.size());
     // Divided by 2 to the power of -1, and rounded. From integers, which are exact: a table of doubles is read as
     // floats, and those far from its corner are so large that the squares in a small window drown in their rounding.
     callLibrary("vekiRectStdDev_32s_C1RSfs", vekiRectStdDev_32s_C1RSfs, sums.data(), tableStep, squares.data(),
-                tableStep, deviations.data(), picture.width * kEntry, RoiSize{picture.width, picture.height},
-                ImageRect{0, 0, window, window}, -1);
+                tableStep, deviations.data(), picture.width * kEntry, picture.size(), ImageRect{0, 0, window, window},
+                -1);
     std::ranges::transform(deviations, result.bytes.begin(),
                            [](int32_t value) { return static_cast<uint8_t>(std::min(value, 255)); });
     return result;

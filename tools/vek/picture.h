@@ -31,6 +31,7 @@ struct Picture {
           bytes(static_cast<size_t>(step()) * static_cast<size_t>(height)) {}
 
     int32_t step() const { return width * channels * (bits / 8); }
+    RoiSize size() const { return {width, height}; }
     /** The size when every channel of a pixel counts as a pixel. */
     RoiSize elements() const { return {width * channels, height}; }
     bool hasShapeOf(const Picture& other) const {

@@ -43,7 +43,7 @@ void measure(Statistics& result, const std::string& form, auto meanAndDeviation,
 /** The statistics of a channel, 1 to 3; an empty mask stands for every pixel. */
 Statistics statisticsOf(const Picture& picture, const Picture& mask, int32_t channel) {
     Statistics result;
-    const RoiSize roi{picture.width, picture.height};
+    const RoiSize roi = picture.size();
     const auto *pixels = picture.pixels<uint8_t>(), *maskPixels = mask.pixels<uint8_t>();
     const auto* const deepPixels = picture.pixels<uint16_t>();
     const int32_t step = picture.step(), maskStep = mask.step();
