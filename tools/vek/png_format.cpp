@@ -85,7 +85,7 @@ bool readRows(Session& session, png_bytepp rows) {
     return true;
 }
 
-bool writeAll(Session& session, const Picture& picture, png_bytepp rows) {
+bool writeAll(Session& session, const Picture& picture) {
     const png_structp png = session.png;
     if (setjmp(png_jmpbuf(png)))
         return false;
@@ -96,7 +96,8 @@ bool writeAll(Session& session, const Picture& picture, png_bytepp rows) {
     png_write_info(png, session.info);
     if (picture.bits == 16)
         png_set_swap(png);
-    png_write_image(png, rows);
+    for (int32_t y = 0; y < picture.height; ++y)
+        png_write_row(png, picture.bytes.data() + ptrdiff_t{y} * picture.step());
     png_write_end(png, nullptr);
     return true;
 }
@@ -127,8 +128,7 @@ Picture decodePng(const std::vector<uint8_t>& content) {
 
 std::vector<uint8_t> encodePng(const Picture& picture) {
     Session session(false);
-    Picture rows = picture;  // libpng takes pointers to bytes that it might change
-    if (!writeAll(session, rows, rowsOf(rows).data()))
+    if (!writeAll(session, picture))
         throw CodecError("cannot be written as PNG: " + session.error);
     return std::move(session.output);
 }
