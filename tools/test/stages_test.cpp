@@ -5,21 +5,9 @@
 #include "grey.h"
 #include "run_vek.h"
 #include "stage_classifiers.h"
+#include "table.h"
 
 namespace {
-
-/** An image whose rows follow one another. */
-template <typename T>
-struct Table {
-    int32_t columns;
-    std::vector<T> entries;
-
-    Table(int32_t columnCount, int32_t rowCount)
-        : columns(columnCount), entries(size_t(columnCount) * size_t(rowCount)) {}
-    int32_t step() const { return columns * int32_t(sizeof(T)); }
-    T* row(int32_t y) { return entries.data() + ptrdiff_t{y} * columns; }
-    T at(int32_t x, int32_t y) const { return entries[size_t(y) * size_t(columns) + size_t(x)]; }
-};
 
 /** What stages are applied to: all windows of a picture. */
 struct Windows {

@@ -55,8 +55,7 @@ WindowScan::WindowScan(const Cascade& cascade)
                   rectangle.weight = -rectangle.weight;
           };
           turn(rectangle.place.x, rectangle.place.width, phases_.columns / 2);
-          turn(rectangle.place.y, rectangle.place.height,
-               static_cast<int32_t>(phases_.entries.size()) / phases_.columns / 2);
+          turn(rectangle.place.y, rectangle.place.height, phases_.rows() / 2);
           return rectangle;
       }) {}
 
@@ -77,7 +76,7 @@ void WindowScan::scan(const uint8_t* pixels, int32_t step, RoiSize positions, in
         return;
     for (int32_t y = 0; y < grid.height; ++y)
         for (int32_t x = 0; x < grid.width; ++x)
-            if (mask_.row(y)[x])
+            if (mask_.at(x, y))
                 found.push_back({x * apart, y * apart});
 }
 
@@ -92,7 +91,7 @@ void WindowScan::sumPixels(const uint8_t* pixels, int32_t step, RoiSize position
 
 void WindowScan::separatePhases(RoiSize positions) {
     const int32_t columns = phases_.columns / 2, rows = positions.height + window_.height;
-    const int32_t phaseRows = static_cast<int32_t>(phases_.entries.size()) / phases_.columns / 2;
+    const int32_t phaseRows = phases_.rows() / 2;
     const int32_t used = (positions.width + window_.width) / 2;
     for (int32_t y = 0; y < rows; ++y) {
         const int32_t* const from = sums_.row(y);

@@ -3,6 +3,7 @@
 #include <vector>
 
 #include "stage_classifiers.h"
+#include "table.h"
 
 /**
  * Finds the windows of a picture that pass a cascade, at one scale and in a part of the picture at a time, so that the
@@ -24,18 +25,6 @@ class WindowScan {
     void scan(const uint8_t* pixels, int32_t step, RoiSize positions, int32_t spacing, std::vector<ImagePoint>& found);
 
   private:
-    /** Rows of numbers, one after another. */
-    template <typename T>
-    struct Table {
-        int32_t columns = 0;
-        std::vector<T> entries;
-
-        Table(int32_t columnCount, int32_t rowCount)
-            : columns(columnCount), entries(static_cast<size_t>(columnCount) * static_cast<size_t>(rowCount)) {}
-        int32_t step() const { return columns * static_cast<int32_t>(sizeof(T)); }
-        T* row(int32_t y) { return entries.data() + ptrdiff_t{y} * columns; }
-    };
-
     void sumPixels(const uint8_t* pixels, int32_t step, RoiSize positions);
     void separatePhases(RoiSize positions);
     void computeNorms(RoiSize grid, int32_t spacing);
