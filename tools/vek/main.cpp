@@ -3,17 +3,14 @@
 
 #include "commands.h"
 #include "library_call.h"
+#include "printable.h"
 
 namespace {
 
 constexpr int kFailed = 1, kWrongUsage = 2;
 
-/** One line, whatever the names of files hold. */
-void printError(std::string message) {
-    for (char& c : message)
-        if (static_cast<unsigned char>(c) < ' ')
-            c = '?';
-    std::fprintf(stderr, "vek: %s\n", message.c_str());
+void printError(const std::string& message) {
+    std::fprintf(stderr, "vek: %s\n", printable(message).c_str());
 }
 
 void printTimes() {

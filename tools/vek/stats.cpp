@@ -8,6 +8,7 @@
 #include "library_call.h"
 #include "mask.h"
 #include "picture_file.h"
+#include "printable.h"
 
 namespace {
 
@@ -108,13 +109,9 @@ std::string asText(const Extremum& extremum) {
 void printTable(const std::vector<Statistics>& all) {
     using Row = std::array<std::string, 6>;
     std::vector<Row> rows{{"file", "channel", "mean", "deviation", "minimum (x, y)", "maximum (x, y)"}};
-    for (const Statistics& one : all) {
-        rows.push_back(
-            {one.file, one.channel, asText(one.mean), asText(one.deviation), asText(one.minimum), asText(one.maximum)});
-        for (char& c : rows.back()[0])
-            if (static_cast<unsigned char>(c) < ' ')
-                c = '?';
-    }
+    for (const Statistics& one : all)
+        rows.push_back({printable(one.file), one.channel, asText(one.mean), asText(one.deviation), asText(one.minimum),
+                        asText(one.maximum)});
     // Bytes that continue a letter in UTF-8 take no room.
     const auto widthOf = [](const std::string& text) {
         return std::ranges::count_if(text, [](char c) { return (c & 0xc0) != 0x80; });
