@@ -167,10 +167,11 @@ TEST_F(Cascades, RefuseWrongUse) {
     writePicture("deep.png", picture(16, 8, 1, 16, 1));
     for (const std::string arguments :
          {"", "good.xml", "good.xml in.png x.png", "good.xml in.png --scale 1", "good.xml in.png --scale 0.5",
-          "good.xml in.png --scale nan", "good.xml in.png --scale 11", "good.xml in.png --scale big",
-          "good.xml in.png --min-size -1", "good.xml in.png --min-size many", "good.xml in.png --min-neighbors -1",
+          "good.xml in.png --scale 11", "good.xml in.png --scale big", "good.xml in.png --min-size -1",
+          "good.xml in.png --min-size many", "good.xml in.png --min-neighbors -1",
           "good.xml in.png --min-neighbors 99999999999", "good.xml in.png -o"})
         expectFailure("detect " + arguments, 2, "");
+    expectFailure("detect good.xml in.png --scale nan", 2, "--scale: is not a number from 1.01 to 10");
     expectFailure("detect good.xml in.png -o x.bmp", 2, "x.bmp: pictures are written as");
     expectFailure("detect good.xml in.png -o missing/x.png", 1, "missing/x.png: cannot be written");
     expectFailure("detect good.xml missing.png", 1, "missing.png: cannot be opened");

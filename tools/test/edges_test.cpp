@@ -129,10 +129,11 @@ TEST_F(Vek, RefusesWrongUseOfEdges) {
     writePicture("in.png", picture(16, 8, 1, 8, 1));
     for (const std::string arguments :
          {"", "in.png", "in.png x.png", "in.png x.png --low 1", "in.png x.png --high 1",
-          "in.png x.png --low -1 --high 1", "in.png x.png --low nan --high 1", "in.png x.png --low 1 --high inf",
-          "in.png x.png --low 1 --high 65536", "in.png x.png --low much --high 1",
-          "in.png x.png --low 1 --high 2 --aperture 4", "in.png x.png --low 1 --high 2 --aperture 7"})
+          "in.png x.png --low -1 --high 1", "in.png x.png --low 1 --high inf", "in.png x.png --low 1 --high 65536",
+          "in.png x.png --low much --high 1", "in.png x.png --low 1 --high 2 --aperture 4",
+          "in.png x.png --low 1 --high 2 --aperture 7"})
         expectFailure("edges " + arguments, 2, "");
+    expectFailure("edges in.png x.png --low nan --high 1", 2, "--low: is not a number from 0 to 65535");
     expectFailure("edges in.png x.png --low 2 --high 1", 2, "--low: is above --high");
 }
 

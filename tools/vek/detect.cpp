@@ -9,6 +9,7 @@
 #include "commands.h"
 #include "detector.h"
 #include "grey.h"
+#include "options.h"
 #include "picture_file.h"
 
 namespace {
@@ -61,9 +62,7 @@ void detect(const Options& options) {
     if (!options.output.empty())
         checkPictureName(options.output);
     Detector detector(readCascade(options.cascade));
-    Picture picture = readPicture(options.input);
-    if (picture.bits != 8)
-        throw Failure(options.input, "is " + picture.shape() + "; objects are found in 8-bit pictures");
+    Picture picture = readEightBit(options.input, "objects are found in");
     std::vector<Detection> objects;
     try {
         ProgressLine progress;
@@ -82,11 +81,6 @@ void detect(const Options& options) {
         print(objects);
 }
 
-std::string errorOfScale(const std::string& text) {
-    const double scale = std::strtod(text.c_str(), nullptr);
-    return scale >= kLeastScale && scale <= kLargestScale ? "" : "is not a number from 1.01 to 10";
-}
-
 }  // namespace
 
 void addDetect(CLI::App& app) {
@@ -99,12 +93,11 @@ void addDetect(CLI::App& app) {
         "moves by two pixels where an object is less than twice as large as it, and by one beyond.");
     const auto options = std::make_shared<Options>();
     command->add_option("CASCADE", options->cascade, "The cascade, an XML file")->required();
-    command->add_option("IN", options->input, "An 8-bit picture; colour is taken as grey, .299 R + .587 G + .114 B")
-        ->required();
+    addGreyInput(*command, options->input);
     command->add_option("-o,--output", options->output, "Where IN goes with a box around each object (.png, .jpg)");
     command->add_flag("--json", options->json, "Print JSON, with the number of windows that found each object");
     command->add_option("--scale", options->detector.scale, "From a size of objects to the next, 1.01 to 10")
-        ->check(errorOfScale)
+        ->check(numberFrom(kLeastScale, kLargestScale))
         ->capture_default_str();
     command->add_option("--min-size", options->detector.minSize, "The least width and height of objects, in pixels")
         ->check(CLI::Range(0, INT32_MAX))

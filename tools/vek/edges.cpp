@@ -4,6 +4,7 @@
 #include "commands.h"
 #include "grey.h"
 #include "library_call.h"
+#include "options.h"
 #include "picture_file.h"
 #include "work_buffer.h"
 
@@ -47,9 +48,7 @@ void edges(const Options& options) {
     if (options.low > options.high)
         throw UsageError("--low", "is above --high");
     checkPictureName(options.output);
-    Picture picture = readPicture(options.input);
-    if (picture.bits != 8)
-        throw Failure(options.input, "is " + picture.shape() + "; edges are those of 8-bit pictures");
+    Picture picture = readEightBit(options.input, "edges are those of");
     if (picture.width > INT32_MAX / 4)
         throw Failure(options.input, "is too wide");
     writePicture(options.output, edgesOf(inGrey(std::move(picture)), options));
@@ -57,11 +56,6 @@ void edges(const Options& options) {
 
 // Derivatives are no larger: 5 x 5 pixels give 48 * 255 in x and in y.
 constexpr float kLargestThreshold = 65535;
-
-std::string errorOfThreshold(const std::string& text) {
-    const float threshold = std::strtof(text.c_str(), nullptr);
-    return threshold >= 0 && threshold <= kLargestThreshold ? "" : "is not a number from 0 to 65535";
-}
 
 }  // namespace
 
@@ -74,15 +68,14 @@ void addEdges(CLI::App& app) {
         "a\n"
         "start; 5 x 5 pixels give twelve times as much. The edge pixels of IN continue it.");
     const auto options = std::make_shared<Options>();
-    command->add_option("IN", options->input, "An 8-bit picture; colour is taken as grey, .299 R + .587 G + .114 B")
-        ->required();
+    addGreyInput(*command, options->input);
     command->add_option("OUT", options->output, "Where the edges go (.png, .jpg)")->required();
     command->add_option("--low", options->low, "The least magnitude of an edge, 0 to 65535; a fraction has no effect")
         ->required()
-        ->check(errorOfThreshold);
+        ->check(numberFrom(0, kLargestThreshold));
     command->add_option("--high", options->high, "The magnitude above which an edge begins, LOW to 65535")
         ->required()
-        ->check(errorOfThreshold);
+        ->check(numberFrom(0, kLargestThreshold));
     command->add_option("--aperture", options->aperture, "Width and height of the masks of the derivatives")
         ->check(CLI::IsMember({kSmallAperture, kLargeAperture}))
         ->capture_default_str();

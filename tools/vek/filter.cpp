@@ -7,6 +7,7 @@
 #include "commands.h"
 #include "grey.h"
 #include "library_call.h"
+#include "options.h"
 #include "picture_file.h"
 #include "work_buffer.h"
 
@@ -129,9 +130,7 @@ void filter(const Options& options) {
     if ((options.sigma || options.size) && chosen.takes != Takes::kSigmaAndSize)
         throw UsageError(options.filter, "takes neither --sigma nor --size");
     checkPictureName(options.output);
-    Picture picture = readPicture(options.input);
-    if (picture.bits != 8)
-        throw Failure(options.input, "is " + picture.shape() + "; filters are for 8-bit pictures");
+    Picture picture = readEightBit(options.input, "filters are for");
     if (picture.width > INT32_MAX / 4)
         throw Failure(options.input, "is too wide");
     writePicture(options.output, chosen.apply(inGrey(std::move(picture)), options));
@@ -139,11 +138,6 @@ void filter(const Options& options) {
 
 std::string errorOfSize(const std::string& text) {
     return std::atoi(text.c_str()) % 2 == 0 ? "is even, but the kernel has a middle" : "";
-}
-
-std::string errorOfSigma(const std::string& text) {
-    const float sigma = std::strtof(text.c_str(), nullptr);
-    return sigma >= kLeastSigma && sigma <= kLargestSigma ? "" : "is not a number from 0.01 to 1000";
 }
 
 }  // namespace
@@ -166,8 +160,7 @@ void addFilter(CLI::App& app) {
     command->add_option("NAME", options->filter, "The filter; capitals do not matter")
         ->required()
         ->transform(CLI::IsMember(&kFilters, CLI::ignore_case));
-    command->add_option("IN", options->input, "An 8-bit picture; colour is taken as grey, .299 R + .587 G + .114 B")
-        ->required();
+    addGreyInput(*command, options->input);
     command->add_option("OUT", options->output, "Where the result goes (.png, .jpg)")->required();
     command->add_option("--mask", options->mask, "Width and height of the mask; 3 without it. Not for scharr and gauss")
         ->check(CLI::IsMember({3, 5}));
@@ -175,7 +168,7 @@ void addFilter(CLI::App& app) {
         ->transform(CLI::IsMember(&kBorders, CLI::ignore_case))
         ->capture_default_str();
     command->add_option("--sigma", options->sigma, "Standard deviation of gauss in pixels, .01 to 1000; 1.5 without it")
-        ->check(errorOfSigma);
+        ->check(numberFrom(kLeastSigma, kLargestSigma));
     command->add_option("--size", options->size, "Width and height of gauss, odd; 2 * ceil(3 * sigma) + 1 without it")
         ->check(CLI::Range(kLeastSize, kLargestSize))
         ->check(errorOfSize);

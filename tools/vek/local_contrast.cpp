@@ -4,6 +4,7 @@
 #include "commands.h"
 #include "grey.h"
 #include "library_call.h"
+#include "options.h"
 #include "picture_file.h"
 
 namespace {
@@ -55,9 +56,7 @@ Picture localContrastOf(const Picture& picture, int32_t window) {
 
 void localContrast(const Options& options) {
     checkPictureName(options.output);
-    Picture picture = readPicture(options.input);
-    if (picture.bits != 8)
-        throw Failure(options.input, "is " + picture.shape() + "; the local contrast is that of 8-bit pictures");
+    Picture picture = readEightBit(options.input, "the local contrast is that of");
     if (std::max(picture.width, picture.height) > INT32_MAX / 4 - options.window)
         throw Failure(options.input, "is too large");
     writePicture(options.output, localContrastOf(inGrey(std::move(picture)), options.window));
@@ -71,8 +70,7 @@ void addLocalContrast(CLI::App& app) {
     command->footer(
         "OUT holds twice the deviation, which is at most 127.5, rounded. The edge pixels of IN continue it.");
     const auto options = std::make_shared<Options>();
-    command->add_option("IN", options->input, "An 8-bit picture; colour is taken as grey, .299 R + .587 G + .114 B")
-        ->required();
+    addGreyInput(*command, options->input);
     command->add_option("OUT", options->output, "Where the local contrast goes (.png, .jpg)")->required();
     command->add_option("--window", options->window, "Width and height of the window, N")
         ->required()

@@ -64,6 +64,13 @@ Picture readPicture(const std::string& path) {
     throw Failure(path, "is not a PNG or JPEG picture");
 }
 
+Picture readEightBit(const std::string& path, const std::string& purpose) {
+    Picture picture = readPicture(path);
+    if (picture.bits != 8)
+        throw Failure(path, "is " + picture.shape() + "; " + purpose + " 8-bit pictures");
+    return picture;
+}
+
 void checkPictureName(const std::string& path) {
     if (formatOfName(path) == Format::kNone)
         throw UsageError(path, "pictures are written as .png, .jpg or .jpeg");

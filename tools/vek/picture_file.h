@@ -11,6 +11,9 @@ bool isPictureFile(const std::string& path);
  */
 Picture readPicture(const std::string& path);
 
+/** The same for what needs a picture of 8 bits; how this is said begins with `purpose`, as in "edges are those of". */
+Picture readEightBit(const std::string& path, const std::string& purpose);
+
 /** Throws UsageError where writePicture could not write a file of this name: .png, .jpg and .jpeg are known. */
 void checkPictureName(const std::string& path);
 

@@ -1,0 +1,23 @@
+#pragma once
+
+#include <CLI/CLI.hpp>
+#include <array>
+#include <cstdio>
+#include <cstdlib>
+
+/** The argument IN of the commands that work in grey. */
+inline void addGreyInput(CLI::App& command, std::string& path) {
+    command.add_option("IN", path, "An 8-bit picture; colour is taken as grey, .299 R + .587 G + .114 B")->required();
+}
+
+/** A check of an option that takes a number; CLI::Range would let one pass that is no number. */
+inline auto numberFrom(double least, double largest) {
+    return [=](const std::string& text) -> std::string {
+        const double number = std::strtod(text.c_str(), nullptr);
+        if (number >= least && number <= largest)
+            return "";
+        std::array<char, 64> message{};
+        std::snprintf(message.data(), message.size(), "is not a number from %g to %g", least, largest);
+        return message.data();
+    };
+}
