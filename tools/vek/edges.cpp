@@ -48,10 +48,8 @@ void edges(const Options& options) {
     if (options.low > options.high)
         throw UsageError("--low", "is above --high");
     checkPictureName(options.output);
-    Picture picture = readEightBit(options.input, "edges are those of");
-    if (picture.width > INT32_MAX / 4)
-        throw Failure(options.input, "is too wide");
-    writePicture(options.output, edgesOf(inGrey(std::move(picture)), options));
+    const Picture grey = inGrey(readEightBit(options.input, "edges are those of"));
+    writePicture(options.output, edgesOf(grey, options));
 }
 
 // Derivatives are no larger: 5 x 5 pixels give 48 * 255 in x and in y.

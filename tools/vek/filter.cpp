@@ -130,10 +130,8 @@ void filter(const Options& options) {
     if ((options.sigma || options.size) && chosen.takes != Takes::kSigmaAndSize)
         throw UsageError(options.filter, "takes neither --sigma nor --size");
     checkPictureName(options.output);
-    Picture picture = readEightBit(options.input, "filters are for");
-    if (picture.width > INT32_MAX / 4)
-        throw Failure(options.input, "is too wide");
-    writePicture(options.output, chosen.apply(inGrey(std::move(picture)), options));
+    const Picture grey = inGrey(readEightBit(options.input, "filters are for"));
+    writePicture(options.output, chosen.apply(grey, options));
 }
 
 std::string errorOfSize(const std::string& text) {

@@ -67,7 +67,7 @@ auto orderOf(const ImageRect& place) {
     return std::tie(place.y, place.x, place.width, place.height);
 }
 
-/** The mean of each group of so many windows at least. */
+/** The mean of each group of so many windows at least, 1 or more. */
 std::vector<Detection> groupsOf(const std::vector<ImageRect>& windows, int32_t leastWindows) {
     Sets sets(windows.size());
     for (size_t i = 0; i < windows.size(); ++i)
@@ -81,7 +81,7 @@ std::vector<Detection> groupsOf(const std::vector<ImageRect>& windows, int32_t l
 
     std::vector<Detection> groups;
     for (const Sum& sum : sums)
-        if (sum.count >= leastWindows && sum.count > 0)
+        if (sum.count >= leastWindows)
             groups.push_back(sum.mean());
     return groups;
 }
