@@ -95,7 +95,7 @@ std::vector<Detection> Detector::detect(const Picture& grey, const Options& opti
 }
 
 std::vector<ImageRect> Detector::windowsIn(const Picture& grey, const Options& options, const Progress& progress) {
-    const RoiSize window = scan_.window(), part = scan_.mostPositions();
+    const RoiSize window = scan_.window(), part = WindowScan::kMostPositions;
     const std::vector<Level> levels = levelsOf(grey.size(), window, options);
     const double work = std::transform_reduce(levels.begin(), levels.end(), 0., std::plus(), workOf);
     double done = 0;

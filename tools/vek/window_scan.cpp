@@ -7,8 +7,6 @@
 
 namespace {
 
-constexpr RoiSize kPart{512, 64};
-
 // Deviations are integers, 2 to the power of 12 times as large. From integer tables they are exact, while a table of
 // doubles is read as floats, and those far from its corner are so large that the squares in a window drown in rounding.
 constexpr int32_t kDeviationScale = 12;
@@ -34,14 +32,13 @@ int32_t halfOf(int32_t count) {
 WindowScan::WindowScan(const Cascade& cascade)
     : window_(cascade.window),
       tilted_(cascade.hasTilted()),
-      mostPositions_(kPart),
-      sums_(kPart.width + window_.width, kPart.height + window_.height),
+      sums_(kMostPositions.width + window_.width, kMostPositions.height + window_.height),
       squares_(sums_),
-      phases_(2 * halfOf(kPart.width + window_.width), 2 * halfOf(kPart.height + window_.height)),
-      tiltedSums_(sums_.columns + 1, kPart.height + window_.height + 2),
-      deviations_(kPart.width, kPart.height),
-      norms_(kPart.width, kPart.height),
-      mask_(kPart.width, kPart.height),
+      phases_(2 * halfOf(kMostPositions.width + window_.width), 2 * halfOf(kMostPositions.height + window_.height)),
+      tiltedSums_(sums_.columns + 1, kMostPositions.height + window_.height + 2),
+      deviations_(kMostPositions.width, kMostPositions.height),
+      norms_(kMostPositions.width, kMostPositions.height),
+      mask_(kMostPositions.width, kMostPositions.height),
       classifiers_(cascade, thresholdFactor(window_), [](const CascadeRectangle& rectangle) { return rectangle; }),
       phaseClassifiers_(tilted_ ? Cascade{} : cascade, thresholdFactor(window_), [this](CascadeRectangle rectangle) {
           // Columns and rows of even numbers come first, those of odd ones after them. A corner that overtakes its

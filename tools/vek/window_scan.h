@@ -11,12 +11,13 @@
  */
 class WindowScan {
   public:
+    /** The most positions in a part. */
+    static constexpr RoiSize kMostPositions{512, 64};
+
     /** A cascade with tilted features must be transposed, and so must be the pictures. */
     explicit WindowScan(const Cascade& cascade);
 
     RoiSize window() const { return window_; }
-    /** The most positions in a part. */
-    RoiSize mostPositions() const { return mostPositions_; }
 
     /**
      * Adds the positions of windows that pass to `found`: of all in a part, or of those in every second column of every
@@ -33,7 +34,6 @@ class WindowScan {
 
     RoiSize window_;
     bool tilted_;
-    RoiSize mostPositions_;
     Table<int32_t> sums_, squares_, phases_, tiltedSums_, deviations_;
     Table<float> norms_;
     Table<uint8_t> mask_;
