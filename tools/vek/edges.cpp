@@ -1,6 +1,4 @@
 // vek edges: the edges of a picture, by Canny.
-#include <cmath>
-
 #include "commands.h"
 #include "grey.h"
 #include "library_call.h"

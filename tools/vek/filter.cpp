@@ -1,6 +1,7 @@
 // vek filter: derivatives, the mean and the Gaussian filter.
 #include <algorithm>
 #include <cmath>
+#include <cstdlib>
 #include <functional>
 #include <optional>
 

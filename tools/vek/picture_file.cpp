@@ -1,6 +1,7 @@
 #include "picture_file.h"
 
 #include <algorithm>
+#include <cctype>
 #include <filesystem>
 
 #include "jpeg.h"
