@@ -7,7 +7,7 @@
 
 #include "vekcv.h"
 
-/** What stops the program: one line for the user, which begins with the name of the file that it is about. */
+/** What stops the program: one line for the user, which begins with what it is about, most often the name of a file. */
 struct Failure : std::runtime_error {
     Failure(const std::string& subject, const std::string& message) : std::runtime_error(subject + ": " + message) {}
 };

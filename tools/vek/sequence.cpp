@@ -89,7 +89,7 @@ Picture firstFrame(Frames& frames, const Options& options) {
     if (!first)
         throw Failure(options.frames[0], "has no frames");
     // The rows of the average are four bytes for each channel of a pixel.
-    if (first->width > std::numeric_limits<int32_t>::max() / 4 / first->channels)
+    if (first->width > INT32_MAX / 4 / first->channels)
         throw Failure(options.frames[0], "is too wide");
     return std::move(*first);
 }
