@@ -146,8 +146,8 @@ negative; the largest magnitude in a picture is black or white. The mean and the
     strip 'A photograph under every filter, masks of 3 x 3' camera.png \
         sobel-horiz sobel-vert sobel-neg-vert sobel-horiz-second sobel-vert-second sobel-cross \
         scharr-horiz scharr-vert laplacian lowpass 'gauss --sigma 1.5' 'gauss --sigma 5'
-    strip 'Coins, masks of 5 x 5' coins.png 'sobel-horiz --mask 5' 'sobel-neg-vert --mask 5' 'laplacian --mask 5' \
-        'lowpass --mask 5'
+    strip 'Coins, masks of 5 x 5' coins.png 'sobel-horiz --aperture 5' 'sobel-neg-vert --aperture 5' 'laplacian --aperture 5' \
+        'lowpass --aperture 5'
 
     section 'Edges' 'By Canny: where the derivative is largest across an edge and above a threshold, and where it is above a
 lower one beside that.'

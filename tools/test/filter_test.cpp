@@ -108,24 +108,24 @@ TEST_F(Vek, ShowsDerivatives) {
              {"scharr-horiz", product(scharr, rising)},
              {"scharr-vert", product(rising, scharr)},
              {"laplacian", {2, 0, 2, 0, -8, 0, 2, 0, 2}},
-             {"sobel-horiz --mask 5", product(smooth5, rising5)},
-             {"sobel-vert --mask 5", product(falling5, smooth5)},
-             {"sobel-neg-vert --mask 5", product(rising5, smooth5)},
-             {"sobel-horiz-second --mask 5", product(smooth5, second5)},
-             {"sobel-vert-second --mask 5", product(second5, smooth5)},
-             {"sobel-cross --mask 5", product(falling5, rising5)},
-             {"laplacian --mask 5", sum(product(smooth5, second5), product(second5, smooth5))},
+             {"sobel-horiz --aperture 5", product(smooth5, rising5)},
+             {"sobel-vert --aperture 5", product(falling5, smooth5)},
+             {"sobel-neg-vert --aperture 5", product(rising5, smooth5)},
+             {"sobel-horiz-second --aperture 5", product(smooth5, second5)},
+             {"sobel-vert-second --aperture 5", product(second5, smooth5)},
+             {"sobel-cross --aperture 5", product(falling5, rising5)},
+             {"laplacian --aperture 5", sum(product(smooth5, second5), product(second5, smooth5))},
          })
         checkDerivative(source, one.arguments, "", one.mask, BorderReplicate);
 
     const std::vector<int> horiz = product(smooth, rising), vert5 = product(falling5, smooth5);
     for (const NamedBorder& border : kBorders) {
         const std::string option = std::string("--border ") + border.name;
-        checkDerivative(source, "sobel-horiz", option + " --mask 3", horiz, border.rule);
-        checkDerivative(source, "sobel-vert", option + " --mask 5", vert5, border.rule);
+        checkDerivative(source, "sobel-horiz", option + " --aperture 3", horiz, border.rule);
+        checkDerivative(source, "sobel-vert", option + " --aperture 5", vert5, border.rule);
     }
     checkDerivative(picture(1, 1, 1, 8, 1), "sobel-horiz", "", horiz, BorderReplicate);
-    checkDerivative(picture(300, 270, 1, 8, 1), "sobel-vert", "--mask 5 --threads 3", vert5, BorderReplicate);
+    checkDerivative(picture(300, 270, 1, 8, 1), "sobel-vert", "--aperture 5 --threads 3", vert5, BorderReplicate);
 }
 
 TEST_F(Vek, ShowsTheSignOfDerivatives) {
@@ -152,7 +152,7 @@ TEST_F(Vek, FiltersWithTheMean) {
             std::vector<double> expected;
             for (int sum : sumsAround(source, std::vector<int>(area, 1), border.rule))
                 expected.push_back(std::floor(sum / static_cast<double>(area) + 0.5));
-            const std::string options = std::string("--border ") + border.name + " --mask " + std::to_string(size);
+            const std::string options = std::string("--border ") + border.name + " --aperture " + std::to_string(size);
             expectPixels(expected, filtered(source, "lowpass", options), 0);
         }
 }
@@ -202,16 +202,16 @@ TEST_F(Vek, FiltersByEveryName) {
 TEST_F(Vek, RefusesWrongUseOfFilters) {
     writePicture("in.png", picture(16, 8, 1, 8, 1));
     for (const std::string arguments :
-         {"", "sobel-horiz", "sobel-horiz in.png", "blur in.png x.png", "lowpass in.png x.png --mask 4",
-          "lowpass in.png x.png --mask wide", "lowpass in.png x.png --border none", "lowpass in.png x.png --border 1",
-          "gauss in.png x.png --size 1", "gauss in.png x.png --size 4", "gauss in.png x.png --size -5",
-          "gauss in.png x.png --size 99999999999", "gauss in.png x.png --sigma 0", "gauss in.png x.png --sigma -1",
-          "gauss in.png x.png --sigma inf", "gauss in.png x.png --sigma much"})
+         {"", "sobel-horiz", "sobel-horiz in.png", "blur in.png x.png", "lowpass in.png x.png --aperture 4",
+          "lowpass in.png x.png --aperture wide", "lowpass in.png x.png --mask 5", "lowpass in.png x.png --border none",
+          "lowpass in.png x.png --border 1", "gauss in.png x.png --size 1", "gauss in.png x.png --size 4",
+          "gauss in.png x.png --size -5", "gauss in.png x.png --size 99999999999", "gauss in.png x.png --sigma 0",
+          "gauss in.png x.png --sigma -1", "gauss in.png x.png --sigma inf", "gauss in.png x.png --sigma much"})
         expectFailure("filter " + arguments, 2, "");
     expectFailure("filter gauss in.png x.png --sigma nan", 2, "--sigma: is not a number from 0.01 to 1000");
     for (const std::string name : kNames) {
         if (name == "gauss" || name.starts_with("scharr"))
-            expectFailure("filter " + name + " in.png x.png --mask 3", 2, name + ": takes no --mask");
+            expectFailure("filter " + name + " in.png x.png --aperture 3", 2, name + ": takes no --aperture");
         if (name != "gauss")
             for (const std::string option : {" --sigma 2", " --size 5"})
                 expectFailure("filter " + name + " in.png x.png" + option, 2,

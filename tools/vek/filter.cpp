@@ -20,7 +20,7 @@ constexpr float kLeastSigma = 0.01f, kUsualSigma = 1.5f, kLargestSigma = 1000.f;
 
 struct Options {
     std::string filter, input, output, border = "replicate";
-    std::optional<int32_t> mask, size;
+    std::optional<int32_t> aperture, size;
     std::optional<float> sigma;
 };
 
@@ -31,7 +31,7 @@ const std::map<std::string, int32_t> kBorders = {{"constant", BorderConstant},
                                                  {"reflectedge", BorderReflectEdge}};
 
 /** Which options a filter has beyond the border. */
-enum class Takes { kNothing, kMask, kSigmaAndSize };
+enum class Takes { kNothing, kAperture, kSigmaAndSize };
 
 struct Filter {
     Takes takes;
@@ -78,13 +78,13 @@ Picture filtered(const char* name, auto function, const std::vector<T>& pixels, 
 template <typename Result>
 Filter fixed(const char* name, auto function, auto bufferSize) {
     constexpr bool kHasMasks = std::is_invocable_v<decltype(bufferSize), RoiSize, int32_t, int32_t*>;
-    return {kHasMasks ? Takes::kMask : Takes::kNothing, [=](const Picture& grey, const Options& options) {
+    return {kHasMasks ? Takes::kAperture : Takes::kNothing, [=](const Picture& grey, const Options& options) {
                 const auto call = [&](auto... mask) {
                     return filtered<Result>(name, function, grey.bytes, grey, options,
                                             workBuffer(grey, bufferSize, mask...), mask...);
                 };
                 if constexpr (kHasMasks)
-                    return call(int32_t{options.mask == 5 ? MaskSize5x5 : MaskSize3x3});
+                    return call(int32_t{options.aperture == 5 ? MaskSize5x5 : MaskSize3x3});
                 else
                     return call();
             }};
@@ -126,8 +126,8 @@ const std::map<std::string, Filter> kFilters = {
 
 void filter(const Options& options) {
     const Filter& chosen = kFilters.at(options.filter);
-    if (options.mask && chosen.takes != Takes::kMask)
-        throw UsageError(options.filter, "takes no --mask");
+    if (options.aperture && chosen.takes != Takes::kAperture)
+        throw UsageError(options.filter, "takes no --aperture");
     if ((options.sigma || options.size) && chosen.takes != Takes::kSigmaAndSize)
         throw UsageError(options.filter, "takes neither --sigma nor --size");
     checkPictureName(options.output);
@@ -161,7 +161,9 @@ void addFilter(CLI::App& app) {
         ->transform(CLI::IsMember(&kFilters, CLI::ignore_case));
     addGreyInput(*command, options->input);
     command->add_option("OUT", options->output, "Where the result goes (.png, .jpg)")->required();
-    command->add_option("--mask", options->mask, "Width and height of the mask; 3 without it. Not for scharr and gauss")
+    command
+        ->add_option("--aperture", options->aperture,
+                     "Width and height of the mask; 3 without it. Not for scharr and gauss")
         ->check(CLI::IsMember({3, 5}));
     command->add_option("--border", options->border, "What lies outside of the picture; constant is black")
         ->transform(CLI::IsMember(&kBorders, CLI::ignore_case))
