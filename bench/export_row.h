@@ -110,25 +110,33 @@ class Arguments {
     size_t parameter_ = 0;
 };
 
+inline void expectOk(Status status, std::string_view name) {
+    if (status != StatusOk)
+        fail(std::string(name) + " gives " + vekGetStatusString(status));
+}
+
+/**
+ * The bytes of a work buffer that is large enough for all numbers of threads that are measured, from the query that
+ * takes the parameters between the size and the result.
+ */
+template <auto Query, int32_t... kParameters>
+int32_t bufferBytes(RoiSize size) {
+    int threads = 1;
+    vekGetNumThreads(&threads);
+    vekSetNumThreads(kMostThreads);
+    int32_t bytes = 0;
+    expectOk(Query(size, kParameters..., &bytes), nameOf<Query>());
+    vekSetNumThreads(threads);
+    return bytes;
+}
+
 /** What a row adds to the arguments that follow from the declaration. */
 struct Setup {
     std::vector<double> parameters{};
     Excess excess{};
     void (*content)(const Case&) = nullptr;
-    int32_t (*bufferBytes)(RoiSize) = nullptr;  // of the work buffer, for the threads that are set
+    int32_t (*bufferBytes)(RoiSize) = nullptr;  // of the work buffer
 };
-
-/** The bytes of a work buffer that is large enough for all numbers of threads that are measured. */
-inline int32_t bytesOfBuffer(const Setup& setup, RoiSize size) {
-    if (setup.bufferBytes == nullptr)
-        return 0;
-    int threads = 1;
-    vekGetNumThreads(&threads);
-    vekSetNumThreads(kMostThreads);
-    const int32_t bytes = setup.bufferBytes(size);
-    vekSetNumThreads(threads);
-    return bytes;
-}
 
 template <auto Export, typename... Types>
 Work prepareExport(Status(VEKCV_CALL*)(Types...), RoiSize size, const Setup& setup, Peer* peer) {
@@ -138,10 +146,10 @@ Work prepareExport(Status(VEKCV_CALL*)(Types...), RoiSize size, const Setup& set
         kLayout.masked ? ((std::is_pointer_v<Types> && std::is_const_v<std::remove_pointer_t<Types>> ? 1 : 0) + ...) - 1
                        : -1;
     Work work{{size, setup.parameters, {}, setup.content}, {}, {}};
-    Arguments arguments(work.data, kLayout, kMaskIndex, setup.excess, bytesOfBuffer(setup, size));
+    const int32_t bytes = setup.bufferBytes == nullptr ? 0 : setup.bufferBytes(size);
+    Arguments arguments(work.data, kLayout, kMaskIndex, setup.excess, bytes);
     work.vekcv = [values = std::tuple<Types...>{arguments.template next<Types>()...}] {
-        if (const Status status = std::apply(Export, values); status != StatusOk)
-            fail(std::string(nameOf<Export>()) + " gives " + vekGetStatusString(status));
+        expectOk(std::apply(Export, values), nameOf<Export>());
     };
     if (peer != nullptr)
         work.peer = peer(work.data);

@@ -128,7 +128,7 @@ void run(const Options& options) {
     for (const TableEntry& entry : entries) {
         std::fprintf(stderr, "%s\n", entry.row.name.c_str());
         for (const RoiSize size : sizes) {
-            const bool small = size.width * size.height < 65536;  // never shared among threads
+            const bool small = size.width * size.height < 16384;  // never shared among threads
             const bool inCache = int64_t{size.width} * size.height < cacheBytes / 2;
             const int mostThreads = small || options.quick ? 1 : kMostThreads;
             measureRow(entry, size, mostThreads, {options.quick || !inCache ? 5 : 11, 0.003, inCache}, results);

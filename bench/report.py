@@ -18,8 +18,10 @@ single numbers vary by the spread that the tables give. Compiler: {compiler}.
 
 Code variants: {variants}.
 
-- All contestants work on the same images, whose rows have no padding; the results are compared before they are timed.
-  Masks select runs of 1 to 128 pixels, half of all.
+- Both libraries work on the same images, whose rows have no padding; their results are compared before they are timed.
+  Masks select runs of 1 to 128 pixels, half of all. Filters have masks of 3 x 3 pixels and replicate the border;
+  pipeline filters have 5 taps, the Gaussian filter 9. Windows of local deviations have 24 x 24 pixels; stages of Haar
+  classifiers have 20 features of two rectangles.
 - The contestants take turns, several rounds each. A time is the median of the rounds; the spread is the range of the
   middle half of the rounds as a share of the median, at the worst size.
 - **Peer** is the time of the peer divided by ours, the mean of {inside}: above 1, ours is faster.
@@ -58,12 +60,12 @@ def duration(nanoseconds):
 
 
 class Build:
-    """The results of one build; `peers` are those that have the peer."""
+    """The results of one build; `first` is the build that has the peer, where this one has none."""
 
-    def __init__(self, data, peers):
+    def __init__(self, data, first):
         self.name = f"{data['bits']} bits"
         self.results = {(r["name"], size_of(r), r["threads"]): r for r in data["results"]}
-        self.peers = peers.results if peers else self.results
+        self.peers = first.results if first else self.results
         self.sizes = sorted({size_of(r) for r in data["results"]})
         self.families = list(dict.fromkeys(r["family"] for r in data["results"]))
         self.inside = [size for size in self.sizes if size in ((640, 480), (1920, 1080))]
@@ -75,7 +77,7 @@ class Build:
         return self.results[export, size, threads]["vekcv"]["ns"]
 
     def peer(self, export):
-        """Ratio to the peer in the cache, or None."""
+        """Ratio to the peer at the two sizes that most caches hold, or None."""
         pairs = [(self.peers.get((export, size, 1), {}).get("peer"), self.time(export, size)) for size in self.inside]
         ratios = [peer["ns"] / time for peer, time in pairs if peer]
         return geometric_mean(ratios) if ratios else None
@@ -136,15 +138,13 @@ def main(page, *paths):
         with open(path, encoding="utf-8") as file:
             data.append(json.load(file))
     data.sort(key=lambda d: -d["bits"])
-    builds = [Build(d, None) for d in data]
-    for build in builds[1:]:
-        build.peers = builds[0].results
-    first = builds[0]
+    first = Build(data[0], None)
+    builds = [first] + [Build(d, first) for d in data[1:]]
     introduction = INTRODUCTION.format(
         peer=next((d["peer"] for d in data if d["peer"]), "no other library"),
         processor=data[0]["processor"], processors=data[0]["processors"], cache=data[0]["cacheBytes"] >> 20,
         compiler=data[0]["compiler"], variants="; ".join(f"{d['bits']} bits {d['library']}" for d in data),
-        inside=" and ".join(map(size_name, first.inside)), outside=size_name(first.sizes[-1]),
+        inside=" and ".join(map(size_name, first.inside)), outside=" or ".join(dict.fromkeys(size_name(build.sizes[-1]) for build in builds)),
         width_note="  The 32-bit build is compared with the peer in 64 bits.\n" if len(builds) > 1 else "")
     sections = [introduction, summary(builds)] + [family_section(family, builds) for family in first.families]
     with open(page, "w", encoding="utf-8") as file:

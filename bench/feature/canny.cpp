@@ -49,13 +49,6 @@ void fillDerivatives(const Case& work) {
     derive(AlongY, work.operands[1]);
 }
 
-int32_t bufferBytes(RoiSize size) {
-    int32_t bytes = 0;
-    if (vekiCannyGetSize(size, &bytes) != StatusOk)
-        fail("vekiCannyGetSize fails");
-    return bytes;
-}
-
 const Row kCannyRows[] = {
     row<&vekiCanny_16s8u_C1R>(
         peer::canny,
@@ -64,14 +57,14 @@ const Row kCannyRows[] = {
             .content =
                 fillDerivatives<uint8_t, int16_t, &vekiFilterSobelNegVertBorder_8u16s_C1R,
                                 &vekiFilterSobelHorizBorder_8u16s_C1R, &vekiFilterSobelNegVertGetBufferSize_8u16s_C1R>,
-            .bufferBytes = bufferBytes}),
+            .bufferBytes = bufferBytes<&vekiCannyGetSize>}),
     row<&vekiCanny_32f8u_C1R>(
         nullptr,
         Setup{.parameters = {100, 200},
               .content =
                   fillDerivatives<float, float, &vekiFilterSobelNegVertBorder_32f_C1R,
                                   &vekiFilterSobelHorizBorder_32f_C1R, &vekiFilterSobelNegVertGetBufferSize_32f_C1R>,
-              .bufferBytes = bufferBytes}),
+              .bufferBytes = bufferBytes<&vekiCannyGetSize>}),
 };
 const Family canny("Canny", kCannyRows);
 

@@ -8,11 +8,6 @@ constexpr int32_t kFeatures = 20;
 constexpr int32_t kRectangles = 2;
 constexpr int32_t kWindow = 24;
 
-void expectOk(Status status, std::string_view name) {
-    if (status != StatusOk)
-        fail(std::string(name) + " gives " + vekGetStatusString(status));
-}
-
 /** Features of an outer rectangle and of half of it, with every other one tilted. */
 template <typename Value>
 std::shared_ptr<HaarClassifier> classifier() {

@@ -4,15 +4,6 @@
 namespace bench {
 namespace {
 
-/** Bytes of a work buffer, from the query that takes the parameters between the size and the result. */
-template <auto Query, int32_t... kParameters>
-int32_t bufferBytes(RoiSize size) {
-    int32_t bytes = 0;
-    if (Query(size, kParameters..., &bytes) != StatusOk)
-        fail(std::string(nameOf<Query>()) + " fails");
-    return bytes;
-}
-
 /** Filters with a mask of 3 x 3, at borders that are replicated. The peer has no results of 8s. */
 template <auto Export, auto Query>
 Row maskRow(Peer* peer = nullptr) {

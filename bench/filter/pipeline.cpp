@@ -29,11 +29,9 @@ std::vector<T*> rowsOf(const Operand& operand, int32_t margin) {
     return rows;
 }
 
-std::vector<uint8_t> buffer(Status (*query)(RoiSize, int32_t, int32_t*), RoiSize size) {
-    int32_t bytes = 0;
-    if (query(size, kSize, &bytes) != StatusOk)
-        fail("a buffer has no size");
-    return std::vector<uint8_t>(static_cast<size_t>(bytes));
+template <auto Query>
+std::vector<uint8_t> bufferOf(RoiSize size) {
+    return std::vector<uint8_t>(static_cast<size_t>(bufferBytes<Query, kSize>(size)));
 }
 
 /** Pixels of integers that the divisor divides, so that the ways of rounding do not matter. */
@@ -49,11 +47,6 @@ void makeDivisible(const Case& work) {
         clearLowBits(static_cast<int16_t*>(source.memory.get()));
 }
 
-void expectOk(Status status, std::string_view name) {
-    if (status != StatusOk)
-        fail(std::string(name) + " gives " + vekGetStatusString(status));
-}
-
 template <auto Filter, auto Query, typename Source, typename Result, typename... Rest>
 Work rowWork(Status (*)(const Source*, int32_t, Result* const*, Rest...), RoiSize size, Peer* peer) {
     constexpr int32_t kChannels = Layout(nameOf<Filter>()).channels;
@@ -62,7 +55,7 @@ Work rowWork(Status (*)(const Source*, int32_t, Result* const*, Rest...), RoiSiz
     const Operand destination = Operand::make(Role::kDestination, elementOf<Result>(), kChannels, size);
     Work work{{size, {}, {source, destination}, makeDivisible}, {}, {}};
     work.vekcv = [=, rows = rowsOf<Result>(destination, 0), kernel = binomial<Tap>(),
-                  scratch = buffer(Query, size)]() mutable {
+                  scratch = bufferOf<Query>(size)]() mutable {
         const auto* const pixels = static_cast<const Source*>(source.memory.get());
         if constexpr (std::is_floating_point_v<Source>)
             expectOk(Filter(pixels, source.step, rows.data(), size, kernel.data(), kSize, kSize / 2, BorderReplicate, 0,
@@ -86,7 +79,7 @@ Work columnWork(Status (*)(const Source* const*, Result*, int32_t, Rest...), Roi
     const Operand destination = Operand::make(Role::kDestination, elementOf<Result>(), kChannels, size);
     Work work{{size, {}, {source, destination}, makeDivisible}, {}, {}};
     work.vekcv = [=, rows = rowsOf<const Source>(source, kSize / 2), kernel = binomial<Tap>(),
-                  scratch = buffer(Query, size)]() mutable {
+                  scratch = bufferOf<Query>(size)]() mutable {
         auto* const pixels = static_cast<Result*>(destination.memory.get());
         if constexpr (std::is_floating_point_v<Source>)
             expectOk(Filter(rows.data(), pixels, destination.step, size, kernel.data(), kSize, scratch.data()),
