@@ -2,6 +2,8 @@
 # (or sudo) to the end of what it names.
 #   make            libraries for 64 and 32 bits and the tool, in build/x86_64 and build/i386
 #   make test       all tests of both widths
+#   make sanitize   the tests under sanitizers: addresses and undefined behaviour in both widths, data races
+#   make valgrind   the quick tests of the 64-bit library under valgrind, which sees values that were never set
 #   make demo       the tool on the pictures of the repository, as build/demo/index.html
 #   make bench      benchmarks of both widths, into docs/performance.md; PEER=1 compares with OpenCV,
 #                   FILTER=text takes the exports whose names contain the text, QUICK=1 fewer sizes and rounds
@@ -20,7 +22,7 @@ OPTIONS := -DVEKCV_WARNINGS_AS_ERRORS=$(WARNINGS_AS_ERRORS) -DVEKCV_BUILD_TESTS=
 CASCADE := /usr/share/opencv4/haarcascades/haarcascade_frontalface_alt.xml
 SOURCES = $(shell git ls-files '*.h' '*.cpp' '*.c')
 
-.PHONY: all test demo bench fuzz docs pictures install format check-format clean
+.PHONY: all test sanitize valgrind demo bench fuzz docs pictures install format check-format clean
 .DELETE_ON_ERROR:
 
 all:
@@ -32,12 +34,30 @@ all:
 test:
 	@cmake/packages.sh build test
 	@for width in $(WIDTHS); do \
-	    cmake --preset $$width $(OPTIONS) -DVEKCV_BUILD_TESTS=ON >/dev/null && cmake --build --preset $$width || exit 1; \
+	    cmake --preset $$width $(OPTIONS) -DVEKCV_BUILD_TESTS=ON -DVEKCV_BUILD_BENCHMARKS=ON >/dev/null && \
+	    cmake --build --preset $$width || exit 1; \
 	done
 	@failed=0; \
 	for width in $(WIDTHS); do \
 	    ctest --preset $$width || failed=1; \
 	done; exit $$failed
+
+sanitize:
+	@cmake/packages.sh build test clang
+	@for preset in asan asan-i386 tsan; do \
+	    cmake --preset $$preset $(OPTIONS) -DVEKCV_BUILD_TESTS=ON >/dev/null && \
+	    cmake --build --preset $$preset && ctest --preset $$preset || exit 1; \
+	done
+
+# Large images take minutes there and add nothing. Without AVX-512, which valgrind does not know.
+valgrind:
+	@cmake/packages.sh build test valgrind
+	@cmake --preset x86_64 $(OPTIONS) -DVEKCV_BUILD_TESTS=ON >/dev/null && \
+	    cmake --build --preset x86_64 --target vekcv_test
+	@for features in ssse3 avx2; do \
+	    VEKCORE_FEATURES=$$features VEKCORE_NUM_THREADS=1 valgrind -q --leak-check=full --error-exitcode=1 \
+	        build/x86_64/test/vekcv_test --gtest_brief=1 --gtest_filter='-*Parallel*' || exit 1; \
+	done
 
 demo:
 	@cmake/packages.sh build demo
@@ -69,7 +89,7 @@ pictures:
 	@build/x86_64/vek detect $(CASCADE) examples/pictures/astronaut.png -o docs/pictures/faces.jpg
 
 fuzz:
-	@cmake/packages.sh build fuzz
+	@cmake/packages.sh build clang
 	@cmake --preset fuzz >/dev/null && cmake --build --preset fuzz
 	@mkdir -p build/fuzz/corpus
 	@build/fuzz/fuzz/vekcv_fuzz -max_total_time=$(SECONDS) -timeout=20 -entropic=0 -artifact_prefix=build/fuzz/ \

@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # Installs the Debian packages that a task needs and that are missing. Usage: packages.sh TASK...
-# Tasks: build (library and tool, both widths), test, demo, bench, peer (compared with in benchmarks), fuzz, docs,
-# format.
+# Tasks: build (library and tool, both widths), test, demo, bench, peer (compared with in benchmarks), docs, clang (what
+# sanitizers and the fuzz target need), valgrind, format.
 set -euo pipefail
 
 declare -A packages=(
@@ -12,7 +12,8 @@ declare -A packages=(
     [bench]="libbenchmark-dev python3"
     [peer]="libopencv-dev libopencv-objdetect-dev opencv-data"
     [docs]="doxygen"
-    [fuzz]="clang libclang-rt-dev libomp-dev"
+    [clang]="clang libclang-rt-dev libomp-dev"
+    [valgrind]="valgrind"
     [format]="clang-format"
 )
 
