@@ -93,7 +93,7 @@ int check(const TestImage<T>& dx, const TestImage<T>& dy, Layout layout, float l
     SCOPED_TRACE(::testing::Message() << roi.width << " x " << roi.height << ", " << layout << ", thresholds " << low
                                       << ", " << high);
     const TestImage<uint8_t> expected = Reference<T>(dx, dy, low, high).edges();
-    const TestImage<uint8_t> out(roi, layout), buffer({bufferSize(roi), 1}, {Layout::kBeforeGuard, 0, 0});
+    const TestImage<uint8_t> out(roi, layout), buffer = workBuffer(bufferSize(roi), layout);
     EXPECT_EQ(StatusOk, cannyOf<T>()(dx.data(), dx.step(), dy.data(), dy.step(), out.data(), out.step(), roi, low, high,
                                      buffer.data()));
     EXPECT_TRUE(samePixels(expected, out));

@@ -67,9 +67,9 @@ struct Column<Filter, Query, kChannelCount, kIsLow> {
         ASSERT_EQ(size_t(roi.height) + kernel.size() - 1, rows.size());
         int32_t bytes = 0;
         ASSERT_EQ(StatusOk, Query(roi, int32_t(kernel.size()), &bytes));
-        const ExactBuffer buffer(bytes);
+        const auto buffer = workBuffer(bytes, layout);
         ASSERT_EQ(StatusOk, call(rows.data(), out, kernel, divisor, buffer.data()));
-        ASSERT_TRUE(buffer.isIntact());
+        ASSERT_TRUE(buffer.guardsIntact());
         const auto result = TestImage<R>::filled(
             roi, {}, [&](int x, int y) { return expected(&rows[size_t(y)], kernel, divisor, x, out.elements()); },
             kChannels);
@@ -185,7 +185,7 @@ TYPED_TEST(ColumnPipeline, TakesRowsFromAnywhere) {
     const auto image = TestImage<S>::random({37, 2}, {}, 5, TypeParam::kChannels);
     const S* const rows[] = {&image.at(0, 1), &image.at(0, 1), &image.at(0, 0), &image.at(0, 1), &image.at(0, 0)};
     const TestImage<typename TypeParam::Result> out(roi, {}, TypeParam::kChannels);
-    const ExactBuffer buffer(int32_t(TypeParam::bufferBytes(37, 3, 3)));
+    const auto buffer = workBuffer(int32_t(TypeParam::bufferBytes(37, 3, 3)));
     ASSERT_EQ(StatusOk, TypeParam::call(rows, out, kernel, 2, buffer.data()));
     const auto expected = TestImage<typename TypeParam::Result>::filled(
         roi, {}, [&](int x, int y) { return TypeParam::expected(rows + y, kernel, 2, x, out.elements()); },
@@ -201,7 +201,7 @@ TYPED_TEST(ColumnPipeline, ReportsTheFirstFault) {
     const auto before = out.copy({});
     const auto rows = rowsOf<const typename TypeParam::Source*>(source);
     const typename TypeParam::Tap kernel[3] = {1, 2, 1};
-    const ExactBuffer buffer(int32_t(TypeParam::bufferBytes(9, 4, 3)));
+    const auto buffer = workBuffer(int32_t(TypeParam::bufferBytes(9, 4, 3)));
     constexpr int32_t kRowBytes = 9 * TypeParam::kChannels * int32_t(sizeof(R));
     std::vector<std::vector<const typename TypeParam::Source*>> lacking(rows.size(), rows);
     const auto check = [&](auto order) {

@@ -3,12 +3,12 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <array>
 
 #include "border.h"
 #include "regions.h"
 #include "status_order.h"
 #include "test_image.h"
+#include "unaligned_image.h"
 #include "vekcore.h"
 
 namespace {
@@ -102,15 +102,10 @@ struct Operands {
           left(type & BorderInMemoryLeft ? reach : 0),
           top(type & BorderInMemoryTop ? reach : 0),
           value(T(77)),
-          memory(TestImage<T>::filled({size.width + left + (type & BorderInMemoryRight ? reach : 0),
-                                       size.height + top + (type & BorderInMemoryBottom ? reach : 0)},
-                                      layout,
-                                      [random = Random(uint32_t(size.width))](int, int) mutable {
-                                          if constexpr (std::is_same_v<T, float>)
-                                              return float(int(random.below(200001)) - 100000) / 256;
-                                          else
-                                              return random.value<T>();
-                                      })),
+          memory(TestImage<T>::filled(
+              {size.width + left + (type & BorderInMemoryRight ? reach : 0),
+               size.height + top + (type & BorderInMemoryBottom ? reach : 0)},
+              layout, [random = Random(uint32_t(size.width))](int, int) mutable { return random.summand<T>(); })),
           out(size, layout) {}
 
     const T* source() const { return &memory.at(left, top); }
@@ -152,16 +147,22 @@ struct Member<Filter, Query, Definition> {
         return size;
     }
 
-    static Status call(const Operands<T, R>& operands, int taps, int borderType, uint8_t* buffer) {
+    template <typename Out>
+    static Status call(const T* source, int32_t step, const Out& out, RoiSize roi, int taps, int borderType, T value,
+                       uint8_t* buffer) {
         if constexpr (kHasMaskSize)
-            return Filter(operands.source(), operands.memory.step(), operands.out.data(), operands.out.step(),
-                          operands.roi, taps == 3 ? MaskSize3x3 : MaskSize5x5, borderType, operands.value, buffer);
+            return Filter(source, step, out.data(), out.step(), roi, taps == 3 ? MaskSize3x3 : MaskSize5x5, borderType,
+                          value, buffer);
         else
-            return Filter(operands.source(), operands.memory.step(), operands.out.data(), operands.out.step(),
-                          operands.roi, borderType, operands.value, buffer);
+            return Filter(source, step, out.data(), out.step(), roi, borderType, value, buffer);
     }
 
-    static R expected(const Operands<T, R>& operands, const std::vector<Pair>& pairs, int taps, int x, int y) {
+    static TestImage<R> expected(const Operands<T, R>& operands, int taps) {
+        const std::vector<Pair> pairs = Definition::pairs(taps);
+        return TestImage<R>::filled(operands.roi, {},
+                                    [&](int x, int y) { return expectedAt(operands, pairs, taps, x, y); });
+    }
+    static R expectedAt(const Operands<T, R>& operands, const std::vector<Pair>& pairs, int taps, int x, int y) {
         const int reach = taps / 2;
         if constexpr (std::is_same_v<T, float>) {
             const auto filtered = [&](const Pair& pair) {
@@ -194,16 +195,22 @@ struct Member<Filter, Query, Definition> {
         SCOPED_TRACE(::testing::Message() << roi.width << " x " << roi.height << ", " << layout << ", border "
                                           << borderType << ", taps " << taps);
         const Operands<T, R> operands(roi, layout, borderType, taps);
-        // A buffer at an odd address that ends where its memory ends.
-        const TestImage<uint8_t> buffer({bufferSize(roi, taps), 1}, {Layout::kBeforeGuard, 0, 0});
-        const std::vector<Pair> pairs = Definition::pairs(taps);
-        const auto expectedImage =
-            TestImage<R>::filled(roi, {}, [&](int x, int y) { return expected(operands, pairs, taps, x, y); });
+        const auto buffer = workBuffer(bufferSize(roi, taps), layout);
         const auto before = operands.memory.copy({});
-        ASSERT_EQ(StatusOk, call(operands, taps, borderType, buffer.data()));
-        ASSERT_TRUE(samePixels(expectedImage, operands.out));
+        ASSERT_EQ(StatusOk, call(operands.source(), operands.memory.step(), operands.out, roi, taps, borderType,
+                                 operands.value, buffer.data()));
+        ASSERT_TRUE(samePixels(expected(operands, taps), operands.out));
         ASSERT_TRUE(samePixels(before, operands.memory));
         ASSERT_TRUE(buffer.guardsIntact());
+    }
+
+    static void checkUnaligned(RoiSize roi, int taps) {
+        const Operands<T, R> operands(roi, {}, BorderReflect, taps);
+        const UnalignedImage<T> source(operands.memory);
+        const UnalignedImage<R> out(operands.out);
+        const auto buffer = workBuffer(bufferSize(roi, taps));
+        ASSERT_EQ(StatusOk, call(source.data(), source.step(), out, roi, taps, BorderReflect, 0, buffer.data()));
+        ASSERT_TRUE(out.holds(expected(operands, taps)));
     }
 
     static std::vector<int> masks() { return kHasMaskSize ? std::vector{3, 5} : std::vector{3}; }
@@ -312,9 +319,16 @@ TYPED_TEST(FixedFilter, FollowsEveryBorderRule) {
 // On both sides of the sizes from which on threads share the rows; a buffer for each of them.
 TYPED_TEST(FixedFilter, MatchesItsDefinitionInParallel) {
     const int threads = ownGetNumThreads();
-    for (const RoiSize roi :
-         {RoiSize{256, 255}, RoiSize{256, std::max(256, 5 * threads)}, RoiSize{301, 5 * threads + 259}})
-        TypeParam::check(roi, {Layout::kAfterGuard, 1, 3}, BorderReflect, TypeParam::masks().back());
+    for (const int taps : TypeParam::masks())
+        for (const RoiSize roi :
+             {RoiSize{256, 255}, RoiSize{256, std::max(256, 5 * threads)}, RoiSize{301, 5 * threads + 259}})
+            TypeParam::check(roi, {Layout::kAfterGuard, 1, 3}, BorderReflect, taps);
+}
+
+// Large images are streamed only where their pixels are aligned.
+TYPED_TEST(FixedFilter, NeedsNoAlignment) {
+    for (const int taps : TypeParam::masks())
+        TypeParam::checkUnaligned({77, 40}, taps);
 }
 
 TYPED_TEST(FixedFilter, ReportsTheFirstFault) {
@@ -341,16 +355,29 @@ TEST(SobelKernel, IsThatOfTheTables) {
     check(7, 1, 1, {-1, -4, -5, 0, 5, 4, 1});
 }
 
-// A kernel of two more taps is that of two less, smoothed by 1 2 1; its moments are those of the derivative.
-TEST(SobelKernel, GrowsBySmoothing) {
+// The coefficients of the polynomial, multiplied factor by factor. Those of the largest sizes do not fit 16 bits.
+TEST(SobelKernel, IsThatOfThePolynomial) {
     for (int order = 0; order <= 2; ++order)
-        for (int size = 3; size < 31; size += 2) {
-            std::vector<float> small(size_t(size) + 4, 0.f), large(size_t(size) + 2);
-            ASSERT_EQ(StatusOk, vekiGenSobelKernel_32f(small.data() + 2, size, order, 1));
-            ASSERT_EQ(StatusOk, vekiGenSobelKernel_32f(large.data(), size + 2, order, 1));
-            for (size_t i = 0; i < large.size(); ++i)
-                EXPECT_FLOAT_EQ(small[i] + 2 * small[i + 1] + small[i + 2], large[i]) << size << ", " << order;
-        }
+        for (int size = 3; size <= 31; size += 2)
+            for (const int sign : {1, -1}) {
+                SCOPED_TRACE(::testing::Message() << size << " taps, order " << order << ", sign " << sign);
+                std::vector<int64_t> expected{sign};
+                for (int factor = 1; factor < size; ++factor) {
+                    std::vector<int64_t> product(expected.size() + 1, 0);
+                    for (size_t k = 0; k < expected.size(); ++k) {
+                        product[k] += factor <= order ? -expected[k] : expected[k];
+                        product[k + 1] += expected[k];
+                    }
+                    expected = product;
+                }
+                std::vector<float> floats(expected.size());
+                ASSERT_EQ(StatusOk, vekiGenSobelKernel_32f(floats.data(), size, order, sign));
+                EXPECT_EQ(std::vector<float>(expected.begin(), expected.end()), floats);
+                std::vector<int16_t> integers(expected.size());
+                if (vekiGenSobelKernel_16s(integers.data(), size, order, sign) == StatusOk) {
+                    EXPECT_EQ(expected, std::vector<int64_t>(integers.begin(), integers.end()));
+                }
+            }
 }
 
 TEST(SobelKernel, ReportsTheFirstFault) {

@@ -7,6 +7,7 @@
 #include "regions.h"
 #include "status_order.h"
 #include "test_image.h"
+#include "unaligned_image.h"
 
 namespace {
 
@@ -39,30 +40,37 @@ int32_t bufferSize(RoiSize roi, int kernelSize) {
     return size;
 }
 
-void check(RoiSize roi, Layout layout, int kernelSize, float sigma, int borderType) {
-    SCOPED_TRACE(::testing::Message() << roi.width << " x " << roi.height << ", " << layout << ", taps " << kernelSize
-                                      << ", border " << borderType);
-    const float value = 77.5f;
+TestImage<float> randomSource(RoiSize roi, Layout layout) {
+    return TestImage<float>::filled(roi, layout,
+                                    [random = Random(1)](int, int) mutable { return random.summand<float>(); });
+}
+
+constexpr float kBorderValue = 77.5f;
+
+TestImage<float> expectedFrom(const TestImage<float>& source, int kernelSize, float sigma, int borderType) {
+    const RoiSize roi = source.roi();
     const int reach = kernelSize / 2;
-    const auto source = TestImage<float>::filled(roi, layout, [random = Random(1)](int, int) mutable {
-        return float(int(random.below(200001)) - 100000) / 256;
-    });
     const std::vector<float> taps = tapsOf(kernelSize, sigma);
     // The filtered rows, from `reach` rows above to as many below.
     const auto rows = TestImage<float>::filled({roi.width, roi.height + 2 * reach}, {}, [&](int x, int y) {
         const int row = borderPixel(borderType & 15, y - reach, roi.height);
         return correlate(taps, [&](int k) {
             const int column = borderPixel(borderType & 15, x + k, roi.width);
-            return row < 0 || column < 0 ? value : source.at(column, row);
+            return row < 0 || column < 0 ? kBorderValue : source.at(column, row);
         });
     });
-    const auto expected = TestImage<float>::filled(
+    return TestImage<float>::filled(
         roi, {}, [&](int x, int y) { return correlate(taps, [&](int k) { return rows.at(x, y + reach + k); }); });
-    const TestImage<float> out(roi, layout);
-    const TestImage<uint8_t> buffer({bufferSize(roi, kernelSize), 1}, {Layout::kBeforeGuard, 0, 0});
+}
+
+void check(RoiSize roi, Layout layout, int kernelSize, float sigma, int borderType) {
+    SCOPED_TRACE(::testing::Message() << roi.width << " x " << roi.height << ", " << layout << ", taps " << kernelSize
+                                      << ", border " << borderType);
+    const TestImage<float> source = randomSource(roi, layout), out(roi, layout);
+    const auto buffer = workBuffer(bufferSize(roi, kernelSize), layout);
     ASSERT_EQ(StatusOk, vekiFilterGaussBorder_32f_C1R(source.data(), source.step(), out.data(), out.step(), roi,
-                                                      kernelSize, sigma, borderType, value, buffer.data()));
-    ASSERT_TRUE(samePixels(expected, out));
+                                                      kernelSize, sigma, borderType, kBorderValue, buffer.data()));
+    ASSERT_TRUE(samePixels(expectedFrom(source, kernelSize, sigma, borderType), out));
     ASSERT_TRUE(buffer.guardsIntact());
 }
 
@@ -94,6 +102,18 @@ TEST(Gauss, TakesAnySigma) {
     ASSERT_EQ(StatusOk,
               vekiFilterGaussBorder_32f_C1R(pixels, 12, out, 12, {3, 1}, 3, 1e-3f, BorderReplicate, 0, buffer.data()));
     EXPECT_TRUE(std::equal(pixels, pixels + 3, out));
+}
+
+// Rows of which most begin between the multiples of 4.
+TEST(Gauss, NeedsNoAlignment) {
+    for (const RoiSize roi : {RoiSize{5, 3}, RoiSize{77, 5}}) {
+        const TestImage<float> source = randomSource(roi, {});
+        const UnalignedImage<float> in(source, 1), out(TestImage<float>(roi), 3);
+        const auto buffer = workBuffer(bufferSize(roi, 5));
+        ASSERT_EQ(StatusOk, vekiFilterGaussBorder_32f_C1R(in.data(), in.step(), out.data(), out.step(), roi, 5, 0.8f,
+                                                          BorderReflect, 0, buffer.data()));
+        ASSERT_TRUE(out.holds(expectedFrom(source, 5, 0.8f, BorderReflect)));
+    }
 }
 
 TEST(Gauss, ReportsTheFirstFault) {

@@ -31,28 +31,6 @@ class IntegerSum {
     uint32_t sum_ = 0;
 };
 
-/** So many bytes that end where memory ends. */
-class ExactBuffer {
-  public:
-    explicit ExactBuffer(int32_t bytes) : memory_(size_t(bytes)), data_(memory_.end() - bytes) {
-        std::memset(memory_.begin(), kCanary, size_t(memory_.end() - memory_.begin()));
-    }
-
-    uint8_t* data() const { return data_; }
-    bool isIntact() const {
-        for (const uint8_t* byte = memory_.begin(); byte < data_; ++byte)
-            if (*byte != kCanary)
-                return false;
-        return true;
-    }
-
-  private:
-    static constexpr uint8_t kCanary = 0x5A;
-
-    GuardedMemory memory_;
-    uint8_t* data_;
-};
-
 /** The addresses of the rows of an image. */
 template <typename Pointer, typename T>
 std::vector<Pointer> rowsOf(const TestImage<T>& image) {

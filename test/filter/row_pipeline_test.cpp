@@ -118,9 +118,9 @@ struct Form : M {
         const auto rows = rowsOf<R*>(out);
         int32_t bytes = 0;
         ASSERT_EQ(StatusOk, M::kQuery(roi, p.size(), &bytes));
-        const ExactBuffer buffer(bytes);
+        const auto buffer = workBuffer(bytes, layout);
         ASSERT_EQ(StatusOk, call(source, rows.data(), roi, p, buffer.data()));
-        ASSERT_TRUE(buffer.isIntact());
+        ASSERT_TRUE(buffer.guardsIntact());
         const auto result = TestImage<R>::filled(
             roi, {}, [&](int x, int y) { return expected(source, p, x / kChannels, x % kChannels, y); }, kChannels);
         ASSERT_TRUE(samePixels(result, out));
@@ -244,7 +244,7 @@ TYPED_TEST(RowPipeline, StopsAtANullRow) {
             auto rows = rowsOf<R*>(out);
             rows[size_t(null)] = nullptr;
             rows.back() = null + 2 < roi.height ? nullptr : rows.back();
-            const ExactBuffer buffer(int32_t(TypeParam::bufferBytes(roi.height, 3)));
+            const auto buffer = workBuffer(int32_t(TypeParam::bufferBytes(roi.height, 3)));
             ASSERT_EQ(StatusNullPointer, TypeParam::call(source, rows.data(), roi, p, buffer.data()));
             const auto expected = TestImage<R>::filled(
                 roi, {},
@@ -268,7 +268,7 @@ TYPED_TEST(RowPipeline, ReportsTheFirstFault) {
     const auto before = out.copy({});
     const auto rows = rowsOf<R*>(out);
     const K kernel[3] = {1, 2, 1};
-    const ExactBuffer buffer(int32_t(TypeParam::bufferBytes(4, 3)));
+    const auto buffer = workBuffer(int32_t(TypeParam::bufferBytes(4, 3)));
     constexpr int32_t kRowBytes = 9 * TypeParam::kChannels * int32_t(sizeof(S));
     const auto check = [&](auto order) {
         order.template fault<0>("null source", StatusNullPointer, nullptr)

@@ -35,7 +35,17 @@ class Random {
         }
     }
 
-    /** A mask byte: 0, or one of the odd values that count as set, too. */
+    /** Any value of a type, but floats of one magnitude, which special ones are so seldom among that sums say
+     * something. */
+    template <typename T>
+    T summand() {
+        if constexpr (std::is_floating_point_v<T>)
+            if (below(4) != 0)
+                return T(int32_t(bits()) - (1 << 30)) / T(1 << 20);
+        return value<T>();
+    }
+
+    /** A mask byte: 0, or one of the unusual values that count as set, too. */
     uint8_t mask() {
         constexpr uint8_t kBytes[] = {0, 0, 0, 1, 2, 128, 255, 0};
         return kBytes[below(8)];

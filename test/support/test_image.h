@@ -39,6 +39,26 @@ inline const Layout kLayouts[] = {
     {Layout::kBeforeGuard, 0, 0}, {Layout::kBeforeGuard, 0, 3}, {Layout::kRowsByGuards, 0, 0},
 };
 
+/** Those of images for many threads: packed rows are one long row, others are not. */
+inline const Layout kLargeLayouts[] = {{}, {Layout::kAfterGuard, 1, 3}};
+
+/** The layouts of the images of a call: the same for all of them, or another one for one of them. */
+class Layouts {
+  public:
+    Layouts(Layout all = {}) : Layouts(all, 0, all) {}
+    Layouts(Layout all, size_t image, Layout another) : all_(all), another_(another), image_(image) {}
+
+    Layout operator[](size_t image) const { return image == image_ ? another_ : all_; }
+
+    friend std::ostream& operator<<(std::ostream& out, const Layouts& layouts) {
+        return out << layouts.all_ << " (image " << layouts.image_ << ' ' << layouts.another_ << ')';
+    }
+
+  private:
+    Layout all_, another_;
+    size_t image_;
+};
+
 /** An image whose surroundings are watched: guard pages at its ends, known bytes everywhere else. */
 template <typename T>
 class TestImage {
@@ -130,6 +150,13 @@ class TestImage {
     uint8_t* pixels_ = nullptr;
     std::shared_ptr<GuardedMemory> memory_;
 };
+
+/** A work buffer for images of a layout: up to where memory ends, or from the same odd address on as they are. */
+inline TestImage<uint8_t> workBuffer(int32_t bytes, Layout images = {}) {
+    const bool isOdd = images.offset % 2 == 1;
+    return TestImage<uint8_t>(
+        {bytes, 1}, isOdd ? Layout{Layout::kAfterGuard, images.offset, 0} : Layout{Layout::kBeforeGuard, 0, 0});
+}
 
 /** Whether two elements have the same bits; a NaN is the same as any other NaN. */
 template <typename T>
