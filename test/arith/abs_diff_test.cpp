@@ -6,6 +6,7 @@
 #include "regions.h"
 #include "status_order.h"
 #include "test_image.h"
+#include "unaligned_image.h"
 
 namespace {
 
@@ -25,6 +26,11 @@ struct Member<Export, kChannelCount> {
     using Pixel = T;
     static constexpr int kChannels = kChannelCount;
     static constexpr auto kFunction = Export;
+
+    static TestImage<T> expected(const TestImage<T>& a, const TestImage<T>& b) {
+        return TestImage<T>::filled(
+            a.roi(), {}, [&](int x, int y) { return absoluteDifference(a.at(x, y), b.at(x, y)); }, kChannels);
+    }
 };
 
 template <typename MemberType>
@@ -36,51 +42,36 @@ TYPED_TEST_SUITE(AbsDiff, AbsDiffMembers);
 TYPED_TEST(AbsDiff, MatchesItsDefinition) {
     using Image = TestImage<typename TypeParam::Pixel>;
     constexpr int kChannels = TypeParam::kChannels;
-    const auto check = [](RoiSize roi, Layout layout) {
-        SCOPED_TRACE(::testing::Message() << roi.width << " x " << roi.height << ", " << layout);
-        const auto a = Image::random(roi, layout, 1, kChannels), b = Image::random(roi, layout, 2, kChannels);
-        const auto expected = Image::filled(
-            roi, {}, [&](int x, int y) { return absoluteDifference(a.at(x, y), b.at(x, y)); }, kChannels);
+    const auto check = [](RoiSize roi, const Layouts& layouts) {
+        SCOPED_TRACE(::testing::Message() << roi.width << " x " << roi.height << ", " << layouts);
+        const auto a = Image::random(roi, layouts[0], 1, kChannels), b = Image::random(roi, layouts[1], 2, kChannels);
+        const auto expected = TypeParam::expected(a, b);
         const auto call = [&](const Image& in1, const Image& in2, const Image& out) {
             ASSERT_EQ(StatusOk, TypeParam::kFunction(in1.data(), in1.step(), in2.data(), in2.step(), out.data(),
                                                      out.step(), roi));
             ASSERT_TRUE(samePixels(expected, out));
         };
-        call(a, b, Image(roi, layout, kChannels));
-        const Image sameAsA = a.copy(layout), sameAsB = b.copy(layout);
+        call(a, b, Image(roi, layouts[2], kChannels));
+        const Image sameAsA = a.copy(layouts[0]), sameAsB = b.copy(layouts[1]);
         call(sameAsA, b, sameAsA);
         call(a, sameAsB, sameAsB);
     };
-    for (const RoiSize& roi : smallRegions())
-        for (const Layout& layout : kLayouts)
-            check(roi, layout);
+    forSmallImages(check);
     for (const RoiSize& roi : regionsAround(262144))
-        check({roi.width / kChannels, roi.height}, {Layout::kAfterGuard, 1, 3});
+        for (const Layout& layout : kLargeLayouts)
+            check({roi.width / kChannels, roi.height}, layout);
 }
 
 // An image may begin at any address, also between the multiples of its element.
 TYPED_TEST(AbsDiff, NeedsNoAlignment) {
     using Pixel = typename TypeParam::Pixel;
-    constexpr int kChannels = TypeParam::kChannels;
     const RoiSize roi{77, 3};
-    const size_t count = size_t(77 * 3 * kChannels), bytes = count * sizeof(Pixel);
-    Random random(1);
-    std::vector<Pixel> a(count), b(count), out(count);
-    for (size_t i = 0; i < count; ++i) {
-        a[i] = random.value<Pixel>();
-        b[i] = random.value<Pixel>();
-    }
-    std::vector<uint8_t> memory(3 * bytes + 1);
-    uint8_t *const first = memory.data() + 1, *const second = first + bytes, *const third = second + bytes;
-    std::memcpy(first, a.data(), bytes);
-    std::memcpy(second, b.data(), bytes);
-    const int32_t step = int32_t(bytes / 3);
-    ASSERT_EQ(StatusOk,
-              TypeParam::kFunction(reinterpret_cast<const Pixel*>(first), step, reinterpret_cast<const Pixel*>(second),
-                                   step, reinterpret_cast<Pixel*>(third), step, roi));
-    std::memcpy(out.data(), third, bytes);
-    for (size_t i = 0; i < count; ++i)
-        ASSERT_TRUE(sameElement(absoluteDifference(a[i], b[i]), out[i])) << i;
+    const auto a = TestImage<Pixel>::random(roi, {}, 1, TypeParam::kChannels),
+               b = TestImage<Pixel>::random(roi, {}, 2, TypeParam::kChannels);
+    const UnalignedImage<Pixel> first(a), second(b), out(a);
+    ASSERT_EQ(StatusOk, TypeParam::kFunction(first.data(), first.step(), second.data(), second.step(), out.data(),
+                                             out.step(), roi));
+    ASSERT_TRUE(out.holds(TypeParam::expected(a, b)));
 }
 
 TYPED_TEST(AbsDiff, ReportsTheFirstFault) {
@@ -104,22 +95,21 @@ TYPED_TEST(AbsDiffC, MatchesItsDefinition) {
     using Pixel = typename TypeParam::Pixel;
     using Image = TestImage<Pixel>;
     using Constant = std::conditional_t<std::is_floating_point_v<Pixel>, float, int32_t>;
-    const auto check = [](RoiSize roi, Layout layout, Constant value, Pixel clamped) {
-        SCOPED_TRACE(::testing::Message() << roi.width << " x " << roi.height << ", " << layout << ", " << value);
-        const auto in = Image::random(roi, layout, 1);
+    const auto check = [](RoiSize roi, const Layouts& layouts, Constant value, Pixel clamped) {
+        SCOPED_TRACE(::testing::Message() << roi.width << " x " << roi.height << ", " << layouts << ", " << value);
+        const auto in = Image::random(roi, layouts[0], 1);
         const auto expected =
             Image::filled(roi, {}, [&](int x, int y) { return absoluteDifference(in.at(x, y), clamped); });
-        const Image out(roi, layout), same = in.copy(layout);
+        const Image out(roi, layouts[1]), same = in.copy(layouts[0]);
         for (const auto& [from, to] : {std::pair(in, out), std::pair(same, same)}) {
             ASSERT_EQ(StatusOk, TypeParam::kFunction(from.data(), from.step(), to.data(), to.step(), roi, value));
             ASSERT_TRUE(samePixels(expected, to));
         }
     };
-    for (const RoiSize& roi : smallRegions())
-        for (const Layout& layout : kLayouts)
-            check(roi, layout, 77, 77);
+    forSmallImages([&](RoiSize roi, const Layouts& layouts) { check(roi, layouts, 77, 77); });
     for (const RoiSize& roi : regionsAround(262144))
-        check(roi, {Layout::kAfterGuard, 1, 3}, 1, 1);
+        for (const Layout& layout : kLargeLayouts)
+            check(roi, layout, 1, 1);
 
     const RoiSize roi{67, 2};
     if constexpr (std::is_floating_point_v<Pixel>) {

@@ -4,6 +4,7 @@
 #include "regions.h"
 #include "status_order.h"
 #include "test_image.h"
+#include "unaligned_image.h"
 
 namespace {
 
@@ -48,6 +49,7 @@ template <typename T, typename... Rest, Status (*Export)(const T*, int32_t, Rest
 struct Member<Export, Op, kMasking> {
     using Pixel = T;
     static constexpr bool kHasMask = kMasking == kMasked;
+    static constexpr bool kHasTwoSources = std::is_same_v<Op, AddProduct>;
     static constexpr float kAlpha = 0.3f;
 
     struct Operands {
@@ -56,22 +58,34 @@ struct Member<Export, Op, kMasking> {
         TestImage<float> accumulator;
         float alpha = kAlpha;
 
-        Operands(RoiSize roi, Layout layout)
-            : source1(TestImage<T>::random(roi, layout, 1)),
-              source2(TestImage<T>::random(roi, layout, 2)),
-              mask(TestImage<uint8_t>::filled(roi, layout,
+        Operands(RoiSize roi, const Layouts& layouts)
+            : source1(TestImage<T>::random(roi, layouts[0], 1)),
+              source2(TestImage<T>::random(roi, layouts[1], 2)),
+              mask(TestImage<uint8_t>::filled(roi, layouts[2],
                                               [random = Random(3)](int, int) mutable { return random.mask(); })),
-              accumulator(TestImage<float>::random(roi, layout, 4)) {}
+              accumulator(TestImage<float>::random(roi, layouts[3], 4)) {}
 
         /** The arguments of the export, in its order. */
-        auto arguments() const {
-            const auto image = [](const auto& pixels) { return std::tuple(pixels.data(), pixels.step()); };
-            return std::tuple_cat(image(source1), only<std::is_same_v<Op, AddProduct>>(image(source2)),
-                                  only<kHasMask>(image(mask)), image(accumulator), std::tuple(accumulator.roi()),
-                                  only<std::is_same_v<Op, AddWeighted>>(std::tuple(alpha)));
+        template <typename... Images>
+        auto argumentsWith(const Images&... images) const {
+            return [&](auto first, auto second, auto selection, auto sum) {
+                return std::tuple_cat(first, only<kHasTwoSources>(second), only<kHasMask>(selection), sum,
+                                      std::tuple(accumulator.roi()),
+                                      only<std::is_same_v<Op, AddWeighted>>(std::tuple(alpha)));
+            }(std::tuple(images.data(), images.step())...);
         }
+        auto arguments() const { return argumentsWith(source1, source2, mask, accumulator); }
 
         Status call() const { return std::apply(Export, arguments()); }
+
+        /** Adds to a copy of the accumulator, from copies of the other images, all of them at odd addresses. */
+        UnalignedImage<float> sumOfUnaligned() const {
+            const UnalignedImage<T> first(source1), second(source2);
+            const UnalignedImage<uint8_t> selection(mask);
+            UnalignedImage<float> sum(accumulator);
+            EXPECT_EQ(StatusOk, std::apply(Export, argumentsWith(first, second, selection, sum)));
+            return sum;
+        }
 
         /** The accumulator after the call. */
         TestImage<float> expected() const {
@@ -124,18 +138,39 @@ using Members = ::testing::Types<
 TYPED_TEST_SUITE(Accumulate, Members);
 
 TYPED_TEST(Accumulate, MatchesItsDefinition) {
-    const auto check = [](RoiSize roi, Layout layout) {
-        SCOPED_TRACE(::testing::Message() << roi.width << " x " << roi.height << ", " << layout);
-        const typename TypeParam::Operands operands(roi, layout);
+    const auto check = [](RoiSize roi, const Layouts& layouts) {
+        SCOPED_TRACE(::testing::Message() << roi.width << " x " << roi.height << ", " << layouts);
+        const typename TypeParam::Operands operands(roi, layouts);
         const auto expected = operands.expected();
         ASSERT_EQ(StatusOk, operands.call());
         ASSERT_TRUE(samePixels(expected, operands.accumulator));
     };
-    for (const RoiSize& roi : smallRegions())
-        for (const Layout& layout : kLayouts)
-            check(roi, layout);
+    forSmallImages(check);
     for (const RoiSize& roi : regionsAround(262144))
-        check(roi, {Layout::kAfterGuard, 1, 3});
+        for (const Layout& layout : kLargeLayouts)
+            check(roi, layout);
+}
+
+// Each source may be the accumulator itself.
+TYPED_TEST(Accumulate, TakesTheAccumulatorAsASource) {
+    using Operands = typename TypeParam::Operands;
+    if constexpr (std::is_same_v<typename TypeParam::Pixel, float>)
+        for (const RoiSize& roi : smallRegions())
+            for (const auto source : {&Operands::source1, &Operands::source2}) {
+                if (source == &Operands::source2 && !TypeParam::kHasTwoSources)
+                    continue;
+                SCOPED_TRACE(::testing::Message() << roi.width << " x " << roi.height);
+                Operands operands(roi, {});
+                operands.*source = operands.accumulator;  // shares its memory
+                const auto expected = operands.expected();
+                ASSERT_EQ(StatusOk, operands.call());
+                ASSERT_TRUE(samePixels(expected, operands.accumulator));
+            }
+}
+
+TYPED_TEST(Accumulate, NeedsNoAlignment) {
+    const typename TypeParam::Operands operands({77, 3}, {});
+    ASSERT_TRUE(operands.sumOfUnaligned().holds(operands.expected()));
 }
 
 TYPED_TEST(Accumulate, ReportsTheFirstFault) {
@@ -157,13 +192,13 @@ TEST(AddWeighted, TakesAnyAlpha) {
 
 TEST(AddWeighted, OutOfPlaceGivesAlphaToTheFirstSource) {
     const float alpha = 0.75f;
-    const auto check = [&](RoiSize roi, Layout layout) {
-        SCOPED_TRACE(::testing::Message() << roi.width << " x " << roi.height << ", " << layout);
-        const auto source1 = TestImage<float>::random(roi, layout, 1),
-                   source2 = TestImage<float>::random(roi, layout, 2);
+    const auto check = [&](RoiSize roi, const Layouts& layouts) {
+        SCOPED_TRACE(::testing::Message() << roi.width << " x " << roi.height << ", " << layouts);
+        const auto source1 = TestImage<float>::random(roi, layouts[0], 1),
+                   source2 = TestImage<float>::random(roi, layouts[1], 2);
         const auto expected = TestImage<float>::filled(
             roi, {}, [&](int x, int y) { return AddWeighted::apply(source2.at(x, y), source1.at(x, y), 0.f, alpha); });
-        const TestImage<float> out(roi, layout), same1 = source1.copy(layout), same2 = source2.copy(layout);
+        const TestImage<float> out(roi, layouts[2]), same1 = source1.copy(layouts[0]), same2 = source2.copy(layouts[1]);
         const auto call = [&](const TestImage<float>& a, const TestImage<float>& b, const TestImage<float>& to) {
             ASSERT_EQ(StatusOk, vekiAddWeighted_32f_C1R(a.data(), a.step(), b.data(), b.step(), to.data(), to.step(),
                                                         roi, alpha));
@@ -173,9 +208,7 @@ TEST(AddWeighted, OutOfPlaceGivesAlphaToTheFirstSource) {
         call(same1, source2, same1);
         call(source1, same2, same2);
     };
-    for (const RoiSize& roi : smallRegions())
-        for (const Layout& layout : kLayouts)
-            check(roi, layout);
+    forSmallImages(check);
     check({512, 512}, {});
 }
 
@@ -187,16 +220,6 @@ TEST(AddWeighted, OutOfPlaceReportsTheFirstFault) {
                 out.step(), roi, 0.5f)
         .commonFaults()
         .check([&] { return bool(samePixels(before, out)); });
-}
-
-// A source may be the accumulator itself.
-TEST(AddSquare, AccumulatesAnImageIntoItself) {
-    const RoiSize roi{131, 3};
-    const auto image = TestImage<float>::random(roi, {}, 5);
-    const auto expected = TestImage<float>::filled(
-        roi, {}, [&](int x, int y) { return AddSquare::apply(image.at(x, y), image.at(x, y), 0.f, 0.f); });
-    ASSERT_EQ(StatusOk, vekiAddSquare_32f_C1IR(image.data(), image.step(), image.data(), image.step(), roi));
-    ASSERT_TRUE(samePixels(expected, image));
 }
 
 }  // namespace

@@ -4,6 +4,7 @@
 #include "regions.h"
 #include "status_order.h"
 #include "test_image.h"
+#include "unaligned_image.h"
 
 namespace {
 
@@ -19,7 +20,8 @@ struct Member<Export, kShapeName> {
     static constexpr Shape kShape = kShapeName;
     static constexpr bool kHasSquares = sizeof...(Rest) > 2;
     // Of the rest: squares, step, size, value, square value; or size and value.
-    using SquareEntry = std::remove_pointer_t<std::tuple_element_t<0, std::tuple<Rest...>>>;
+    using First = std::tuple_element_t<0, std::tuple<Rest...>>;
+    using SquareEntry = std::conditional_t<kHasSquares, std::remove_pointer_t<First>, Entry>;
 
     /** Columns and rows that a table has more than the image. */
     static constexpr int kMore = kShape == kUpright ? 1 : 2;
@@ -75,21 +77,44 @@ struct Member<Export, kShapeName> {
             return tilted(roi, value, pixel);
     }
 
-    static void check(const TestImage<uint8_t>& image, Layout layout, double value = 0, double squareValue = 0) {
-        const RoiSize roi = image.roi();
-        const TestImage<Entry> table(tableSize(roi), layout);
-        const auto pixel = [&](int x, int y) { return int(image.at(x, y)); };
-        if constexpr (!kHasSquares) {
-            ASSERT_EQ(StatusOk, Export(image.data(), image.step(), table.data(), table.step(), roi, Entry(value)));
-        } else {
-            const TestImage<SquareEntry> squares(tableSize(roi), layout);
-            ASSERT_EQ(StatusOk, Export(image.data(), image.step(), table.data(), table.step(), squares.data(),
-                                       squares.step(), roi, Entry(value), SquareEntry(squareValue)));
-            ASSERT_TRUE(samePixels(
-                expected(roi, SquareEntry(squareValue), [&](int x, int y) { return pixel(x, y) * pixel(x, y); }),
-                squares));
+    static TestImage<Entry> expectedSums(const TestImage<uint8_t>& image, double value) {
+        return expected(image.roi(), Entry(value), [&](int x, int y) { return int(image.at(x, y)); });
+    }
+    static TestImage<SquareEntry> expectedSquares(const TestImage<uint8_t>& image, double value) {
+        return expected(image.roi(), SquareEntry(value), [&](int x, int y) { return image.at(x, y) * image.at(x, y); });
+    }
+
+    template <typename Sums, typename Squares>
+    static Status call(const TestImage<uint8_t>& image, const Sums& sums, const Squares& squares, double value,
+                       double squareValue) {
+        if constexpr (kHasSquares)
+            return Export(image.data(), image.step(), sums.data(), sums.step(), squares.data(), squares.step(),
+                          image.roi(), Entry(value), SquareEntry(squareValue));
+        else
+            return Export(image.data(), image.step(), sums.data(), sums.step(), image.roi(), Entry(value));
+    }
+
+    /** The tables have the layouts 1 and 2. */
+    static void check(const TestImage<uint8_t>& image, const Layouts& layouts, double value = 0,
+                      double squareValue = 0) {
+        const TestImage<Entry> sums(tableSize(image.roi()), layouts[1]);
+        const TestImage<SquareEntry> squares(tableSize(image.roi()), layouts[2]);
+        ASSERT_EQ(StatusOk, call(image, sums, squares, value, squareValue));
+        ASSERT_TRUE(samePixels(expectedSums(image, value), sums));
+        if constexpr (kHasSquares) {
+            ASSERT_TRUE(samePixels(expectedSquares(image, squareValue), squares));
         }
-        ASSERT_TRUE(samePixels(expected(roi, Entry(value), pixel), table));
+    }
+
+    static void checkUnaligned(const TestImage<uint8_t>& image) {
+        const RoiSize size = tableSize(image.roi());
+        const UnalignedImage<Entry> sums{TestImage<Entry>(size)};
+        const UnalignedImage<SquareEntry> squares{TestImage<SquareEntry>(size)};
+        ASSERT_EQ(StatusOk, call(image, sums, squares, 1, 2));
+        ASSERT_TRUE(sums.holds(expectedSums(image, 1)));
+        if constexpr (kHasSquares) {
+            ASSERT_TRUE(squares.holds(expectedSquares(image, 2)));
+        }
     }
 
     static void checkStatuses() {
@@ -143,13 +168,19 @@ using Members = ::testing::Types<
 TYPED_TEST_SUITE(Integral, Members);
 
 TYPED_TEST(Integral, MatchesItsDefinition) {
-    for (const RoiSize& roi : smallRegions())
-        for (const Layout& layout : kLayouts) {
-            SCOPED_TRACE(::testing::Message() << roi.width << " x " << roi.height << ", " << layout);
-            TypeParam::check(TestImage<uint8_t>::random(roi, layout, 1), layout);
-            TypeParam::check(TestImage<uint8_t>::random(roi, layout, 2), layout, 100, -3);
-        }
+    forSmallImages([](RoiSize roi, const Layouts& layouts) {
+        SCOPED_TRACE(::testing::Message() << roi.width << " x " << roi.height << ", " << layouts);
+        TypeParam::check(TestImage<uint8_t>::random(roi, layouts[0], 1), layouts);
+        TypeParam::check(TestImage<uint8_t>::random(roi, layouts[0], 2), layouts, 100, -3);
+    });
+    // Rows of many vectors; and many rows so long that their parts are made one after the other.
     TypeParam::check(TestImage<uint8_t>::random({301, 203}, {}, 3), {});
+    TypeParam::check(TestImage<uint8_t>::random({5003, 35}, {}, 4), {});
+}
+
+// Tables may begin at any address; those that are large are streamed only where entries are aligned.
+TYPED_TEST(Integral, NeedsNoAlignment) {
+    TypeParam::checkUnaligned(TestImage<uint8_t>::random({77, 40}, {}, 5));
 }
 
 // Constants that are no whole numbers, or so large that sums are rounded.
@@ -179,20 +210,6 @@ TEST(UprightIntegral, OfOnePixelIsTheLastEntry) {
     int32_t table[4];
     ASSERT_EQ(StatusOk, vekiIntegral_8u32s_C1R(&seven, 1, table, 8, {1, 1}, 0));
     EXPECT_EQ((std::vector{0, 0, 0, 7}), std::vector(table, table + 4));
-}
-
-// Tables may begin at any address; those that are large are streamed only where entries are aligned.
-TEST(UprightIntegral, NeedsNoAlignment) {
-    const RoiSize roi{77, 40};
-    const auto image = TestImage<uint8_t>::random(roi, {}, 5);
-    const size_t entries = 78 * 41;
-    std::vector<int32_t> expected(entries), result(entries);
-    ASSERT_EQ(StatusOk, vekiIntegral_8u32s_C1R(image.data(), image.step(), expected.data(), 78 * 4, roi, 1));
-    std::vector<uint8_t> memory(entries * 4 + 1);
-    ASSERT_EQ(StatusOk, vekiIntegral_8u32s_C1R(image.data(), image.step(),
-                                               reinterpret_cast<int32_t*>(memory.data() + 1), 78 * 4, roi, 1));
-    std::memcpy(result.data(), memory.data() + 1, entries * 4);
-    EXPECT_EQ(expected, result);
 }
 
 // The table leaves out pixels at its edges; that cancels in every rectangle, also those whose corners lie at the edges.

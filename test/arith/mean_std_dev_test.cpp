@@ -88,7 +88,7 @@ TYPED_TEST(MeanStdDev, MatchesItsDefinition) {
 TYPED_TEST(MeanStdDev, MatchesItsDefinitionInParallel) {
     const int32_t pixels = 131072 * ownGetNumThreads();
     for (const RoiSize roi : {RoiSize{1024, pixels / 1024}, RoiSize{1031, pixels / 1024}})
-        TypeParam::check({roi, {Layout::kAfterGuard, 1, 3}, ordinary<typename TypeParam::T>},
+        TypeParam::check({roi, Layout{Layout::kAfterGuard, 1, 3}, ordinary<typename TypeParam::T>},
                          TypeParam::kIsFloat ? 1e-10 : 0);
 }
 

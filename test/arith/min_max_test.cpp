@@ -77,7 +77,7 @@ TYPED_TEST(MinMaxIndx, MatchesItsDefinition) {
 TYPED_TEST(MinMaxIndx, FindsTheFirstOfEqualOnesInParallel) {
     using T = typename TypeParam::T;
     for (const RoiSize roi : {RoiSize{512, 31}, RoiSize{512, 32}, RoiSize{5003, 7}, RoiSize{7, 2503}})
-        for (const Layout layout : {Layout{}, Layout{Layout::kAfterGuard, 1, 3}}) {
+        for (const Layout& layout : kLargeLayouts) {
             TypeParam::check({roi, layout, ties<T>});
             typename TypeParam::Operands operands({roi, T(50)});
             TypeParam::check(operands);

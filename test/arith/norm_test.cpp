@@ -129,10 +129,45 @@ TYPED_TEST(Norms, MatchTheirDefinition) {
 TYPED_TEST(Norms, MatchTheirDefinitionInParallel) {
     const int64_t threads = ownGetNumThreads();
     for (const int64_t pixels : {32768 * threads, 131072 * threads})
-        TypeParam::check({{1024, int32_t(pixels / 1024)}, {Layout::kAfterGuard, 1, 3}, ordinary<typename TypeParam::T>},
-                         TypeParam::kIsFloat ? 1e-14 : 0);
+        TypeParam::check(
+            {{1024, int32_t(pixels / 1024)}, Layout{Layout::kAfterGuard, 1, 3}, ordinary<typename TypeParam::T>},
+            TypeParam::kIsFloat ? 1e-14 : 0);
     TypeParam::check({{1031, int32_t(131072 * threads / 1024)}, {}, ordinary<typename TypeParam::T>},
                      TypeParam::kIsFloat ? 1e-14 : 0);
+}
+
+// One pixel is larger than all others, in the first, a middle or the last stripe.
+TYPED_TEST(Norms, FindTheMaximumOfEveryStripe) {
+    if constexpr (TypeParam::kNormName == kInf) {
+        constexpr bool kIsPlain = TypeParam::kOperation == kNorm;
+        constexpr int kRows = kIsPlain && TypeParam::kChannels == 1 && !TypeParam::kIsFloat ? 512 : 128;
+        const RoiSize roi{1024, kRows * ownGetNumThreads()};
+        typename TypeParam::Operands operands(roi, 1);
+        for (const int y : {0, roi.height / 2, roi.height - 1}) {
+            auto& pixel = operands.sources[0].at(500 * TypeParam::kChannels + operands.channel - 1, y);
+            pixel = 2;
+            double result = -1;
+            ASSERT_EQ(StatusOk, operands.call(&result));
+            ASSERT_EQ(kIsPlain ? 2 : 1, result) << "row " << y;
+            pixel = 1;
+        }
+    }
+}
+
+template <typename NormMember>
+void expectNoNeedOfAlignment() {
+    const typename NormMember::Operands operands({77, 3}, {}, ordinary<typename NormMember::T>);
+    double result = -1;
+    ASSERT_EQ(StatusOk, operands.callUnaligned(&result));
+    ASSERT_EQ(NormMember::expected(operands), result);
+}
+
+// All norms read their images in the same way.
+TEST(NormForms, NeedNoAlignment) {
+    expectNoNeedOfAlignment<Member<&vekiNorm_L1_16u_C1MR, kNorm, kL1>>();
+    expectNoNeedOfAlignment<Member<&vekiNormDiff_L2_32f_C1MR, kNormDiff, kL2>>();
+    expectNoNeedOfAlignment<Member<&vekiNormRel_Inf_16u_C3CMR, kNormRel, kInf>>();
+    expectNoNeedOfAlignment<Member<&vekiNormRel_L1_32f_C3CMR, kNormRel, kL1>>();
 }
 
 TYPED_TEST(Norms, ReportTheFirstFault) {

@@ -6,6 +6,7 @@
 #include "regions.h"
 #include "status_order.h"
 #include "test_image.h"
+#include "unaligned_image.h"
 
 /**
  * An export that looks at one channel of kSources images, with or without a mask, and gives results; what its form is
@@ -39,10 +40,10 @@ struct ChannelForm<Export, kSources> {
 
         /** value(random) gives each element. */
         template <typename Value>
-        Operands(RoiSize size, Layout layout, Value value)
+        Operands(RoiSize size, const Layouts& layouts, Value value)
             : roi(size),
-              sources(makeSources(size, layout, value, std::make_index_sequence<kSources>())),
-              mask(TestImage<uint8_t>::filled(size, layout,
+              sources(makeSources(size, layouts, value, std::make_index_sequence<kSources>())),
+              mask(TestImage<uint8_t>::filled(size, layouts[kSources],
                                               [random = Random(9)](int, int) mutable { return random.mask(); })) {}
 
         /** All pixels of all sources hold one value and take part. */
@@ -64,19 +65,31 @@ struct ChannelForm<Export, kSources> {
 
         template <typename... Results>
         auto arguments(Results... results) const {
+            return argumentsWith(sources, mask, results...);
+        }
+        template <typename Sources, typename Mask, typename... Results>
+        auto argumentsWith(const Sources& itsSources, const Mask& itsMask, Results... results) const {
             const auto image = [](const auto& pixels) {
                 return std::tuple(static_cast<const std::decay_t<decltype(*pixels.data())>*>(pixels.data()),
                                   pixels.step());
             };
             return std::tuple_cat(
-                std::apply([&](const auto&... each) { return std::tuple_cat(image(each)...); }, sources),
-                only<kHasMask>(image(mask)), std::tuple(roi), only<kHasChannel>(std::tuple(channel)),
+                std::apply([&](const auto&... each) { return std::tuple_cat(image(each)...); }, itsSources),
+                only<kHasMask>(image(itsMask)), std::tuple(roi), only<kHasChannel>(std::tuple(channel)),
                 std::tuple(results...));
         }
 
         template <typename... Results>
         Status call(Results... results) const {
             return std::apply(Export, arguments(results...));
+        }
+
+        /** The same with copies of the images at odd addresses. */
+        template <typename... Results>
+        Status callUnaligned(Results... results) const {
+            const auto copies =
+                std::apply([](const auto&... each) { return std::tuple(UnalignedImage<T>(each)...); }, sources);
+            return std::apply(Export, argumentsWith(copies, UnalignedImage<uint8_t>(mask), results...));
         }
     };
 
@@ -104,29 +117,26 @@ struct ChannelForm<Export, kSources> {
     /** check(operands) for regions of all kinds, layouts and channels. */
     template <typename Value, typename Check>
     static void forSmallRegions(Value value, Check check) {
-        int32_t channel = 0;
-        for (const RoiSize& roi : smallRegions())
-            for (const Layout& layout : kLayouts) {
-                Operands operands(roi, layout, value);
-                if (kHasChannel)
-                    operands.channel = 1 + channel++ % 3;
-                SCOPED_TRACE(::testing::Message()
-                             << roi.width << " x " << roi.height << ", " << layout << ", channel " << operands.channel);
-                check(operands);
-                if (::testing::Test::HasFatalFailure())
-                    return;
-            }
+        forSmallImages([&, channel = 0](RoiSize roi, const Layouts& layouts) mutable {
+            Operands operands(roi, layouts, value);
+            if (kHasChannel)
+                operands.channel = 1 + channel++ % 3;
+            SCOPED_TRACE(::testing::Message()
+                         << roi.width << " x " << roi.height << ", " << layouts << ", channel " << operands.channel);
+            check(operands);
+        });
     }
 
   private:
     template <typename Value, size_t... kIndex>
-    static std::array<TestImage<T>, kSources> makeSources(RoiSize roi, Layout layout, Value value,
+    static std::array<TestImage<T>, kSources> makeSources(RoiSize roi, const Layouts& layouts, Value value,
                                                           std::index_sequence<kIndex...>) {
-        const auto make = [&](uint32_t seed) {
+        const auto make = [&](size_t source) {
             return TestImage<T>::filled(
-                roi, layout, [&, random = Random(seed)](int, int) mutable { return T(value(random)); }, kChannels);
+                roi, layouts[source],
+                [&, random = Random(uint32_t(source) + 1)](int, int) mutable { return T(value(random)); }, kChannels);
         };
-        return {make(kIndex + 1)...};
+        return {make(kIndex)...};
     }
 
     template <bool kKeep, typename Tuple>

@@ -2,7 +2,7 @@
 
 #include <vector>
 
-#include "vekcv.h"
+#include "test_image.h"
 
 /** Widths on both sides of every vector width from a few lanes to 64, each in one row and in three. */
 inline std::vector<RoiSize> smallRegions() {
@@ -11,6 +11,23 @@ inline std::vector<RoiSize> smallRegions() {
         for (int32_t height : {1, 3})
             regions.push_back({width, height});
     return regions;
+}
+
+/** check(roi, layouts) for small images of all layouts, and for packed ones beside one whose rows are padded. */
+template <typename Check>
+void forSmallImages(Check check) {
+    const auto isOver = [&](RoiSize roi, const Layouts& layouts) {
+        check(roi, layouts);
+        return ::testing::Test::HasFatalFailure();
+    };
+    for (const RoiSize& roi : smallRegions())
+        for (const Layout& layout : kLayouts)
+            if (isOver(roi, layout))
+                return;
+    for (const int32_t width : {7, 33, 129})
+        for (size_t image = 0; image < 4; ++image)
+            if (isOver({width, 3}, {{}, image, {Layout::kBeforeGuard, 0, 3}}))
+                return;
 }
 
 /** Regions on both sides of a number of pixels from which on threads are used, and one that no team divides evenly. */
