@@ -141,12 +141,13 @@ TYPED_TEST(RectStdDev, MatchesItsDefinition) {
         SCOPED_TRACE(::testing::Message() << roi.width << " x " << roi.height << ", " << layouts);
         const RoiSize table = Window::of(TypeParam::kShape, rect).tableSize(roi);
         Random random(1);
-        // Differences of 14 bits, so that most variances are positive.
+        // Squares of pixels are of 31 bits: with sums like these, squares of means are of the same order.
+        const auto range = uint32_t(32768 * std::sqrt(double(rect.width * rect.height)));
         const auto entry = [&](int, int) {
             if constexpr (std::is_integral_v<Entry>)
-                return Entry(uint32_t(INT32_MAX) - 8192 + random.below(1 << 14));
+                return Entry(uint32_t(INT32_MAX) - range / 2 + random.below(range));
             else
-                return Entry(random.below(1 << 30)) / Entry(1 << 16);
+                return Entry(double(range) * random.below(1 << 30) / (1 << 30));
         };
         const auto square = [&](int, int) { return SquareEntry(int32_t(random.bits())); };
         const auto sums = TestImage<Entry>::filled(table, layouts[0], entry);
