@@ -1,6 +1,4 @@
 // Haar classifiers applied to images, against their definition.
-#include <dlfcn.h>
-
 #include <climits>
 
 #include "haar_features.h"
@@ -461,8 +459,7 @@ TYPED_TEST(HaarApply, ReportsTheFirstFault) {
 // Where a test may choose how much memory there is.
 TYPED_TEST(HaarApply, ReportsMissingMemory) {
     using V = typename TypeParam::Value;
-    const auto failAfter = reinterpret_cast<void (*)(int)>(dlsym(RTLD_DEFAULT, "standInFailAfter"));
-    const auto blocks = reinterpret_cast<int (*)()>(dlsym(RTLD_DEFAULT, "standInBlocks"));
+    const auto [failAfter, blocks] = haar::memoryOfStandIn();
     if (failAfter == nullptr || blocks == nullptr)
         GTEST_SKIP() << "the core library is the real one";
     Random random(6);
