@@ -1,6 +1,7 @@
 // Every accumulation against its definition: one pixel at a time, in the float arithmetic of the compiler.
 #include <gtest/gtest.h>
 
+#include "arguments.h"
 #include "regions.h"
 #include "status_order.h"
 #include "test_image.h"
@@ -72,7 +73,7 @@ struct Member<Export, Op, kMasking> {
                 return std::tuple_cat(first, only<kHasTwoSources>(second), only<kHasMask>(selection), sum,
                                       std::tuple(accumulator.roi()),
                                       only<std::is_same_v<Op, AddWeighted>>(std::tuple(alpha)));
-            }(std::tuple(images.data(), images.step())...);
+            }(argumentsOf(images)...);
         }
         auto arguments() const { return argumentsWith(source1, source2, mask, accumulator); }
 
@@ -99,18 +100,9 @@ struct Member<Export, Op, kMasking> {
     static void checkStatuses() {
         const Operands operands({9, 4}, {});
         const auto before = operands.accumulator.copy({});
-        std::apply([](auto... arguments) { return StatusOrder(Export, arguments...); }, operands.arguments())
-            .commonFaults()
-            .check([&] { return bool(samePixels(before, operands.accumulator)); });
-    }
-
-  private:
-    template <bool kKeep, typename Tuple>
-    static auto only(Tuple tuple) {
-        if constexpr (kKeep)
-            return tuple;
-        else
-            return std::tuple();
+        StatusOrder(Export, operands.arguments()).commonFaults().check([&] {
+            return bool(samePixels(before, operands.accumulator));
+        });
     }
 };
 

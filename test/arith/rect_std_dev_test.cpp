@@ -3,6 +3,7 @@
 
 #include <algorithm>
 
+#include "arguments.h"
 #include "regions.h"
 #include "status_order.h"
 #include "test_image.h"
@@ -51,14 +52,14 @@ struct Member<Export, kShapeName> {
     static constexpr Shape kShape = kShapeName;
     static constexpr auto kFunction = Export;
 
+    static auto arguments(const TestImage<E>& sums, const TestImage<Q>& squares, const TestImage<R>& out,
+                          ImageRect rect, int32_t scaleFactor) {
+        return std::tuple_cat(argumentsOf(sums), argumentsOf(squares), argumentsOf(out), std::tuple(out.roi(), rect),
+                              only<kIsScaled>(std::tuple(scaleFactor)));
+    }
     static Status call(const TestImage<E>& sums, const TestImage<Q>& squares, const TestImage<R>& out, ImageRect rect,
                        int32_t scaleFactor) {
-        if constexpr (kIsScaled)
-            return Export(sums.data(), sums.step(), squares.data(), squares.step(), out.data(), out.step(), out.roi(),
-                          rect, scaleFactor);
-        else
-            return Export(sums.data(), sums.step(), squares.data(), squares.step(), out.data(), out.step(), out.roi(),
-                          rect);
+        return std::apply(Export, arguments(sums, squares, out, rect, scaleFactor));
     }
 
     template <typename Table>
@@ -239,44 +240,27 @@ TYPED_TEST(RectStdDev, TakesAnyScaleFactor) {
 }
 
 TYPED_TEST(RectStdDev, ReportsTheFirstFault) {
-    using Entry = typename TypeParam::Entry;
-    using SquareEntry = typename TypeParam::SquareEntry;
-    using Result = typename TypeParam::Result;
     const RoiSize roi{9, 4};
     const ImageRect rect{5, 2, 3, 6};
     // Tables whose steps hold exactly x + width + w entries.
-    const TestImage<Entry> sums({17, 20});
-    const TestImage<SquareEntry> squares({17, 20});
-    const auto out = TestImage<Result>::random(roi, {}, 1);
+    const TestImage<typename TypeParam::Entry> sums({17, 20});
+    const TestImage<typename TypeParam::SquareEntry> squares({17, 20});
+    const auto out = TestImage<typename TypeParam::Result>::random(roi, {}, 1);
     const auto before = out.copy({});
-    const auto check = [&](auto order) {
-        order.template fault<0>("null table", StatusNullPointer, nullptr)
-            .template fault<2>("null squares", StatusNullPointer, nullptr)
-            .template fault<4>("null destination", StatusNullPointer, nullptr)
-            .template fault<6>("width 0", StatusSizeError, RoiSize{0, 4})
-            .template fault<6>("height -1", StatusSizeError, RoiSize{9, -1})
-            .template fault<1>("table step", StatusStepError, sums.step() - int32_t(sizeof(Entry)))
-            .template fault<3>("squares step", StatusStepError, squares.step() - int32_t(sizeof(SquareEntry)))
-            .template fault<5>("destination step", StatusStepError, out.step() - int32_t(sizeof(Result)))
-            .template fault<7>("rectangle beyond all", StatusStepError, ImageRect{INT32_MAX, 0, INT32_MAX, 1})
-            .template fault<1>("odd table step", StatusStepNotMultiple, sums.step() + 2)
-            .template fault<3>("odd squares step", StatusStepNotMultiple, squares.step() + 2)
-            .template fault<5>("odd destination step", StatusStepNotMultiple, out.step() + 2)
-            .template fault<7>("x -1", StatusSizeError, ImageRect{-1, 2, 9, 1})
-            .template fault<7>("y -1", StatusSizeError, ImageRect{5, -1, 3, 6})
-            .template fault<7>("rectangle width 0", StatusSizeError, ImageRect{8, 2, 0, 6})
-            .template fault<7>("rectangle height 0", StatusSizeError, ImageRect{5, 2, 3, 0});
-        if (TypeParam::kShape == kTilted)
-            order.template fault<7>("left of the table", StatusSizeError, ImageRect{4, 2, 4, 6})
-                .template fault<7>("left of all", StatusSizeError, ImageRect{5, 2, 3, INT32_MAX});
-        order.check([&] { return bool(samePixels(before, out)); });
-    };
-    if constexpr (TypeParam::kIsScaled)
-        check(StatusOrder(TypeParam::kFunction, sums.data(), sums.step(), squares.data(), squares.step(), out.data(),
-                          out.step(), roi, rect, 0));
-    else
-        check(StatusOrder(TypeParam::kFunction, sums.data(), sums.step(), squares.data(), squares.step(), out.data(),
-                          out.step(), roi, rect));
+    StatusOrder order(TypeParam::kFunction, TypeParam::arguments(sums, squares, out, rect, 0));
+    order.nullImages()
+        .badSizes()
+        .shortSteps({17, 17})
+        .template fault<7>("rectangle beyond all", StatusStepError, ImageRect{INT32_MAX, 0, INT32_MAX, 1})
+        .oddSteps({17, 17})
+        .template fault<7>("x -1", StatusSizeError, ImageRect{-1, 2, 9, 1})
+        .template fault<7>("y -1", StatusSizeError, ImageRect{5, -1, 3, 6})
+        .template fault<7>("rectangle width 0", StatusSizeError, ImageRect{8, 2, 0, 6})
+        .template fault<7>("rectangle height 0", StatusSizeError, ImageRect{5, 2, 3, 0});
+    if (TypeParam::kShape == kTilted)
+        order.template fault<7>("left of the table", StatusSizeError, ImageRect{4, 2, 4, 6})
+            .template fault<7>("left of all", StatusSizeError, ImageRect{5, 2, 3, INT32_MAX});
+    order.check([&] { return bool(samePixels(before, out)); });
 }
 
 }  // namespace

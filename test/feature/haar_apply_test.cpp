@@ -1,6 +1,7 @@
 // Haar classifiers applied to images, against their definition.
 #include <climits>
 
+#include "arguments.h"
 #include "haar_features.h"
 #include "status_order.h"
 #include "test_image.h"
@@ -78,50 +79,34 @@ struct Call {
     int32_t scaleFactor;
 };
 
+template <auto Export, typename S, typename V, bool kHasTilted, bool kHasScale>
+struct Form {
+    using Sum = S;
+    using Value = V;
+    static constexpr bool kIsMixed = kHasTilted, kIsScaled = kHasScale;
+    static constexpr auto kFunction = Export;
+
+    static auto arguments(const Call<S, V>& c) {
+        return std::tuple_cat(
+            std::tuple(c.integral, c.integralStep), only<kIsMixed>(std::tuple(c.tilted, c.tiltedStep)),
+            std::tuple(c.norm, c.normStep, c.mask, c.maskStep, c.roi, c.positiveCount, c.stageThreshold, c.state),
+            only<kIsScaled>(std::tuple(c.scaleFactor)));
+    }
+    static Status call(const Call<S, V>& c) { return std::apply(Export, arguments(c)); }
+};
+
 template <auto Export>
 struct Member;
 
 template <typename S, typename V, typename... Scale,
           Status (*Export)(const S*, int32_t, const V*, int32_t, uint8_t*, int32_t, RoiSize, int32_t*, V,
                            const HaarClassifier*, Scale...)>
-struct Member<Export> {
-    using Sum = S;
-    using Value = V;
-    static constexpr bool kIsMixed = false, kIsScaled = sizeof...(Scale) > 0;
-    static constexpr auto kFunction = Export;
-
-    static Status call(const Call<S, V>& c) {
-        const auto with = [&](auto... scale) {
-            return Export(c.integral, c.integralStep, c.norm, c.normStep, c.mask, c.maskStep, c.roi, c.positiveCount,
-                          c.stageThreshold, c.state, scale...);
-        };
-        if constexpr (kIsScaled)
-            return with(c.scaleFactor);
-        else
-            return with();
-    }
-};
+struct Member<Export> : Form<Export, S, V, false, sizeof...(Scale) != 0> {};
 
 template <typename S, typename V, typename... Scale,
           Status (*Export)(const S*, int32_t, const S*, int32_t, const V*, int32_t, uint8_t*, int32_t, RoiSize,
                            int32_t*, V, const HaarClassifier*, Scale...)>
-struct Member<Export> {
-    using Sum = S;
-    using Value = V;
-    static constexpr bool kIsMixed = true, kIsScaled = sizeof...(Scale) > 0;
-    static constexpr auto kFunction = Export;
-
-    static Status call(const Call<S, V>& c) {
-        const auto with = [&](auto... scale) {
-            return Export(c.integral, c.integralStep, c.tilted, c.tiltedStep, c.norm, c.normStep, c.mask, c.maskStep,
-                          c.roi, c.positiveCount, c.stageThreshold, c.state, scale...);
-        };
-        if constexpr (kIsScaled)
-            return with(c.scaleFactor);
-        else
-            return with();
-    }
-};
+struct Member<Export> : Form<Export, S, V, true, sizeof...(Scale) != 0> {};
 
 /** The sum of a rectangle, from its four elements. */
 float sumOf(float a, float b, float c, float d) {
@@ -415,45 +400,19 @@ TYPED_TEST(HaarApply, ReportsTheFirstFault) {
     int32_t count = 77;
     // Arguments that only the mixed forms have come behind the first two.
     constexpr size_t k = TypeParam::kIsMixed ? 2 : 0;
-    const auto checkOrder = [&](auto order) {
-        using Nothing = std::nullptr_t;
-        order.template fault<0>("null integral", StatusNullPointer, Nothing());
-        order.template fault<2 + k>("null norm", StatusNullPointer, Nothing());
-        order.template fault<4 + k>("null mask", StatusNullPointer, Nothing());
-        if constexpr (TypeParam::kIsMixed)
-            order.template fault<2>("null tilted integral", StatusNullPointer, Nothing());
-        order.template fault<7 + k>("null count", StatusNullPointer, Nothing());
-        order.template fault<9 + k>("null state", StatusNullPointer, Nothing());
-        order.template fault<6 + k>("width 0", StatusSizeError, RoiSize{0, 4});
-        order.template fault<6 + k>("height -1", StatusSizeError, RoiSize{9, -1});
-        order.template fault<6 + k>("width 2147483647", StatusStepError, RoiSize{INT32_MAX, 4});
-        order.template fault<1>("integral step", StatusStepError, 35);
-        order.template fault<3 + k>("norm step", StatusStepError, -36);
-        order.template fault<5 + k>("mask step", StatusStepError, 8);
-        if constexpr (TypeParam::kIsMixed)
-            order.template fault<3>("tilted step", StatusStepError, 35);
-        order.template fault<1>("odd integral step", StatusStepNotMultiple, 122);
-        order.template fault<3 + k>("odd norm step", StatusStepNotMultiple, 37);
-        if constexpr (TypeParam::kIsMixed)
-            order.template fault<3>("odd tilted step", StatusStepNotMultiple, 121);
-        if constexpr (TypeParam::kIsMixed && TypeParam::kIsScaled)
-            order.template fault<12>("scale factor 1", StatusBadArgument, 1)
-                .template fault<12>("largest scale factor", StatusBadArgument, INT32_MAX);
-        order.check([&] { return samePixels(before, mask) && count == 77; });
-    };
-    const auto with = [&](auto... scale) {
-        if constexpr (TypeParam::kIsMixed)
-            checkOrder(StatusOrder(TypeParam::kFunction, table.data(), table.step(), table.data(), table.step(),
-                                   norms.data(), norms.step(), mask.data(), mask.step(), roi, &count, V(0),
-                                   stage.state.get(), scale...));
-        else
-            checkOrder(StatusOrder(TypeParam::kFunction, table.data(), table.step(), norms.data(), norms.step(),
-                                   mask.data(), mask.step(), roi, &count, V(0), stage.state.get(), scale...));
-    };
-    if constexpr (TypeParam::kIsScaled)
-        with(0);
-    else
-        with();
+    StatusOrder order(TypeParam::kFunction, TypeParam::arguments({table.data(), table.data(), table.step(),
+                                                                  table.step(), norms.data(), norms.step(), mask.data(),
+                                                                  mask.step(), roi, &count, 0, stage.state.get(), 0}));
+    order.nullImages()
+        .template fault<7 + k>("null count", StatusNullPointer, nullptr)
+        .template fault<9 + k>("null state", StatusNullPointer, nullptr)
+        .badSizes()
+        .shortSteps()
+        .oddSteps();
+    if constexpr (TypeParam::kIsMixed && TypeParam::kIsScaled)
+        order.template fault<12>("scale factor 1", StatusBadArgument, 1)
+            .template fault<12>("largest scale factor", StatusBadArgument, INT32_MAX);
+    order.check([&] { return samePixels(before, mask) && count == 77; });
 }
 
 // Where a test may choose how much memory there is.

@@ -1,6 +1,6 @@
 // Column filters against their definition, one output at a time.
+#include "arguments.h"
 #include "pipeline_support.h"
-#include "status_order.h"
 
 namespace {
 
@@ -26,13 +26,15 @@ struct Column<Filter, Query, kChannelCount, kIsLow> {
         return ownGetNumThreads() * (32 + int64_t(sizeof(void*)) * (height + kernelSize) + 12 * kChannels * whole + 32);
     }
 
+    static auto arguments(const S* const* rows, const TestImage<R>& out, const std::vector<K>& kernel, int32_t divisor,
+                          uint8_t* buffer) {
+        return std::tuple_cat(std::tuple(rows), argumentsOf(out),
+                              std::tuple(out.roi(), kernel.data(), int32_t(kernel.size())),
+                              only<!kIsFloat>(std::tuple(divisor)), std::tuple(buffer));
+    }
     static Status call(const S* const* rows, const TestImage<R>& out, const std::vector<K>& kernel, int32_t divisor,
                        uint8_t* buffer) {
-        if constexpr (kIsFloat)
-            return Filter(rows, out.data(), out.step(), out.roi(), kernel.data(), int32_t(kernel.size()), buffer);
-        else
-            return Filter(rows, out.data(), out.step(), out.roi(), kernel.data(), int32_t(kernel.size()), divisor,
-                          buffer);
+        return std::apply(Filter, arguments(rows, out, kernel, divisor, buffer));
     }
 
     static R expected(const S* const* rows, const std::vector<K>& kernel, int32_t divisor, int x, int elements) {
@@ -47,8 +49,7 @@ struct Column<Filter, Query, kChannelCount, kIsLow> {
                 float sum = 0;
                 for (size_t k = 0; k < kernel.size(); ++k)
                     sum += float(rows[k][x]) * (float(kernel[k]) * r);
-                return R(std::clamp(rounded<int16_t>(sum, true), int16_t(std::numeric_limits<R>::min()),
-                                    int16_t(std::numeric_limits<R>::max())));
+                return rounded<R>(sum, true);
             }
             IntegerSum sum;
             for (size_t k = 0; k < kernel.size(); ++k)
@@ -95,9 +96,6 @@ using Members = ::testing::Types<
     Column<&vekiFilterColumnPipeline_32f_C1R, &vekiFilterColumnPipelineGetBufferSize_32f_C1R, 1>,
     Column<&vekiFilterColumnPipeline_32f_C3R, &vekiFilterColumnPipelineGetBufferSize_32f_C3R, 3>>;
 TYPED_TEST_SUITE(ColumnPipeline, Members);
-
-constexpr int32_t kSizes[] = {1, 2, 3, 5, 7, 15, 31, 64};
-constexpr int32_t kDivisors[] = {1, -1, 3, 16, 256, -7, INT32_MIN};
 
 TYPED_TEST(ColumnPipeline, MatchesItsDefinition) {
     uint32_t turn = 0;
@@ -200,38 +198,26 @@ TYPED_TEST(ColumnPipeline, ReportsTheFirstFault) {
     const auto out = TestImage<R>::random(roi, {}, 1, TypeParam::kChannels);
     const auto before = out.copy({});
     const auto rows = rowsOf<const typename TypeParam::Source*>(source);
-    const typename TypeParam::Tap kernel[3] = {1, 2, 1};
+    const std::vector<typename TypeParam::Tap> kernel{1, 2, 1};
     const auto buffer = workBuffer(int32_t(TypeParam::bufferBytes(9, 4, 3)));
-    constexpr int32_t kRowBytes = 9 * TypeParam::kChannels * int32_t(sizeof(R));
     std::vector<std::vector<const typename TypeParam::Source*>> lacking(rows.size(), rows);
-    const auto check = [&](auto order) {
-        order.template fault<0>("null rows", StatusNullPointer, nullptr)
-            .template fault<1>("null destination", StatusNullPointer, nullptr)
-            .template fault<4>("null kernel", StatusNullPointer, nullptr)
-            .template fault<3>("width 0", StatusSizeError, RoiSize{0, 4})
-            .template fault<3>("height 0", StatusSizeError, RoiSize{9, 0})
-            .template fault<3>("height -1", StatusSizeError, RoiSize{9, -1})
-            .template fault<5>("no taps", StatusSizeError, 0)
-            .template fault<5>("kernel size -2147483648", StatusSizeError, INT32_MIN)
-            .template fault<3>("width 2147483647", StatusStepError, RoiSize{INT32_MAX, 4})
-            .template fault<2>("step short", StatusStepError, kRowBytes - int32_t(sizeof(R)))
-            .template fault<2>("step negative", StatusStepError, -kRowBytes);
-        if constexpr (sizeof(R) > 1)
-            order.template fault<2>("step odd", StatusStepNotMultiple, kRowBytes + int32_t(sizeof(R)) / 2);
-        order.fault("null buffer", StatusNullPointer,
-                    [](auto& call) { std::get<std::tuple_size_v<std::decay_t<decltype(call)>> - 1>(call) = nullptr; });
-        if constexpr (!TypeParam::kIsFloat)
-            order.template fault<6>("divisor 0", StatusBadArgument, 0);
-        for (size_t y = 0; y < rows.size(); ++y) {
-            lacking[y][y] = nullptr;
-            order.template fault<0>("null row " + std::to_string(y), StatusNullPointer, lacking[y].data());
-        }
-        order.check([&] { return bool(samePixels(before, out)); });
-    };
-    if constexpr (TypeParam::kIsFloat)
-        check(StatusOrder(TypeParam::kFunction, rows.data(), out.data(), out.step(), roi, kernel, 3, buffer.data()));
-    else
-        check(StatusOrder(TypeParam::kFunction, rows.data(), out.data(), out.step(), roi, kernel, 3, 1, buffer.data()));
+    StatusOrder order(TypeParam::kFunction, TypeParam::arguments(rows.data(), out, kernel, 1, buffer.data()));
+    order.nullImages()
+        .template fault<0>("null rows", StatusNullPointer, nullptr)
+        .template fault<4>("null kernel", StatusNullPointer, nullptr)
+        .badSizes()
+        .template fault<5>("no taps", StatusSizeError, 0)
+        .template fault<5>("kernel size -2147483648", StatusSizeError, INT32_MIN)
+        .shortSteps({9 * TypeParam::kChannels})
+        .oddSteps({9 * TypeParam::kChannels})
+        .template fault<TypeParam::kIsFloat ? 6 : 7>("null buffer", StatusNullPointer, nullptr);
+    if constexpr (!TypeParam::kIsFloat)
+        order.template fault<6>("divisor 0", StatusBadArgument, 0);
+    for (size_t y = 0; y < rows.size(); ++y) {
+        lacking[y][y] = nullptr;
+        order.template fault<0>("null row " + std::to_string(y), StatusNullPointer, lacking[y].data());
+    }
+    order.check([&] { return bool(samePixels(before, out)); });
 }
 
 TYPED_TEST(ColumnPipeline, TellsTheSizeOfItsBuffer) {
@@ -248,13 +234,7 @@ TYPED_TEST(ColumnPipeline, TellsTheSizeOfItsBuffer) {
             ASSERT_EQ(TypeParam::kIsFloat ? StatusOk : StatusSizeError, TypeParam::kQuery(roi, INT32_MAX, &bytes));
         ASSERT_EQ(TypeParam::kIsFloat ? 32 : -7, bytes);
     }
-    bytes = -7;
-    StatusOrder(TypeParam::kQuery, RoiSize{9, 4}, 3, &bytes)
-        .template fault<2>("null result", StatusNullPointer, nullptr)
-        .template fault<0>("width 0", StatusSizeError, RoiSize{0, 4})
-        .template fault<0>("height -1", StatusSizeError, RoiSize{9, -1})
-        .template fault<1>("no taps", StatusSizeError, 0)
-        .check([&] { return bytes == -7; });
+    checkQuery(TypeParam::kQuery);
 }
 
 }  // namespace

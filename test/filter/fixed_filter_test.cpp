@@ -4,6 +4,7 @@
 
 #include <algorithm>
 
+#include "arguments.h"
 #include "border.h"
 #include "regions.h"
 #include "status_order.h"
@@ -138,23 +139,20 @@ struct Member<Filter, Query, Definition> {
     static constexpr bool kHasMaskSize = sizeof...(Rest) == 4;
     static constexpr bool kIsMean = std::is_same_v<Definition, Lowpass>;
 
+    static auto queryArguments(RoiSize roi, int taps, int32_t* size) {
+        return std::tuple_cat(std::tuple(roi), only<kHasMaskSize>(std::tuple(maskSize(taps))), std::tuple(size));
+    }
     static int32_t bufferSize(RoiSize roi, int taps) {
         int32_t size = -1;
-        if constexpr (kHasMaskSize)
-            EXPECT_EQ(StatusOk, Query(roi, taps == 3 ? MaskSize3x3 : MaskSize5x5, &size));
-        else
-            EXPECT_EQ(StatusOk, Query(roi, &size));
+        EXPECT_EQ(StatusOk, std::apply(Query, queryArguments(roi, taps, &size)));
         return size;
     }
 
     template <typename Out>
-    static Status call(const T* source, int32_t step, const Out& out, RoiSize roi, int taps, int borderType, T value,
-                       uint8_t* buffer) {
-        if constexpr (kHasMaskSize)
-            return Filter(source, step, out.data(), out.step(), roi, taps == 3 ? MaskSize3x3 : MaskSize5x5, borderType,
-                          value, buffer);
-        else
-            return Filter(source, step, out.data(), out.step(), roi, borderType, value, buffer);
+    static auto arguments(const T* source, int32_t step, const Out& out, RoiSize roi, int taps, int borderType, T value,
+                          uint8_t* buffer) {
+        return std::tuple_cat(std::tuple(source, step), argumentsOf(out), std::tuple(roi),
+                              only<kHasMaskSize>(std::tuple(maskSize(taps))), std::tuple(borderType, value, buffer));
     }
 
     static TestImage<R> expected(const Operands<T, R>& operands, int taps) {
@@ -197,8 +195,8 @@ struct Member<Filter, Query, Definition> {
         const Operands<T, R> operands(roi, layout, borderType, taps);
         const auto buffer = workBuffer(bufferSize(roi, taps), layout);
         const auto before = operands.memory.copy({});
-        ASSERT_EQ(StatusOk, call(operands.source(), operands.memory.step(), operands.out, roi, taps, borderType,
-                                 operands.value, buffer.data()));
+        ASSERT_EQ(StatusOk, std::apply(Filter, arguments(operands.source(), operands.memory.step(), operands.out, roi,
+                                                         taps, borderType, operands.value, buffer.data())));
         ASSERT_TRUE(samePixels(expected(operands, taps), operands.out));
         ASSERT_TRUE(samePixels(before, operands.memory));
         ASSERT_TRUE(buffer.guardsIntact());
@@ -209,48 +207,39 @@ struct Member<Filter, Query, Definition> {
         const UnalignedImage<T> source(operands.memory);
         const UnalignedImage<R> out(operands.out);
         const auto buffer = workBuffer(bufferSize(roi, taps));
-        ASSERT_EQ(StatusOk, call(source.data(), source.step(), out, roi, taps, BorderReflect, 0, buffer.data()));
+        ASSERT_EQ(StatusOk, std::apply(Filter, arguments(source.data(), source.step(), out, roi, taps, BorderReflect, 0,
+                                                         buffer.data())));
         ASSERT_TRUE(out.holds(expected(operands, taps)));
     }
 
     static std::vector<int> masks() { return kHasMaskSize ? std::vector{3, 5} : std::vector{3}; }
 
     static void checkStatuses() {
-        const Operands<T, R> operands({9, 4}, {}, BorderReplicate, 3);
+        const RoiSize roi{9, 4};
+        const Operands<T, R> operands(roi, {}, BorderReplicate, 3);
         const auto before = operands.out.copy({});
-        std::vector<uint8_t> buffer(size_t(bufferSize({9, 4}, 5)));
-        const auto fill = [&](auto order) {
-            constexpr size_t kLast = sizeof...(Rest) + 4, kBorder = kLast - 2;
-            order.template fault<kLast>("null buffer", StatusNullPointer, nullptr).commonFaults();
-            for (const int type : {5, 7, 15, -1, 0x100, 0x1000, 0x105, 0xF5})
-                order.template fault<kBorder>("border " + std::to_string(type), StatusBadArgument, type);
-            if constexpr (kHasMaskSize)
-                for (const int mask : {0, 3, 5, 35, 53, -33})
-                    order.template fault<5>("mask " + std::to_string(mask), StatusMaskSizeError, mask);
-            order.check([&] { return bool(samePixels(before, operands.out)); });
-        };
+        std::vector<uint8_t> buffer(size_t(bufferSize(roi, 5)));
+        StatusOrder order(Filter, arguments(operands.source(), operands.memory.step(), operands.out, roi, 3,
+                                            BorderReplicate, 0, buffer.data()));
+        constexpr size_t kLast = sizeof...(Rest) + 4, kBorder = kLast - 2;
+        order.template fault<kLast>("null buffer", StatusNullPointer, nullptr).commonFaults();
+        for (const int type : {5, 7, 15, -1, 0x100, 0x1000, 0x105, 0xF5})
+            order.template fault<kBorder>("border " + std::to_string(type), StatusBadArgument, type);
         if constexpr (kHasMaskSize)
-            fill(StatusOrder(Filter, operands.source(), operands.memory.step(), operands.out.data(),
-                             operands.out.step(), operands.roi, MaskSize3x3, BorderReplicate, T(0), buffer.data()));
-        else
-            fill(StatusOrder(Filter, operands.source(), operands.memory.step(), operands.out.data(),
-                             operands.out.step(), operands.roi, BorderReplicate, T(0), buffer.data()));
+            for (const int mask : {0, 3, 5, 35, 53, -33})
+                order.template fault<5>("mask " + std::to_string(mask), StatusMaskSizeError, mask);
+        order.check([&] { return bool(samePixels(before, operands.out)); });
 
         int32_t size = 77;
-        const auto query = [&](auto order) { order.check([&] { return size == 77; }); };
+        StatusOrder query(Query, queryArguments(roi, 3, &size));
+        query.template fault<kHasMaskSize ? 2 : 1>("null size", StatusNullPointer, nullptr).badSizes();
         if constexpr (kHasMaskSize)
-            query(StatusOrder(Query, {9, 4}, MaskSize3x3, &size)
-                      .template fault<2>("null size", StatusNullPointer, nullptr)
-                      .template fault<0>("width 0", StatusSizeError, {0, 4})
-                      .template fault<0>("height 0", StatusSizeError, {9, 0})
-                      .template fault<1>("mask 35", StatusMaskSizeError, 35)
-                      .template fault<0>("too large", StatusSizeError, {INT32_MAX, 4}));
-        else
-            query(StatusOrder(Query, {9, 4}, &size)
-                      .template fault<1>("null size", StatusNullPointer, nullptr)
-                      .template fault<0>("height 0", StatusSizeError, {9, 0})
-                      .template fault<0>("too large", StatusSizeError, {INT32_MAX, 4}));
+            query.template fault<1>("mask 35", StatusMaskSizeError, 35);
+        query.template fault<0>("too large", StatusSizeError, {INT32_MAX, 4}).check([&] { return size == 77; });
     }
+
+  private:
+    static int32_t maskSize(int taps) { return taps == 3 ? MaskSize3x3 : MaskSize5x5; }
 };
 
 template <typename MemberType>

@@ -7,10 +7,14 @@
 
 #include "random.h"
 #include "regions.h"
+#include "status_order.h"
 #include "test_image.h"
 #include "vekcore.h"
 
 // The definitions of the rounding rules, and what the tests of both filters call with.
+
+constexpr int32_t kSizes[] = {1, 2, 3, 5, 7, 15, 31, 64};
+constexpr int32_t kDivisors[] = {1, -1, 3, 16, 256, -7, INT32_MIN};
 
 /** Rounds to the nearest integer, to the even one of two, or towards zero, and saturates. */
 template <typename Result>
@@ -51,6 +55,16 @@ std::vector<Tap> randomKernel(int32_t size, uint32_t seed, bool isSmall) {
         else
             kernel.push_back(isSmall ? Tap(int32_t(random.below(19)) - 9) : random.value<Tap>());
     return kernel;
+}
+
+/** The statuses of a query of the size of a work buffer. */
+inline void checkQuery(Status (*query)(RoiSize, int32_t, int32_t*)) {
+    int32_t bytes = -7;
+    StatusOrder(query, RoiSize{9, 4}, 3, &bytes)
+        .fault<2>("null result", StatusNullPointer, nullptr)
+        .badSizes()
+        .fault<1>("no taps", StatusSizeError, 0)
+        .check([&] { return bytes == -7; });
 }
 
 /** Sets the number of threads until it goes. */

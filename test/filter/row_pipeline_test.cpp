@@ -1,67 +1,23 @@
 // Row filters against their definition, one output at a time.
+#include "arguments.h"
+#include "border.h"
 #include "pipeline_support.h"
-#include "status_order.h"
 
 namespace {
 
-/** The pixel of a row that stands for the one at x, found by walking there; -1 is the constant. */
-int sourceOf(int32_t rule, int x, int width) {
-    if (x >= 0 && x < width)
-        return x;
-    switch (rule) {
-        case BorderConstant:
-            return -1;
-        case BorderReplicate:
-            return x < 0 ? 0 : width - 1;
-        case BorderPeriodic:
-            while (x < 0)
-                x += width;
-            while (x >= width)
-                x -= width;
-            return x;
-        default: {
-            // Step by step along the row, and back at its ends, where BorderReflectEdge waits for one step.
-            int at = x < 0 ? 0 : width - 1, direction = x < 0 ? 1 : -1;
-            int steps = x < 0 ? -x : x - (width - 1);
-            if (width == 1)
-                return 0;
-            if (rule == BorderReflectEdge)
-                --steps;
-            for (; steps > 0; --steps) {
-                const int next = at + direction;
-                if (next >= 0 && next < width) {
-                    at = next;
-                } else {
-                    direction = -direction;
-                    if (rule == BorderReflect)
-                        at += direction;
-                }
-            }
-            return at;
-        }
-    }
-}
+template <auto Filter, auto Query, int kChannelCount, int64_t kPerTap, int64_t kMore, bool kIsLow = false>
+struct Row;
 
-template <auto Filter, auto Query, bool kIsLow = false>
-struct Member;
-
-template <typename S, typename R, typename K, typename... Divisor,
-          Status (*Filter)(const S*, int32_t, R* const*, RoiSize, const K*, int32_t, int32_t, int32_t, S, Divisor...),
-          auto QueryFunction, bool kIsLow>
-struct Member<Filter, QueryFunction, kIsLow> {
+template <typename S, typename R, typename K, typename... Rest,
+          Status (*Filter)(const S*, int32_t, R* const*, RoiSize, const K*, int32_t, int32_t, int32_t, S, Rest...),
+          auto Query, int kChannelCount, int64_t kPerTap, int64_t kMore, bool kIsLow>
+struct Row<Filter, Query, kChannelCount, kPerTap, kMore, kIsLow> {
     using Source = S;
     using Result = R;
     using Tap = K;
     static constexpr auto kFunction = Filter;
-    static constexpr auto kQuery = QueryFunction;
+    static constexpr auto kQuery = Query;
     static constexpr bool kIsFloat = std::is_floating_point_v<S>;
-};
-
-template <typename M, int kChannelCount, bool kIsLow, int64_t kPerTap, int64_t kMore>
-struct Form : M {
-    using S = typename M::Source;
-    using R = typename M::Result;
-    using K = typename M::Tap;
     static constexpr int kChannels = kChannelCount;
 
     struct Parameters {
@@ -78,22 +34,23 @@ struct Form : M {
                (32 + int64_t(sizeof(void*)) * (height + kernelSize) + kPerTap * kernelSize + kMore);
     }
 
+    static auto arguments(const TestImage<S>& source, R* const* rows, RoiSize roi, const Parameters& p,
+                          uint8_t* buffer) {
+        return std::tuple_cat(argumentsOf(source),
+                              std::tuple(rows, roi, p.kernel.data(), p.size(), p.anchor, p.borderType, p.borderValue),
+                              only<!kIsFloat>(std::tuple(p.divisor)), std::tuple(buffer));
+    }
     static Status call(const TestImage<S>& source, R* const* rows, RoiSize roi, const Parameters& p, uint8_t* buffer) {
-        if constexpr (M::kIsFloat)
-            return M::kFunction(source.data(), source.step(), rows, roi, p.kernel.data(), p.size(), p.anchor,
-                                p.borderType, p.borderValue, buffer);
-        else
-            return M::kFunction(source.data(), source.step(), rows, roi, p.kernel.data(), p.size(), p.anchor,
-                                p.borderType, p.borderValue, p.divisor, buffer);
+        return std::apply(Filter, arguments(source, rows, roi, p, buffer));
     }
 
     static R expected(const TestImage<S>& source, const Parameters& p, int x, int channel, int y) {
         const int width = source.roi().width;
         const auto pixel = [&](int32_t k) {
-            const int at = sourceOf(p.borderType, x + k - p.anchor, width);
+            const int at = borderPixel(p.borderType, x + k - p.anchor, width);
             return at < 0 ? p.borderValue : source.at(at * kChannels + channel, y);
         };
-        if constexpr (M::kIsFloat) {
+        if constexpr (kIsFloat) {
             float sum = p.kernel[0] * pixel(0);
             for (int32_t k = 1; k < p.size(); ++k)
                 sum += p.kernel[size_t(k)] * pixel(k);
@@ -117,7 +74,7 @@ struct Form : M {
         const TestImage<R> out(roi, layout, kChannels);
         const auto rows = rowsOf<R*>(out);
         int32_t bytes = 0;
-        ASSERT_EQ(StatusOk, M::kQuery(roi, p.size(), &bytes));
+        ASSERT_EQ(StatusOk, Query(roi, p.size(), &bytes));
         const auto buffer = workBuffer(bytes, layout);
         ASSERT_EQ(StatusOk, call(source, rows.data(), roi, p, buffer.data()));
         ASSERT_TRUE(buffer.guardsIntact());
@@ -126,9 +83,6 @@ struct Form : M {
         ASSERT_TRUE(samePixels(result, out));
     }
 };
-
-template <auto Filter, auto Query, int kChannels, int64_t kPerTap, int64_t kMore, bool kIsLow = false>
-using Row = Form<Member<Filter, Query, kIsLow>, kChannels, kIsLow, kPerTap, kMore>;
 
 template <typename MemberType>
 class RowPipeline : public ::testing::Test {};
@@ -144,9 +98,6 @@ using Members = ::testing::Types<
     Row<&vekiFilterRowBorderPipeline_32f_C1R, &vekiFilterRowBorderPipelineGetBufferSize_32f_C1R, 1, 64, 80>,
     Row<&vekiFilterRowBorderPipeline_32f_C3R, &vekiFilterRowBorderPipelineGetBufferSize_32f_C3R, 3, 192, 32>>;
 TYPED_TEST_SUITE(RowPipeline, Members);
-
-constexpr int32_t kSizes[] = {1, 2, 3, 5, 7, 15, 31, 64};
-constexpr int32_t kDivisors[] = {1, -1, 3, 16, 256, -7, INT32_MIN};
 
 // Every size and layout, with numbers of taps, anchors, borders and divisors in turn.
 TYPED_TEST(RowPipeline, MatchesItsDefinition) {
@@ -261,45 +212,30 @@ TYPED_TEST(RowPipeline, StopsAtANullRow) {
 TYPED_TEST(RowPipeline, ReportsTheFirstFault) {
     using S = typename TypeParam::Source;
     using R = typename TypeParam::Result;
-    using K = typename TypeParam::Tap;
     const RoiSize roi{9, 4};
     const TestImage<S> source(roi, {}, TypeParam::kChannels);
     const auto out = TestImage<R>::random(roi, {}, 1, TypeParam::kChannels);
     const auto before = out.copy({});
     const auto rows = rowsOf<R*>(out);
-    const K kernel[3] = {1, 2, 1};
+    const typename TypeParam::Parameters p{{1, 2, 1}, 1, BorderReplicate, 0, 1};
     const auto buffer = workBuffer(int32_t(TypeParam::bufferBytes(4, 3)));
-    constexpr int32_t kRowBytes = 9 * TypeParam::kChannels * int32_t(sizeof(S));
-    const auto check = [&](auto order) {
-        order.template fault<0>("null source", StatusNullPointer, nullptr)
-            .template fault<2>("null rows", StatusNullPointer, nullptr)
-            .template fault<4>("null kernel", StatusNullPointer, nullptr)
-            .fault("null buffer", StatusNullPointer,
-                   [](auto& call) { std::get<std::tuple_size_v<std::decay_t<decltype(call)>> - 1>(call) = nullptr; })
-            .template fault<3>("width 0", StatusSizeError, RoiSize{0, 4})
-            .template fault<3>("height 0", StatusSizeError, RoiSize{9, 0})
-            .template fault<3>("height -1", StatusSizeError, RoiSize{9, -1})
-            .template fault<5>("no taps", StatusSizeError, 0)
-            .template fault<5>("kernel size -2147483648", StatusSizeError, INT32_MIN)
-            .template fault<6>("anchor -1", StatusAnchorError, -1)
-            .template fault<6>("anchor 3", StatusAnchorError, 3)
-            .template fault<3>("width 2147483647", StatusStepError, RoiSize{INT32_MAX, 4})
-            .template fault<1>("step short", StatusStepError, kRowBytes - int32_t(sizeof(S)))
-            .template fault<1>("step negative", StatusStepError, -kRowBytes);
-        if constexpr (sizeof(S) > 1)
-            order.template fault<1>("step odd", StatusStepNotMultiple, kRowBytes + int32_t(sizeof(S)) / 2);
-        for (const int32_t border : {-1, 5, 6, 16, 65, INT32_MAX})
-            order.template fault<7>("border " + std::to_string(border), StatusBadArgument, border);
-        if constexpr (!TypeParam::kIsFloat)
-            order.template fault<9>("divisor 0", StatusBadArgument, 0);
-        order.check([&] { return bool(samePixels(before, out)); });
-    };
-    if constexpr (TypeParam::kIsFloat)
-        check(StatusOrder(TypeParam::kFunction, source.data(), source.step(), rows.data(), roi, kernel, 3, 1,
-                          BorderReplicate, 0, buffer.data()));
-    else
-        check(StatusOrder(TypeParam::kFunction, source.data(), source.step(), rows.data(), roi, kernel, 3, 1,
-                          BorderReplicate, 0, 1, buffer.data()));
+    StatusOrder order(TypeParam::kFunction, TypeParam::arguments(source, rows.data(), roi, p, buffer.data()));
+    order.nullImages()
+        .template fault<2>("null rows", StatusNullPointer, nullptr)
+        .template fault<4>("null kernel", StatusNullPointer, nullptr)
+        .template fault<TypeParam::kIsFloat ? 9 : 10>("null buffer", StatusNullPointer, nullptr)
+        .badSizes()
+        .template fault<5>("no taps", StatusSizeError, 0)
+        .template fault<5>("kernel size -2147483648", StatusSizeError, INT32_MIN)
+        .template fault<6>("anchor -1", StatusAnchorError, -1)
+        .template fault<6>("anchor 3", StatusAnchorError, 3)
+        .shortSteps({9 * TypeParam::kChannels})
+        .oddSteps({9 * TypeParam::kChannels});
+    for (const int32_t border : {-1, 5, 6, 16, 65, INT32_MAX})
+        order.template fault<7>("border " + std::to_string(border), StatusBadArgument, border);
+    if constexpr (!TypeParam::kIsFloat)
+        order.template fault<9>("divisor 0", StatusBadArgument, 0);
+    order.check([&] { return bool(samePixels(before, out)); });
 }
 
 TYPED_TEST(RowPipeline, TellsTheSizeOfItsBuffer) {
@@ -316,12 +252,7 @@ TYPED_TEST(RowPipeline, TellsTheSizeOfItsBuffer) {
             ASSERT_EQ(StatusSizeError, TypeParam::kQuery(roi, INT32_MAX, &bytes));
         ASSERT_EQ(-7, bytes);
     }
-    StatusOrder(TypeParam::kQuery, RoiSize{9, 4}, 3, &bytes)
-        .template fault<2>("null result", StatusNullPointer, nullptr)
-        .template fault<0>("width 0", StatusSizeError, RoiSize{0, 4})
-        .template fault<0>("height -1", StatusSizeError, RoiSize{9, -1})
-        .template fault<1>("no taps", StatusSizeError, 0)
-        .check([&] { return bytes == -7; });
+    checkQuery(TypeParam::kQuery);
 }
 
 }  // namespace

@@ -3,6 +3,7 @@
 #include <array>
 #include <tuple>
 
+#include "arguments.h"
 #include "regions.h"
 #include "status_order.h"
 #include "test_image.h"
@@ -69,13 +70,9 @@ struct ChannelForm<Export, kSources> {
         }
         template <typename Sources, typename Mask, typename... Results>
         auto argumentsWith(const Sources& itsSources, const Mask& itsMask, Results... results) const {
-            const auto image = [](const auto& pixels) {
-                return std::tuple(static_cast<const std::decay_t<decltype(*pixels.data())>*>(pixels.data()),
-                                  pixels.step());
-            };
             return std::tuple_cat(
-                std::apply([&](const auto&... each) { return std::tuple_cat(image(each)...); }, itsSources),
-                only<kHasMask>(image(itsMask)), std::tuple(roi), only<kHasChannel>(std::tuple(channel)),
+                std::apply([&](const auto&... each) { return std::tuple_cat(argumentsOf(each)...); }, itsSources),
+                only<kHasMask>(argumentsOf(itsMask)), std::tuple(roi), only<kHasChannel>(std::tuple(channel)),
                 std::tuple(results...));
         }
 
@@ -97,8 +94,7 @@ struct ChannelForm<Export, kSources> {
     template <bool kResultsAreRequired, typename... Results>
     static void checkStatuses(const std::function<bool()>& untouched, Results*... results) {
         const Operands operands({9, 4}, {}, [](Random& random) { return random.value<T>(); });
-        auto order =
-            std::apply([](auto... each) { return StatusOrder(Export, each...); }, operands.arguments(results...));
+        StatusOrder order(Export, operands.arguments(results...));
         if constexpr (kResultsAreRequired)
             [&]<size_t... kIndex>(std::index_sequence<kIndex...>) {
                 (order.template fault<sizeof...(Rest) + 2 - sizeof...(Results) + kIndex>("null result",
@@ -106,7 +102,7 @@ struct ChannelForm<Export, kSources> {
                  ...);
             }
         (std::make_index_sequence<sizeof...(Results)>());
-        order.commonFaults(std::vector<int32_t>(kSources, kChannels));
+        order.commonFaults(std::vector<int32_t>(kSources, operands.roi.width * kChannels));
         if constexpr (kHasChannel)
             for (const int32_t channel : {0, 4, -1, INT32_MAX, INT32_MIN})
                 order.template fault<sizeof...(Rest) + 1 - sizeof...(Results)>("channel " + std::to_string(channel),
@@ -137,13 +133,5 @@ struct ChannelForm<Export, kSources> {
                 [&, random = Random(uint32_t(source) + 1)](int, int) mutable { return T(value(random)); }, kChannels);
         };
         return {make(kIndex)...};
-    }
-
-    template <bool kKeep, typename Tuple>
-    static auto only(Tuple tuple) {
-        if constexpr (kKeep)
-            return tuple;
-        else
-            return std::tuple();
     }
 };
