@@ -1,7 +1,7 @@
 #pragma once
 
-#include <cmath>
 #include <cstdint>
+#include <iterator>
 #include <limits>
 #include <type_traits>
 

@@ -2,15 +2,11 @@
 
 #include <gtest/gtest.h>
 
-#include <bit>
 #include <cmath>
 #include <cstring>
-#include <functional>
-#include <limits>
 #include <memory>
 #include <ostream>
 #include <type_traits>
-#include <vector>
 
 #include "guarded_memory.h"
 #include "random.h"
@@ -63,8 +59,6 @@ class Layouts {
 template <typename T>
 class TestImage {
   public:
-    using Element = T;
-
     TestImage(RoiSize roi, Layout layout = {}, int channels = 1)
         : roi_(roi),
           place_(layout.place),
