@@ -38,3 +38,13 @@ function(vekcv_write_version_script path node symbols)
     string(CONFIGURE "@node@ {\n    global:\n${lines}    local:\n        *@semicolon@\n}@semicolon@\n" script @ONLY)
     file(CONFIGURE OUTPUT ${path} CONTENT "@script@" @ONLY)
 endfunction()
+
+# Version and place of a library and, where it is a shared one, what it exports.
+function(vekcv_finish_library target script)
+    set_target_properties(${target} PROPERTIES VERSION ${PROJECT_VERSION} SOVERSION ${PROJECT_VERSION_MAJOR}
+        ARCHIVE_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR} LIBRARY_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR})
+    if(BUILD_SHARED_LIBS)
+        target_link_options(${target} PRIVATE ${VEKCV_SHARED_LINK_OPTIONS} -Wl,--version-script=${script})
+        set_property(TARGET ${target} APPEND PROPERTY LINK_DEPENDS ${script})
+    endif()
+endfunction()
