@@ -19,9 +19,10 @@ struct Image {
     /** The image whose first channel is `channel` (from 1) of this one. */
     Image from(int32_t channel) const { return {pixels + (channel - 1), step}; }
 
+    /** In 32 bits the offset of a row may exceed what a difference of pointers can tell. */
     T* row(ptrdiff_t y) const {
-        using Byte = std::conditional_t<std::is_const_v<T>, const uint8_t, uint8_t>;
-        return reinterpret_cast<T*>(reinterpret_cast<Byte*>(pixels) + y * step);
+        return reinterpret_cast<T*>(reinterpret_cast<uintptr_t>(pixels) +
+                                    static_cast<uintptr_t>(y) * static_cast<uintptr_t>(step));
     }
 };
 
