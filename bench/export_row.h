@@ -22,9 +22,9 @@ constexpr Element elementOf() {
         return Element::k32s;
 }
 
-/** The name of an export, from the text that the compiler has for this function. */
+/** The name of an export, from the text that the compiler has for this function; never looked for in a timed call. */
 template <auto Export>
-constexpr std::string_view nameOf() {
+consteval std::string_view nameOf() {
     const std::string_view text = __PRETTY_FUNCTION__;
     const size_t begin = text.find("vek", text.find("Export = "));
     return text.substr(begin, text.find_first_of(";]", begin) - begin);
