@@ -4,6 +4,7 @@
 The results are those of a 64-bit build, of a 32-bit build, or of both. A 32-bit build, which has no peer, is compared
 with the peer of the 64-bit results.
 """
+import itertools
 import json
 import math
 import statistics
@@ -31,7 +32,8 @@ Code variants: {variants}.
   once, an image that is changed in place twice), divided by ours. For operations that only read it is the time of a
   plain sum over the bytes of the same images, read in eight places at once, divided by ours. Pixels that a mask leaves
   out count too, though whole blocks of them are skipped, and so do the channels beside that of interest.
-- **2 threads** is the time with one thread divided by that with two, at {outside}.
+- **2 threads** is the time with one thread divided by that with two, at {outside}: 1 for what always runs on the
+  calling thread, as the header tells, and less than 2 where memory is the limit.
 """
 
 
@@ -108,14 +110,14 @@ def mean_and_least(values):
 
 def summary(builds):
     rows = []
-    for build in builds:
-        exports = build.exports()
+    for build, family in itertools.product(builds, [None, *builds[0].families]):
+        exports = build.exports(family)
         calls = [build.time(export, build.sizes[0]) for export in exports]
-        rows.append([build.name, str(len(exports)), mean_and_least(map(build.peer, exports)),
+        rows.append([f"{build.name}, {family or 'all'}", str(len(exports)), mean_and_least(map(build.peer, exports)),
                      mean_and_least(map(build.bandwidth, exports)),
                      f"{statistics.median(calls):.0f} ({max(calls):.0f})",
                      mean_and_least(map(build.threads, exports))])
-    header = ["Build", "Exports", "Peer: mean (least)", "Copy or read: mean (least)",
+    header = ["Build and family", "Exports", "Peer: mean (least)", "Copy or read: mean (least)",
               f"ns a call at {size_name(builds[0].sizes[0])}: median (most)", "2 threads: mean (least)"]
     return "## Summary\n\n" + table(header, rows)
 
