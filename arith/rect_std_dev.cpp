@@ -11,12 +11,10 @@ namespace {
 /** Lanes of float from as many doubles. */
 template <typename D>
 HWY_INLINE hn::Vec<D> loadDoubles(D d, const double* values) {
-    if constexpr (hn::MaxLanes(D()) > hn::MaxLanes(hn::ScalableTag<double>())) {
-        const hn::Half<D> half;
-        return hn::Combine(d, loadDoubles(half, values + hn::MaxLanes(half)), loadDoubles(half, values));
-    } else {
+    if constexpr (hn::MaxLanes(D()) > hn::MaxLanes(hn::ScalableTag<double>()))
+        return byHalves(d, 0, [=](auto half, ptrdiff_t x) { return loadDoubles(half, values + x); });
+    else
         return hn::DemoteTo(d, hn::LoadU(hn::Rebind<double, D>(), values));
-    }
 }
 
 /** A position in a table. */

@@ -35,8 +35,7 @@ struct TiltedRule {
         if constexpr (!std::is_same_v<Entry, float>) {
             return sum(d, x, [=](const Entry* entries) { return hn::LoadU(d, entries); });
         } else if constexpr (hn::MaxLanes(D()) > kMostDoubles) {
-            const hn::Half<D> half;
-            return hn::Combine(d, (*this)(half, x + ptrdiff_t{hn::MaxLanes(half)}), (*this)(half, x));
+            return byHalves(d, x, *this);
         } else {
             const hn::Rebind<double, D> wide;
             return hn::DemoteTo(

@@ -97,13 +97,10 @@ struct MapRule {
 
     template <typename Bytes>
     HWY_INLINE hn::Vec<Bytes> operator()(Bytes bytes, ptrdiff_t x) const {
-        if constexpr (hn::MaxLanes(Bytes()) > hn::MaxLanes(hn::ScalableTag<T>())) {
-            const hn::Half<Bytes> half;
-            const auto lower = (*this)(half, x);
-            return hn::Combine(bytes, (*this)(half, x + ptrdiff_t{hn::MaxLanes(half)}), lower);
-        } else {
+        if constexpr (hn::MaxLanes(Bytes()) > hn::MaxLanes(hn::ScalableTag<T>()))
+            return byHalves(bytes, x, *this);
+        else
             return classify(bytes, hn::Rebind<T, Bytes>(), x);
-        }
     }
 
   private:

@@ -78,9 +78,7 @@ struct WindowRule {
         if constexpr (sizeof(Result) == sizeof(Element)) {
             return result(d, x);
         } else if constexpr (hn::MaxLanes(D()) > hn::MaxLanes(hn::ScalableTag<Element>())) {
-            const hn::Half<D> half;
-            const auto lower = (*this)(half, x);
-            return hn::Combine(d, (*this)(half, x + ptrdiff_t{hn::MaxLanes(half)}), lower);
+            return byHalves(d, x, *this);
         } else {
             return hn::DemoteTo(d, result(hn::Rebind<Element, D>(), x));
         }

@@ -14,6 +14,14 @@ enum class Stores { kCached, kStreaming };
 
 constexpr ptrdiff_t kBlockVectors = 4;
 
+/** What a rule gives for both halves of the lanes, where those of a wider type on its way do not fit one vector. */
+template <typename D, typename Rule>
+HWY_INLINE hn::Vec<D> byHalves(D d, ptrdiff_t x, const Rule& rule) {
+    const hn::Half<D> half;
+    const auto lower = rule(half, x);
+    return hn::Combine(d, rule(half, x + ptrdiff_t{hn::MaxLanes(half)}), lower);
+}
+
 /** out[x] = rule(tag, x) for a block of pixels from x on. */
 template <Stores kStores, typename D, typename Rule>
 HWY_INLINE void writeBlock(D d, hn::TFromD<D>* out, ptrdiff_t x, const Rule& rule) {
