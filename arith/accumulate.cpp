@@ -1,4 +1,6 @@
 // Accumulation of image sequences in float images.
+#include <array>
+
 #include "bind.h"
 #include "check.h"
 #include "pixelwise.h"
@@ -49,13 +51,40 @@ HWY_INLINE hn::Vec<D> term(D d, const T* a, const T* b) {
     }
 }
 
+#if HWY_TARGET == HWY_SSSE3
+/**
+ * The products of a block. Widening bytes takes several instructions here, which vectors that are loaded whole share.
+ */
+template <typename D, typename T>
+requires(sizeof(T) == 1) HWY_INLINE std::array<hn::Vec<D>, kBlockVectors> termsOfBlock(D d, const T* a, const T* b) {
+    const hn::Repartition<T, D> bytes;
+    const hn::Repartition<hwy::MakeWide<T>, D> wide;
+    const auto lower = [](auto v) { return hn::LowerHalf(v); };
+    const auto upper = [](auto v) { return hn::UpperHalf(hn::Half<hn::DFromV<decltype(v)>>(), v); };
+    const auto product = [=](auto v, auto w) { return hn::Mul(hn::PromoteTo(wide, v), hn::PromoteTo(wide, w)); };
+    const auto floats = [=](auto v) { return hn::ConvertTo(d, hn::PromoteTo(hn::Rebind<int32_t, D>(), v)); };
+    const auto v = hn::LoadU(bytes, a), w = hn::LoadU(bytes, b);
+    const auto first = product(lower(v), lower(w)), second = product(upper(v), upper(w));
+    return {floats(lower(first)), floats(upper(first)), floats(lower(second)), floats(upper(second))};
+}
+#endif
+
 /** The rules sum = op(sum, term of the sources), row by row. */
 template <typename Op, typename... Sources>
 auto accumulation(Op op, Image<float> sum, Sources... in) {
     return [=](int32_t y) {
-        return [=, a = sum.row(y), ... s = in.row(y)](auto d, ptrdiff_t x) {
+        const auto rule = [=, a = sum.row(y), ... s = in.row(y)](auto d, ptrdiff_t x) {
             return op(hn::LoadU(d, a + x), term(d, (s + x)...));
         };
+        if constexpr (requires { termsOfBlock(hn::ScalableTag<float>(), in.row(y)...); })
+            return BlockRule{rule, [=, a = sum.row(y), ... s = in.row(y)](auto d, ptrdiff_t x) {
+                                 auto sums = termsOfBlock(d, (s + x)...);
+                                 for (size_t i = 0; i < sums.size(); ++i)
+                                     sums[i] = op(hn::LoadU(d, a + x + i * hn::MaxLanes(d)), sums[i]);
+                                 return sums;
+                             }};
+        else
+            return rule;
     };
 }
 

@@ -14,6 +14,15 @@ enum class Stores { kCached, kStreaming };
 
 constexpr ptrdiff_t kBlockVectors = 4;
 
+/** A rule that has a faster way to the vectors of a whole block: block(tag, x) gives them as an array. */
+template <typename Rule, typename Block>
+struct BlockRule : Rule {
+    Block block;
+};
+
+template <typename Rule, typename Block>
+BlockRule(Rule, Block) -> BlockRule<Rule, Block>;
+
 /** What a rule gives for both halves of the lanes, where those of a wider type on its way do not fit one vector. */
 template <typename D, typename Rule>
 HWY_INLINE hn::Vec<D> byHalves(D d, ptrdiff_t x, const Rule& rule) {
@@ -26,12 +35,21 @@ HWY_INLINE hn::Vec<D> byHalves(D d, ptrdiff_t x, const Rule& rule) {
 template <Stores kStores, typename D, typename Rule>
 HWY_INLINE void writeBlock(D d, hn::TFromD<D>* out, ptrdiff_t x, const Rule& rule) {
     constexpr auto kLanes = static_cast<ptrdiff_t>(hn::MaxLanes(D()));
-#pragma GCC unroll 4
-    for (ptrdiff_t i = x; i < x + kBlockVectors * kLanes; i += kLanes) {
+    const auto write = [&](ptrdiff_t i, hn::Vec<D> values) {
         if constexpr (kStores == Stores::kStreaming)
-            hn::Stream(rule(d, i), d, out + i);
+            hn::Stream(values, d, out + i);
         else
-            hn::StoreU(rule(d, i), d, out + i);
+            hn::StoreU(values, d, out + i);
+    };
+    if constexpr (requires { rule.block(d, x); }) {
+        const auto values = rule.block(d, x);
+#pragma GCC unroll 4
+        for (ptrdiff_t i = 0; i < kBlockVectors; ++i)
+            write(x + i * kLanes, values[static_cast<size_t>(i)]);
+    } else {
+#pragma GCC unroll 4
+        for (ptrdiff_t i = x; i < x + kBlockVectors * kLanes; i += kLanes)
+            write(i, rule(d, i));
     }
 }
 
