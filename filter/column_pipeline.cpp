@@ -22,6 +22,7 @@ constexpr ptrdiff_t kBlockElements = 16;
 template <typename Size, typename Result>
 HWY_NOINLINE void writeBlocks(const int16_t* const* rows, const float* coefficients, Size size, Result* out,
                               ptrdiff_t end) {
+    const auto factors = tapsOf<Size>(coefficients);
     forRun(
         hn::ScalableTag<int16_t>(), 0, end,
         [&](auto d, auto count, ptrdiff_t x) __attribute__((always_inline)) {
@@ -34,7 +35,7 @@ HWY_NOINLINE void writeBlocks(const int16_t* const* rows, const float* coefficie
             for (int32_t i = 0; i < kCount; ++i)
                 first[i] = second[i] = hn::Zero(floats);
             for (int32_t k = 0; k < size; ++k) {
-                const auto coefficient = hn::Set(floats, coefficients[k]);
+                const auto coefficient = hn::Set(floats, factors[static_cast<size_t>(k)]);
                 const auto product = [&](auto words) {
                     return hn::Mul(hn::ConvertTo(floats, hn::BitCast(integers, words)), coefficient);
                 };

@@ -1,6 +1,7 @@
 // Sums of products in floats, added in the order of the taps.
 #pragma once
 
+#include "kernel_size.h"
 #include "runs.h"
 
 namespace VEKCV_VARIANT {
@@ -9,6 +10,7 @@ namespace VEKCV_VARIANT {
 template <typename Taps, typename Size>
 HWY_NOINLINE void writeFloatSums(const Taps& taps, const float* kernel, Size size, float* out, ptrdiff_t begin,
                                  ptrdiff_t end) {
+    const auto factors = tapsOf<Size>(kernel);
     forRun(
         hn::ScalableTag<float>(), begin, end,
         [&](auto d, auto count, ptrdiff_t x) __attribute__((always_inline)) {
@@ -16,7 +18,7 @@ HWY_NOINLINE void writeFloatSums(const Taps& taps, const float* kernel, Size siz
             constexpr auto kLanes = static_cast<ptrdiff_t>(hn::MaxLanes(d));
             hn::Vec<decltype(d)> sums[kCount];
             const auto product = [&](int32_t k, int32_t i) {
-                return hn::Mul(hn::Set(d, kernel[k]), hn::LoadU(d, taps(k) + x + i * kLanes));
+                return hn::Mul(hn::Set(d, factors[static_cast<size_t>(k)]), hn::LoadU(d, taps(k) + x + i * kLanes));
             };
 #pragma GCC unroll 8
             for (int32_t i = 0; i < kCount; ++i)

@@ -1,6 +1,7 @@
 // Sums of products of elements with 16-bit taps, exact modulo 2^32, by multiply-adds that take two taps at a time.
 #pragma once
 
+#include "kernel_size.h"
 #include "pair_products.h"
 #include "promote.h"
 #include "rounding.h"
@@ -14,13 +15,12 @@ struct PairVectors {
     hn::Vec<D> first, second;
 };
 
-/** The elements of tap k lie `stride` elements behind those of tap k - 1. */
-template <typename T>
+/** The elements of tap k lie kStride elements behind those of tap k - 1. */
+template <typename T, ptrdiff_t kStride>
 struct StridedTaps {
     const T* elements;
-    ptrdiff_t stride;
 
-    HWY_INLINE const T* operator()(int32_t k) const { return elements + k * stride; }
+    HWY_INLINE const T* operator()(int32_t k) const { return elements + k * kStride; }
 };
 
 /** The elements of tap k lie in row k. */
@@ -68,7 +68,7 @@ struct InterleavedPairs {
  */
 template <typename T>
 struct NeighbourPairs {
-    StridedTaps<T> taps;
+    StridedTaps<T, 1> taps;
 
     template <typename D>
     HWY_INLINE PairVectors<D> load(D d, int32_t k, ptrdiff_t x) const {
@@ -145,21 +145,20 @@ struct PairSums {
 
     hn::Vec<D32> first[kVectors], second[kVectors];
 
-    HWY_INLINE PairSums(const Pairs& pairs, const int16_t* kernel, Size size, ptrdiff_t x) {
+    template <typename Kernel>
+    HWY_INLINE PairSums(const Pairs& pairs, const Kernel& kernel, Size size, ptrdiff_t x) {
         for (int32_t i = 0; i < kVectors; ++i)
             first[i] = second[i] = hn::Zero(D32());
+        const auto tap = [&](int32_t k) { return static_cast<uint16_t>(kernel[static_cast<size_t>(k)]); };
         const int32_t end = size;
         int32_t k = 0;
         for (; k + 1 < end; k += 2)
-            add(uint32_t{word(kernel[k])} | uint32_t{word(kernel[k + 1])} << 16, x,
-                [&](ptrdiff_t at) { return pairs.load(D(), k, at); });
+            add(uint32_t{tap(k)} | uint32_t{tap(k + 1)} << 16, x, [&](ptrdiff_t at) { return pairs.load(D(), k, at); });
         if (k < end)
-            add(Pairs::lastPair(word(kernel[k])), x, [&](ptrdiff_t at) { return pairs.loadLast(D(), k, at); });
+            add(Pairs::lastPair(tap(k)), x, [&](ptrdiff_t at) { return pairs.loadLast(D(), k, at); });
     }
 
   private:
-    HWY_INLINE static uint16_t word(int16_t tap) { return static_cast<uint16_t>(tap); }
-
     template <typename Load>
     HWY_INLINE void add(uint32_t pair, ptrdiff_t x, const Load& load) {
         constexpr auto kLanes = static_cast<ptrdiff_t>(hn::MaxLanes(D()));
@@ -177,6 +176,7 @@ struct PairSums {
 template <typename Pairs, typename Size, typename Finish, typename Result>
 HWY_NOINLINE void writeSums(const Pairs& pairs, const int16_t* kernel, Size size, const Finish& finish, Result* out,
                             ptrdiff_t begin, ptrdiff_t end) {
+    const auto factors = tapsOf<Size>(kernel);
     forRun(
         hn::ScalableTag<int16_t>(), begin, end,
         [&](auto d, auto count, ptrdiff_t x) __attribute__((always_inline)) {
@@ -184,7 +184,7 @@ HWY_NOINLINE void writeSums(const Pairs& pairs, const int16_t* kernel, Size size
             constexpr int32_t kCount = count;
             constexpr auto kLanes = static_cast<ptrdiff_t>(hn::MaxLanes(D()));
             const hn::Repartition<int32_t, D> d32;
-            const PairSums<D, kCount, Pairs, Size> sums(pairs, kernel, size, x);
+            const PairSums<D, kCount, Pairs, Size> sums(pairs, factors, size, x);
 #pragma GCC unroll 8
             for (int32_t i = 0; i < kCount; ++i)
                 storeWords(d, Pairs::narrow(d, finish(d32, sums.first[i]), finish(d32, sums.second[i])),

@@ -73,12 +73,12 @@ struct RowFilter {
 /** Neighbouring pixels of one channel are pairs as they are, for two taps and more. */
 template <int32_t kChannels, typename T, typename Size, typename Body>
 HWY_INLINE void withPairs(const T* elements, Size size, Body body) {
-    const StridedTaps<T> taps{elements, kChannels};
+    const StridedTaps<T, kChannels> taps{elements};
     if constexpr (kChannels == 1)
         if (size > 1)
             return body(NeighbourPairs<T>{taps});
     if constexpr (kChannels > 1 || std::is_same_v<Size, int32_t>)
-        body(InterleavedPairs<StridedTaps<T>>{taps});
+        body(InterleavedPairs<StridedTaps<T, kChannels>>{taps});
 }
 
 template <Precision kPrecision>
@@ -132,7 +132,7 @@ Status floatRowFilter(const float* source, int32_t sourceStep, float* const* des
     withKernelSize(kernelSize, [&](auto size) {
         status = filter.run(rowPipelineThreadBytes<float, kChannels>(roi, kernelSize),
                             [=](const float* elements, float* out, ptrdiff_t count, auto /*isInterior*/) {
-                                writeFloatSums(StridedTaps<float>{elements, kChannels}, kernel, size, out, 0, count);
+                                writeFloatSums(StridedTaps<float, kChannels>{elements}, kernel, size, out, 0, count);
                             });
     });
     return status;
