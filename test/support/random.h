@@ -45,12 +45,22 @@ class Random {
         return value<T>();
     }
 
-    /** A mask byte: 0, or one of the unusual values that count as set, too. */
+    /**
+     * A mask byte: 0, or one of the unusual values that count as set, too. Some stand alone, and some in runs, which
+     * select or leave out whole blocks of vectors.
+     */
     uint8_t mask() {
-        constexpr uint8_t kBytes[] = {0, 0, 0, 1, 2, 128, 255, 0};
-        return kBytes[below(8)];
+        if (maskRun_ == 0) {
+            maskRun_ = below(64) == 0 ? 1 + below(256) : 1;
+            isMaskSet_ = below(2) == 0;
+        }
+        --maskRun_;
+        constexpr uint8_t kSet[] = {1, 2, 128, 255};
+        return isMaskSet_ ? kSet[below(4)] : uint8_t{0};
     }
 
   private:
     uint64_t state_;
+    uint32_t maskRun_ = 0;
+    bool isMaskSet_ = false;
 };
