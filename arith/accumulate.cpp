@@ -37,15 +37,23 @@ HWY_INLINE hn::Vec<D> term(D d, const T* source) {
     return loadFloats(d, source);
 }
 
-/** Products of 8-bit values are formed in 16 bits, where they are exact and a zero has no sign. */
+/** Products of bytes, formed in 16 bits, where they are exact and a zero has no sign. */
+template <typename V>
+HWY_INLINE auto byteProducts(V a, V b) {
+    const hn::Rebind<hwy::MakeWide<hn::TFromV<V>>, hn::DFromV<V>> wide;
+    return hn::Mul(hn::PromoteTo(wide, a), hn::PromoteTo(wide, b));
+}
+
+template <typename D, typename V>
+HWY_INLINE hn::Vec<D> floatsFrom(D d, V words) {
+    return hn::ConvertTo(d, hn::PromoteTo(hn::Rebind<int32_t, D>(), words));
+}
+
 template <typename D, typename T>
 HWY_INLINE hn::Vec<D> term(D d, const T* a, const T* b) {
     if constexpr (sizeof(T) == 1) {
-        const hn::Rebind<T, D> narrow;
-        const hn::Rebind<hwy::MakeWide<T>, D> wide;
-        const auto product =
-            hn::Mul(hn::PromoteTo(wide, hn::LoadU(narrow, a)), hn::PromoteTo(wide, hn::LoadU(narrow, b)));
-        return hn::ConvertTo(d, hn::PromoteTo(hn::Rebind<int32_t, D>(), product));
+        const hn::Rebind<T, D> bytes;
+        return floatsFrom(d, byteProducts(hn::LoadU(bytes, a), hn::LoadU(bytes, b)));
     } else {
         return hn::Mul(loadFloats(d, a), loadFloats(d, b));
     }
@@ -58,14 +66,12 @@ HWY_INLINE hn::Vec<D> term(D d, const T* a, const T* b) {
 template <typename D, typename T>
 requires(sizeof(T) == 1) HWY_INLINE std::array<hn::Vec<D>, kBlockVectors> termsOfBlock(D d, const T* a, const T* b) {
     const hn::Repartition<T, D> bytes;
-    const hn::Repartition<hwy::MakeWide<T>, D> wide;
     const auto lower = [](auto v) { return hn::LowerHalf(v); };
     const auto upper = [](auto v) { return hn::UpperHalf(hn::Half<hn::DFromV<decltype(v)>>(), v); };
-    const auto product = [=](auto v, auto w) { return hn::Mul(hn::PromoteTo(wide, v), hn::PromoteTo(wide, w)); };
-    const auto floats = [=](auto v) { return hn::ConvertTo(d, hn::PromoteTo(hn::Rebind<int32_t, D>(), v)); };
     const auto v = hn::LoadU(bytes, a), w = hn::LoadU(bytes, b);
-    const auto first = product(lower(v), lower(w)), second = product(upper(v), upper(w));
-    return {floats(lower(first)), floats(upper(first)), floats(lower(second)), floats(upper(second))};
+    const auto first = byteProducts(lower(v), lower(w)), second = byteProducts(upper(v), upper(w));
+    return {floatsFrom(d, lower(first)), floatsFrom(d, upper(first)), floatsFrom(d, lower(second)),
+            floatsFrom(d, upper(second))};
 }
 #endif
 
