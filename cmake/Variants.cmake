@@ -18,13 +18,20 @@ list(TRANSFORM VEKCV_VARIANTS REPLACE "(.+)" "VEKCV_VARIANT_ITEM(\\1)\n" OUTPUT_
 list(JOIN items "" items)
 file(CONFIGURE OUTPUT ${VEKCV_GENERATED}/vekcv_variants.inc CONTENT "@items@" @ONLY)
 
+# Adds files of the calling folder to those that every variant compiles. Each folder lists its own, ahead of frame/.
+function(vekcv_sources)
+    list(TRANSFORM ARGN PREPEND ${CMAKE_CURRENT_SOURCE_DIR}/)
+    set_property(GLOBAL APPEND PROPERTY VEKCV_SOURCES ${ARGN})
+endfunction()
+
 # Sets the variable named by `result` to the objects of all variants, in their order: where an inline function of somebody
 # else's header is not inlined, the linker takes the first copy, which runs on every processor.
 function(vekcv_compile_variants result)
+    get_property(sources GLOBAL PROPERTY VEKCV_SOURCES)
     set(objects "")
     set(index 0)
     foreach(variant IN LISTS VEKCV_VARIANTS)
-        add_library(vekcv_${variant} OBJECT ${ARGN})
+        add_library(vekcv_${variant} OBJECT ${sources})
         target_compile_definitions(vekcv_${variant} PRIVATE
             VEKCV_VARIANT=${variant} VEKCV_VARIANT_INDEX=${index} HWY_COMPILE_ONLY_STATIC)
         target_compile_options(vekcv_${variant} PRIVATE ${VEKCV_FLAGS_${variant}})
