@@ -167,7 +167,7 @@ void filterFixed(Image<const T> source, Image<Result> out, RoiSize roi, const Bo
 
 /** Whether the filters share their work among threads. */
 inline bool isForFilterTeam(RoiSize roi) {
-    const int32_t threads = ownGetNumThreads();
+    const int32_t threads = configuredThreads();
     return threads > 1 && roi.width >= 256 && roi.height >= 256 && roi.height / 5 >= threads &&
            vekGetNumCoresOnDie() > 1;
 }

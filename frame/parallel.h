@@ -9,16 +9,19 @@
 
 namespace VEKCV_VARIANT {
 
+/** The number of threads to decide with; a team asks for its own once it is opened. */
+inline int32_t configuredThreads() {
+    int threads = 1;
+    vekGetNumThreads(&threads);
+    return threads;
+}
+
 /** The number of pixels from which on a region is shared among threads. */
 struct ParallelFrom {
     int64_t pixels;
 
     /** So many pixels for each of the configured threads. */
-    static ParallelFrom perThread(int64_t pixels) {
-        int threads = 1;
-        vekGetNumThreads(&threads);
-        return {pixels * threads};
-    }
+    static ParallelFrom perThread(int64_t pixels) { return {pixels * configuredThreads()}; }
     static constexpr ParallelFrom never() { return {INT64_MAX}; }
 
     constexpr bool isReachedBy(RoiSize roi) const { return int64_t{roi.width} * roi.height >= pixels; }
@@ -29,7 +32,7 @@ constexpr ParallelFrom kParallelFrom{262144};
 
 /** Whether a region is for a team. One thread needs none; in 32 bits an empty OpenMP region takes 8 microseconds. */
 inline bool isForTeam(RoiSize roi, ParallelFrom threshold) {
-    return threshold.isReachedBy(roi) && ownGetNumThreads() > 1;
+    return threshold.isReachedBy(roi) && configuredThreads() > 1;
 }
 
 /** How the rows of a region are split: the same number for each thread, the remainder for the last one. */
@@ -50,7 +53,8 @@ struct RowStripes {
 template <typename Prepare, typename Body>
 void runTeam(int32_t height, Prepare prepare, Body body) {
     RowStripes stripes{};
-#pragma omp parallel num_threads(ownGetNumThreads())
+    const int threads = ownGetNumThreads();  // once for each team
+#pragma omp parallel num_threads(threads)
     {
 #pragma omp master
         {
