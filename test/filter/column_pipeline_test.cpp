@@ -37,7 +37,7 @@ struct Column<Filter, Query, kChannelCount, kIsLow> {
         return std::apply(Filter, arguments(rows, out, kernel, divisor, buffer));
     }
 
-    static R expected(const S* const* rows, const std::vector<K>& kernel, int32_t divisor, int x, int elements) {
+    static R expected(const S* const* rows, const std::vector<K>& kernel, int32_t divisor, int x, int width) {
         if constexpr (kIsFloat) {
             float sum = kernel[0] * rows[0][x];
             for (size_t k = 1; k < kernel.size(); ++k)
@@ -45,7 +45,7 @@ struct Column<Filter, Query, kChannelCount, kIsLow> {
             return sum;
         } else {
             const float r = 1.0f / float(divisor);
-            if (!kIsLow && x < elements / 16 * 16) {
+            if (!kIsLow && x < width / 16 * 16 * kChannels) {
                 float sum = 0;
                 for (size_t k = 0; k < kernel.size(); ++k)
                     sum += float(rows[k][x]) * (float(kernel[k]) * r);
@@ -72,7 +72,7 @@ struct Column<Filter, Query, kChannelCount, kIsLow> {
         ASSERT_EQ(StatusOk, call(rows.data(), out, kernel, divisor, buffer.data()));
         ASSERT_TRUE(buffer.guardsIntact());
         const auto result = TestImage<R>::filled(
-            roi, {}, [&](int x, int y) { return expected(&rows[size_t(y)], kernel, divisor, x, out.elements()); },
+            roi, {}, [&](int x, int y) { return expected(&rows[size_t(y)], kernel, divisor, x, roi.width); },
             kChannels);
         ASSERT_TRUE(samePixels(result, out));
     }
@@ -127,7 +127,7 @@ TYPED_TEST(ColumnPipeline, TakesEveryDivisor) {
                 TypeParam::check(TypeParam::randomRows(roi, {}, int32_t(kernel.size())), roi, {}, kernel, divisor);
 }
 
-// Halves: blocks round to even, what is left of the row rounds towards zero.
+// Halves: blocks of 16 pixels round to even, what is left of the row rounds towards zero.
 TYPED_TEST(ColumnPipeline, RoundsBlocksAndTheRest) {
     using S = typename TypeParam::Source;
     const RoiSize roi{47, 1};
@@ -138,6 +138,17 @@ TYPED_TEST(ColumnPipeline, RoundsBlocksAndTheRest) {
         TypeParam::check(source, roi, {}, {0, tap, 0}, 2);
         TypeParam::check(source, roi, {}, {0, Tap(5 * tap), 0}, 10);
     }
+}
+
+// Six pixels are no block, although they have more than 16 elements.
+TEST(ColumnPipelineC3, CountsPixels) {
+    using Three = Column<&vekiFilterColumnPipeline_16s_C3R, &vekiFilterColumnPipelineGetBufferSize_16s_C3R, 3>;
+    const RoiSize roi{6, 1};
+    const auto source = TestImage<int16_t>::constant(roi, 3, 3), out = TestImage<int16_t>(roi, {}, 3);
+    const auto rows = rowsOf<const int16_t*>(source);
+    const auto buffer = workBuffer(int32_t(Three::bufferBytes(6, 1, 1)));
+    ASSERT_EQ(StatusOk, Three::call(rows.data(), out, {1}, 2, buffer.data()));
+    ASSERT_TRUE(samePixels(TestImage<int16_t>::constant(roi, 1, 3), out));
 }
 
 // A product that no float holds, in a sum that one holds: rounding the product decides how the sum is rounded.
@@ -186,7 +197,7 @@ TYPED_TEST(ColumnPipeline, TakesRowsFromAnywhere) {
     const auto buffer = workBuffer(int32_t(TypeParam::bufferBytes(37, 3, 3)));
     ASSERT_EQ(StatusOk, TypeParam::call(rows, out, kernel, 2, buffer.data()));
     const auto expected = TestImage<typename TypeParam::Result>::filled(
-        roi, {}, [&](int x, int y) { return TypeParam::expected(rows + y, kernel, 2, x, out.elements()); },
+        roi, {}, [&](int x, int y) { return TypeParam::expected(rows + y, kernel, 2, x, roi.width); },
         TypeParam::kChannels);
     ASSERT_TRUE(samePixels(expected, out));
 }

@@ -103,6 +103,12 @@ class TestImage {
             roi, layout, [&](int, int) { return random.value<T>(); }, channels);
     }
 
+    /** All elements hold one value. */
+    static TestImage constant(RoiSize roi, T value, int channels = 1) {
+        return filled(
+            roi, {}, [=](int, int) { return value; }, channels);
+    }
+
     /** The same pixels in the same layout of another place. */
     TestImage copy(Layout layout) const {
         return filled(
