@@ -207,8 +207,8 @@ VEKCV_API const LibraryVersion* VEKCV_CALL vekcvGetLibVersion(void);
  * @retval StatusStepError         a step is smaller than a row
  * @retval StatusStepNotMultiple   the step of a 16u or 32f image is not a multiple of 2 or 4
  *
- * Regions of 262144 pixels and more are shared among the threads; vekiAddWeighted_32f_C1R uses the calling thread
- * alone.
+ * Regions of 262144 pixels and more are shared among the threads, with this exception:
+ * - the calling thread alone: vekiAddWeighted_32f_C1R.
  * @{
  */
 /** accumulator = accumulator + source */
@@ -333,7 +333,8 @@ VEKCV_API Status VEKCV_CALL vekiAddWeighted_32f_C1R(const float* source1, int32_
  * @retval StatusStepError         a step is smaller than a row
  * @retval StatusStepNotMultiple   the step of a 16u or 32f image is not a multiple of 2 or 4
  *
- * Regions of 262144 pixels and more are shared among the threads; each channel of a C3 image counts as a pixel.
+ * Regions of 262144 pixels and more are shared among the threads, with this exception:
+ * - 87382 pixels, each of three channels: vekiAbsDiff_8u_C3R.
  * @{
  */
 /** destination = |source1 - source2| */
@@ -397,10 +398,10 @@ VEKCV_API Status VEKCV_CALL vekiAbsDiffC_32f_C1R(const float* source, int32_t so
  * @retval StatusChannelOfInterestError   the channel of interest is not 1, 2 or 3 (C3C forms)
  *
  * Regions of 131072 pixels for each configured thread and more are shared among the threads, with these exceptions:
- * - 524288 for each thread: vekiNorm_Inf_8u_C1MR, vekiNorm_Inf_8s_C1MR, vekiNorm_Inf_16u_C1MR;
- * - 32768 for each thread: vekiNorm_Inf_32f_C3CMR, vekiNormDiff_L1_8s_C3CMR, vekiNormDiff_L1_16u_C3CMR,
- *   vekiNormRel_Inf_16u_C3CMR, vekiNormRel_Inf_32f_C1MR, vekiNormRel_Inf_32f_C3CMR, vekiNormRel_L1_16u_C3CMR,
- *   vekiNormRel_L2_16u_C3CMR;
+ * - 524288 pixels for each configured thread: vekiNorm_Inf_8u_C1MR, vekiNorm_Inf_8s_C1MR, vekiNorm_Inf_16u_C1MR;
+ * - 32768 pixels for each configured thread: vekiNorm_Inf_32f_C3CMR, vekiNormDiff_L1_8s_C3CMR,
+ *   vekiNormDiff_L1_16u_C3CMR, vekiNormRel_Inf_16u_C3CMR, vekiNormRel_Inf_32f_C1MR, vekiNormRel_Inf_32f_C3CMR,
+ *   vekiNormRel_L1_16u_C3CMR, vekiNormRel_L2_16u_C3CMR;
  * - the calling thread alone: vekiNormDiff_Inf_16u_C1MR, vekiNormDiff_Inf_16u_C3CMR.
  * @{
  */
@@ -674,8 +675,8 @@ VEKCV_API Status VEKCV_CALL vekiNormRel_L2_32f_C3CMR(const float* source1, int32
  * @retval StatusStepNotMultiple          the step of a 16u or 32f image is not a multiple of 2 or 4
  * @retval StatusChannelOfInterestError   the channel of interest is not 1, 2 or 3 (C3C forms)
  *
- * Regions of 131072 pixels for each configured thread and more are shared among the threads, those of
- * vekiMean_StdDev_32f_C1R from 65536 on.
+ * Regions of 131072 pixels for each configured thread and more are shared among the threads, with this exception:
+ * - 65536 pixels for each configured thread: vekiMean_StdDev_32f_C1R.
  * @{
  */
 /** mean, where the mask is not 0 */
@@ -1077,8 +1078,9 @@ VEKCV_API Status VEKCV_CALL vekiTiltedRectStdDev_32s_C1RSfs(const int32_t* integ
  * The queries give StatusNullPointer and the two StatusSizeError above, and StatusSizeError, too, where the size does
  * not fit an int32_t; they then write nothing.
  *
- * Images of 32768 pixels and more for each thread are shared among the threads, with integer column filters of 3 or 5
- * taps only where the processor has several cores; float column filters use the calling thread alone.
+ * Regions of 32768 pixels for each configured thread and more are shared among the threads, by integer column filters
+ * of 3 or 5 taps only where the process may run on more than one processor, with this exception:
+ * - the calling thread alone: vekiFilterColumnPipeline_32f_C1R, vekiFilterColumnPipeline_32f_C3R.
  * @{
  */
 /** size of the work buffer of a row filter */
@@ -1252,8 +1254,8 @@ VEKCV_API Status VEKCV_CALL vekiFilterColumnPipeline_32f_C3R(const float* const*
  *                                 its low sixteen bits but none of the flags
  * @retval StatusMaskSizeError     maskSize is neither 33 nor 55
  *
- * Regions of 256 x 256 pixels and more, with at least five rows for each thread, are shared among the threads where
- * the process may run on more than one processor.
+ * Regions of 256 x 256 pixels and more are shared among the threads where there are at least five rows for each thread
+ * and the process may run on more than one processor.
  * @{
  */
 /** derivative in y, which horizontal edges have */

@@ -3,6 +3,7 @@
 
 #include "arguments.h"
 #include "haar_features.h"
+#include "standin.h"
 #include "status_order.h"
 #include "test_image.h"
 
@@ -213,11 +214,15 @@ void check(Random& random, const Stage<typename MemberType::Value>& stage, RoiSi
 
     const bool minusOne = !MemberType::kIsMixed && std::is_same_v<S, float> && stage.replacesFirstWeights();
     int32_t passed = 0;
+    std::vector<S> sums;
+    std::vector<V> weights;
     const auto expected = TestImage<uint8_t>::filled(roi, {}, [&](int x, int y) {
+        if (before.at(x, y) == 0)
+            return uint8_t{0};
         V total = 0;
         for (const Feature<V>& feature : stage.features) {
-            std::vector<S> sums;
-            std::vector<V> weights;
+            sums.clear();
+            weights.clear();
             const bool fromTilted = MemberType::kIsMixed && feature.isTilted;
             const auto at = [&](Point p) {
                 return fromTilted ? tilted.at(x + 1 + p.x, y + 1 + p.y) : integral.at(x + p.x, y + p.y);
@@ -231,8 +236,6 @@ void check(Random& random, const Stage<typename MemberType::Value>& stage, RoiSi
             const bool below = isBelow<MemberType>(sums, weights, feature.threshold, norms.at(x, y), scaleFactor);
             total = plus(total, below ? feature.valueBelow : feature.valueAbove);
         }
-        if (before.at(x, y) == 0)
-            return uint8_t{0};
         const bool fails = total < stage.threshold;
         ++counted[fails ? 0 : 1];
         passed += fails ? 0 : 1;
@@ -418,8 +421,7 @@ TYPED_TEST(HaarApply, ReportsTheFirstFault) {
 // Where a test may choose how much memory there is.
 TYPED_TEST(HaarApply, ReportsMissingMemory) {
     using V = typename TypeParam::Value;
-    const auto [failAfter, blocks] = haar::memoryOfStandIn();
-    if (failAfter == nullptr || blocks == nullptr)
+    if (standIn() == nullptr)
         GTEST_SKIP() << "the core library is the real one";
     Random random(6);
     const RoiSize roi{9, 4};
@@ -429,24 +431,24 @@ TYPED_TEST(HaarApply, ReportsMissingMemory) {
     const auto before = mask.copy({});
     for (const int features : {0, 4}) {
         const auto stage = Stage<V>::any(random, features, 0, Numbers::kClose);
-        const int held = blocks();
+        const int held = standIn()->blocks();
         int32_t count = 77;
-        failAfter(0);
+        standIn()->failAfter(0);
         const Status status =
             TypeParam::call({table.data(), table.data(), table.step(), table.step(), norms.data(), norms.step(),
                              mask.data(), mask.step(), roi, &count, 0, stage.state.get(), 0});
-        failAfter(INT_MAX);
+        standIn()->failAfter(INT_MAX);
         const bool needsMemory = !TypeParam::kIsMixed && features > 0;
         EXPECT_EQ(needsMemory ? StatusMemoryAllocation : StatusOk, status);
         if (needsMemory) {
             EXPECT_EQ(77, count);
             EXPECT_TRUE(samePixels(before, mask));
         }
-        EXPECT_EQ(held, blocks());
+        EXPECT_EQ(held, standIn()->blocks());
         EXPECT_EQ(StatusOk,
                   TypeParam::call({table.data(), table.data(), table.step(), table.step(), norms.data(), norms.step(),
                                    mask.data(), mask.step(), roi, &count, 0, stage.state.get(), 0}));
-        EXPECT_EQ(held, blocks());
+        EXPECT_EQ(held, standIn()->blocks());
     }
 }
 

@@ -4,6 +4,7 @@
 
 #include "haar_classifier.h"
 #include "haar_features.h"
+#include "standin.h"
 #include "status_order.h"
 
 namespace {
@@ -219,27 +220,26 @@ TYPED_TEST(HaarBuild, RefusesMoreRectanglesThanThereIsMemoryFor) {
 }
 
 TYPED_TEST(HaarBuild, ReportsMissingMemory) {
-    const auto [failAfter, blocks] = haar::memoryOfStandIn();
-    if (failAfter == nullptr || blocks == nullptr)
+    if (standIn() == nullptr)
         GTEST_SKIP() << "the core library is the real one";
-    const int held = blocks();
+    const int held = standIn()->blocks();
     for (const Shape shape : kShapes)
         for (const ImageRect rect : {ImageRect{0, 0, 1, 1}, ImageRect{0, 0, 0, 0}}) {
             Features<TypeParam> features;
             features.add({rect}, {1}, 0, 0, 0);
             HaarClassifier other{};
             HaarClassifier* state = &other;
-            failAfter(0);
+            standIn()->failAfter(0);
             const Status status = features.build(shape, &state);
-            failAfter(INT_MAX);
+            standIn()->failAfter(INT_MAX);
             const bool looks = shape == Shape::kUpright && std::is_same_v<TypeParam, float> && rect.width == 0;
             EXPECT_EQ(looks ? StatusBadArgument : StatusMemoryAllocation, status);
             EXPECT_EQ(&other, state);
             if (features.build(shape, &state) == StatusOk) {
-                EXPECT_EQ(held + 1, blocks());
+                EXPECT_EQ(held + 1, standIn()->blocks());
                 EXPECT_EQ(StatusOk, vekiHaarClassifierFree_32f(state));
             }
-            EXPECT_EQ(held, blocks());
+            EXPECT_EQ(held, standIn()->blocks());
         }
 }
 

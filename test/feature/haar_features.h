@@ -1,7 +1,6 @@
 // Haar features for tests, and what classifiers make of them by definition.
 #pragma once
 
-#include <dlfcn.h>
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -104,17 +103,6 @@ struct Features {
         return all;
     }
 };
-
-/** What limits and counts the blocks of the stand-in of the core library; null pointers where it is the real one. */
-struct StandInMemory {
-    void (*failAfter)(int blocks);
-    int (*blocks)();
-};
-
-inline StandInMemory memoryOfStandIn() {
-    return {reinterpret_cast<void (*)(int)>(dlsym(RTLD_DEFAULT, "standInFailAfter")),
-            reinterpret_cast<int (*)()>(dlsym(RTLD_DEFAULT, "standInBlocks"))};
-}
 
 struct Release {
     void operator()(HaarClassifier* state) const { EXPECT_EQ(StatusOk, vekiHaarClassifierFree_32f(state)); }

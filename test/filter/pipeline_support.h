@@ -9,7 +9,7 @@
 #include "regions.h"
 #include "status_order.h"
 #include "test_image.h"
-#include "vekcore.h"
+#include "thread_count.h"
 
 // The definitions of the rounding rules, and what the tests of both filters call with.
 
@@ -66,15 +66,3 @@ inline void checkQuery(Status (*query)(RoiSize, int32_t, int32_t*)) {
         .fault<1>("no taps", StatusSizeError, 0)
         .check([&] { return bytes == -7; });
 }
-
-/** Sets the number of threads until it goes. */
-class ThreadCount {
-  public:
-    explicit ThreadCount(int count) : before_(ownGetNumThreads()) { vekSetNumThreads(count); }
-    ~ThreadCount() { vekSetNumThreads(before_); }
-    ThreadCount(const ThreadCount&) = delete;
-    ThreadCount& operator=(const ThreadCount&) = delete;
-
-  private:
-    int before_;
-};

@@ -13,7 +13,7 @@ long fromEnvironment(const char* name, long otherwise) {
 }
 
 std::atomic<int> threads{int(fromEnvironment("STANDIN_THREADS", 1))};
-std::atomic<int> allowedBlocks{INT_MAX}, blocks{0};
+std::atomic<int> allowedBlocks{INT_MAX}, blocks{0}, teams{0};
 
 }  // namespace
 
@@ -23,6 +23,10 @@ void standInFailAfter(int count) {
 
 int standInBlocks() {
     return blocks;
+}
+
+int standInTeams() {
+    return teams;
 }
 
 void* vekMalloc(int bytes) {
@@ -53,6 +57,7 @@ Status vekSetNumThreads(int count) {
 }
 
 int ownGetNumThreads() {
+    ++teams;
     return threads;
 }
 

@@ -10,4 +10,6 @@ extern "C" {
 VEKCORE_API void standInFailAfter(int blocks);
 /** The number of blocks that were allocated and not released. */
 VEKCORE_API int standInBlocks(void);
+/** How often ownGetNumThreads was called, as the library does once for each team of threads that it opens. */
+VEKCORE_API int standInTeams(void);
 }

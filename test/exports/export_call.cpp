@@ -1,0 +1,158 @@
+#include "export_call.h"
+
+#include <sys/mman.h>
+
+#include <algorithm>
+#include <new>
+
+namespace exports {
+namespace {
+
+using fuzz::Element;
+using fuzz::Export;
+using fuzz::Kind;
+using fuzz::Parameter;
+using fuzz::Value;
+
+/** Columns and rows that images have more than the region, for tables of integral images and windows. */
+constexpr int32_t kMore = 8;
+constexpr int32_t kTaps = 3;
+/** More than any work buffer, kernel or result needs. */
+constexpr size_t kManyBytes = size_t{1} << 26;
+
+template <typename T>
+Value valueWith(T content) {
+    Value value;
+    value.set(content);
+    return value;
+}
+
+/** Numbers and floats that are finite. */
+template <typename T>
+T element(Random& random) {
+    if constexpr (std::is_floating_point_v<T>)
+        return T(int32_t(random.bits()) - (1 << 30)) / T(1 << 20);
+    else
+        return T(random.bits());
+}
+
+}  // namespace
+
+ZeroMemory::ZeroMemory(size_t bytes) : bytes_(bytes) {
+    void* const mapping =
+        mmap(nullptr, bytes, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE, -1, 0);
+    if (mapping == MAP_FAILED)
+        throw std::bad_alloc();
+    begin_ = static_cast<uint8_t*>(mapping);
+}
+
+ZeroMemory::~ZeroMemory() {
+    munmap(begin_, bytes_);
+}
+
+ExportCall::ExportCall(const Export& target, RoiSize roi, Address address)
+    : target_(target), roi_(roi), address_(address) {
+    for (size_t i = 0; i < target.parameters.size(); ++i)
+        values_.push_back(valueOf(target.parameters[i], i));
+}
+
+Value ExportCall::valueOf(const Parameter& parameter, size_t index) {
+    const auto& parameters = target_.parameters;
+    switch (parameter.kind) {
+        case Kind::kSize:
+            return valueWith(roi_);
+        case Kind::kRectangle:
+            return valueWith(ImageRect{1, 0, 1, 1});
+        case Kind::kRows:
+            return valueWith(addRows(parameter));
+        case Kind::kState:
+            return valueWith(addClassifier());
+        case Kind::kPointer:
+            if (index + 1 < parameters.size() && target_.isStep(index + 1))
+                return valueWith(addOperand(parameter, stepOf(parameter) * size_t(roi_.height + kMore), address_).data);
+            return valueWith(
+                addOperand(parameter, kManyBytes, parameter.name == "buffer" ? address_ : Address::kAligned).data);
+        default:
+            return target_.isStep(index) ? valueWith(int32_t(stepOf(parameters[index - 1]))) : number(parameter);
+    }
+}
+
+Value ExportCall::number(const Parameter& parameter) const {
+    const int32_t value = parameter.name == "maskSize"      ? MaskSize3x3
+                          : parameter.name == "kernelSize"  ? kTaps
+                          : parameter.name == "scaleFactor" ? 0
+                                                            : 1;
+    return fuzz::withType(parameter.element, [=](auto type) { return valueWith(decltype(type)(value)); });
+}
+
+size_t ExportCall::stepOf(const Parameter& image) const {
+    const size_t channels = target_.name.find("_C3") != target_.name.npos ? 3 : 1;
+    return size_t(roi_.width + kMore) * channels * size_t(bytesOf(image.element));
+}
+
+ExportCall::Operand& ExportCall::addOperand(const Parameter& parameter, size_t bytes, Address address) {
+    uint8_t* const data = memory_.emplace_back(bytes + size_t(address)).begin() + size_t(address);
+    operands_.push_back({parameter.element, parameter.name == "mask", parameter.name == "buffer", bytes, data});
+    return operands_.back();
+}
+
+void* ExportCall::addRows(const Parameter& parameter) {
+    const size_t step = stepOf(parameter), count = size_t(roi_.height + kTaps - 1);
+    uint8_t* const first = addOperand(parameter, step * count, address_).data;
+    auto& rows = rows_.emplace_back();
+    for (size_t y = 0; y < count; ++y)
+        rows.push_back(first + y * step);
+    return rows.data();
+}
+
+const HaarClassifier* ExportCall::addClassifier() {
+    const auto build = [&]<typename V>(V) {
+        haar::Features<V> features;
+        features.add({{1, 0, 1, 1}, {1, 1, 2, 1}}, {1, 2}, 0, 0, 1);
+        return classifiers_.emplace_back(haar::build(features, haar::Shape::kUpright)).get();
+    };
+    const bool isFloat = target_.parameters[target_.indexOf("stageThreshold")].element == Element::k32f;
+    return isFloat ? build(float()) : build(int32_t());
+}
+
+void ExportCall::fill(uint32_t seed) {
+    Random random(seed);
+    for (const Operand& operand : operands_) {
+        const size_t bytes = std::min(operand.bytes, size_t{1} << 16);
+        if (operand.isMask)
+            std::generate_n(operand.data, bytes, [&] { return random.mask(); });
+        else if (operand.element == Element::kPoint)
+            continue;
+        else
+            fuzz::withType(operand.element, [&](auto type) {
+                for (size_t i = 0; i + sizeof type <= bytes; i += sizeof type) {
+                    type = element<decltype(type)>(random);
+                    std::memcpy(operand.data + i, &type, sizeof type);
+                }
+            });
+    }
+}
+
+bool ExportCall::wroteTheSameAs(const ExportCall& other) const {
+    for (size_t i = 0; i < operands_.size(); ++i)
+        if (!operands_[i].isScratch &&
+            std::memcmp(operands_[i].data, other.operands_[i].data, std::min(operands_[i].bytes, size_t{1} << 16)) != 0)
+            return false;
+    return true;
+}
+
+std::vector<const Export*> exportsWithRegions() {
+    std::vector<const Export*> found;
+    for (const Export& target : fuzz::exports())
+        if (std::any_of(target.parameters.begin(), target.parameters.end(),
+                        [](const Parameter& p) { return p.kind == Kind::kSize; }))
+            found.push_back(&target);
+    return found;
+}
+
+bool hasImages(const Export& target) {
+    return std::any_of(target.parameters.begin(), target.parameters.end(),
+                       [](const Parameter& p) { return p.kind == Kind::kRows || p.name.ends_with("Step"); });
+}
+
+}  // namespace exports

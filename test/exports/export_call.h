@@ -1,0 +1,77 @@
+// Calls of any export, with arguments that follow from its declaration.
+#pragma once
+
+#include <cstring>
+#include <list>
+#include <string>
+#include <vector>
+
+#include "fuzz/export.h"
+#include "random.h"
+#include "test/feature/haar_features.h"
+
+namespace exports {
+
+/** Where images and work buffers begin, in bytes behind a multiple of 64. */
+enum class Address { kAligned = 0, kOdd = 1 };
+
+/** Memory of zeros, of which no page takes part before it is touched. */
+class ZeroMemory {
+  public:
+    explicit ZeroMemory(size_t bytes);
+    ~ZeroMemory();
+    ZeroMemory(const ZeroMemory&) = delete;
+    ZeroMemory& operator=(const ZeroMemory&) = delete;
+
+    uint8_t* begin() const { return begin_; }
+
+  private:
+    uint8_t* begin_;
+    size_t bytes_;
+};
+
+/** An export with arguments for a region: images of zeros, a kernel of 3 taps or 3 x 3, a classifier of one feature. */
+class ExportCall {
+  public:
+    ExportCall(const fuzz::Export& target, RoiSize roi, Address address = Address::kAligned);
+
+    /** Fills all images, kernels and what the call writes to; floats stay finite. */
+    void fill(uint32_t seed);
+
+    Status run() const { return target_.call(values_.data()); }
+
+    /** Whether the images and results of two calls of an export are the same. */
+    bool wroteTheSameAs(const ExportCall& other) const;
+
+  private:
+    struct Operand {
+        fuzz::Element element;
+        bool isMask, isScratch;
+        size_t bytes;
+        uint8_t* data;
+    };
+
+    fuzz::Value valueOf(const fuzz::Parameter& parameter, size_t index);
+    fuzz::Value number(const fuzz::Parameter& parameter) const;
+    Operand& addOperand(const fuzz::Parameter& parameter, size_t bytes, Address address);
+    void* addRows(const fuzz::Parameter& parameter);
+    const HaarClassifier* addClassifier();
+    size_t stepOf(const fuzz::Parameter& image) const;
+
+    const fuzz::Export& target_;
+    RoiSize roi_;
+    Address address_;
+    std::list<ZeroMemory> memory_;
+    std::vector<Operand> operands_;
+    std::list<std::vector<uint8_t*>> rows_;
+    std::list<haar::ClassifierPointer> classifiers_;
+    std::vector<fuzz::Value> values_;
+};
+
+/** The exports that take a region, among them the queries of the sizes of work buffers. */
+std::vector<const fuzz::Export*> exportsWithRegions();
+
+/** Whether an export reads or writes images. */
+bool hasImages(const fuzz::Export& target);
+
+}  // namespace exports

@@ -1,0 +1,62 @@
+// Rules that all exports with images follow, whatever they compute.
+#include <gtest/gtest.h>
+
+#include "export_call.h"
+#include "standin.h"
+#include "thread_count.h"
+#include "thread_rules.h"
+
+namespace {
+
+using exports::Address;
+using exports::ExportCall;
+
+// Images and work buffers may begin at any address; the tests of the families compare images that are aligned.
+TEST(Exports, NeedNoAlignment) {
+    for (const fuzz::Export* const target : exports::exportsWithRegions())
+        for (const RoiSize roi : {RoiSize{5, 3}, RoiSize{77, 9}}) {
+            SCOPED_TRACE(::testing::Message() << target->name << ", " << roi.width << " x " << roi.height);
+            ExportCall aligned(*target, roi), odd(*target, roi, Address::kOdd);
+            aligned.fill(1);
+            odd.fill(1);
+            ASSERT_EQ(StatusOk, aligned.run());
+            ASSERT_EQ(StatusOk, odd.run());
+            ASSERT_TRUE(aligned.wroteTheSameAs(odd));
+        }
+}
+
+/** Calls an export with a region and gives the number of teams of threads that it opens. */
+int teamsOfCall(const fuzz::Export& target, RoiSize roi) {
+    const ExportCall call(target, roi);
+    return teamsOf([&] { ASSERT_LE(StatusOk, call.run()) << roi.width << " x " << roi.height; });
+}
+
+TEST(Exports, ShareRowsFromTheDocumentedSizesOn) {
+    if (standIn() == nullptr)
+        GTEST_SKIP() << "the core library is the real one";
+    const auto rules = exports::threadRules(VEKCV_HEADER);
+    for (const fuzz::Export* const target : exports::exportsWithRegions()) {
+        SCOPED_TRACE(target->name);
+        const auto found = rules.find(std::string(target->name));
+        ASSERT_NE(rules.end(), found) << "the header does not tell";
+        const exports::ThreadRule& rule = found->second;
+        for (const int threads : {1, 2, 3}) {
+            SCOPED_TRACE(::testing::Message() << threads << " threads");
+            const ThreadCount count(threads);
+            const int team = threads == 1 ? 0 : 1;
+            if (rule.isForOneThread() || !exports::hasImages(*target)) {
+                ASSERT_EQ(0, teamsOfCall(*target, {1024, 600}));
+            } else if (rule.side > 0) {
+                ASSERT_EQ(0, teamsOfCall(*target, {rule.side - 1, rule.side + 1}));
+                ASSERT_EQ(0, teamsOfCall(*target, {rule.side + 1, rule.side - 1}));
+                ASSERT_EQ(team, teamsOfCall(*target, {rule.side, rule.side}));
+            } else {
+                const auto pixels = int32_t(rule.pixelsFor(threads));
+                ASSERT_EQ(0, teamsOfCall(*target, {pixels - 1, 1}));
+                ASSERT_EQ(team, teamsOfCall(*target, {pixels, 1}));
+            }
+        }
+    }
+}
+
+}  // namespace
