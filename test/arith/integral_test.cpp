@@ -5,7 +5,6 @@
 #include "regions.h"
 #include "status_order.h"
 #include "test_image.h"
-#include "unaligned_image.h"
 
 namespace {
 
@@ -85,9 +84,8 @@ struct Member<Export, kShapeName> {
         return expected(image.roi(), SquareEntry(value), [&](int x, int y) { return image.at(x, y) * image.at(x, y); });
     }
 
-    template <typename Sums, typename Squares>
-    static auto arguments(const TestImage<uint8_t>& image, const Sums& sums, const Squares& squares, double value,
-                          double squareValue) {
+    static auto arguments(const TestImage<uint8_t>& image, const TestImage<Entry>& sums,
+                          const TestImage<SquareEntry>& squares, double value, double squareValue) {
         return std::tuple_cat(argumentsOf(image), argumentsOf(sums), only<kHasSquares>(argumentsOf(squares)),
                               std::tuple(image.roi(), Entry(value)),
                               only<kHasSquares>(std::tuple(SquareEntry(squareValue))));
@@ -102,17 +100,6 @@ struct Member<Export, kShapeName> {
         ASSERT_TRUE(samePixels(expectedSums(image, value), sums));
         if constexpr (kHasSquares) {
             ASSERT_TRUE(samePixels(expectedSquares(image, squareValue), squares));
-        }
-    }
-
-    static void checkUnaligned(const TestImage<uint8_t>& image) {
-        const RoiSize size = tableSize(image.roi());
-        const UnalignedImage<Entry> sums{TestImage<Entry>(size)};
-        const UnalignedImage<SquareEntry> squares{TestImage<SquareEntry>(size)};
-        ASSERT_EQ(StatusOk, std::apply(Export, arguments(image, sums, squares, 1, 2)));
-        ASSERT_TRUE(sums.holds(expectedSums(image, 1)));
-        if constexpr (kHasSquares) {
-            ASSERT_TRUE(squares.holds(expectedSquares(image, 2)));
         }
     }
 
@@ -141,18 +128,12 @@ TYPED_TEST_SUITE(Integral, Members);
 
 TYPED_TEST(Integral, MatchesItsDefinition) {
     forSmallImages([](RoiSize roi, const Layouts& layouts) {
-        SCOPED_TRACE(::testing::Message() << roi.width << " x " << roi.height << ", " << layouts);
         TypeParam::check(TestImage<uint8_t>::random(roi, layouts[0], 1), layouts);
         TypeParam::check(TestImage<uint8_t>::random(roi, layouts[0], 2), layouts, 100, -3);
     });
     // Rows of many vectors; and many rows so long that their parts are made one after the other.
     TypeParam::check(TestImage<uint8_t>::random({301, 203}, {}, 3), {});
     TypeParam::check(TestImage<uint8_t>::random({5003, 35}, {}, 4), {});
-}
-
-// Tables may begin at any address; those that are large are streamed only where entries are aligned.
-TYPED_TEST(Integral, NeedsNoAlignment) {
-    TypeParam::checkUnaligned(TestImage<uint8_t>::random({77, 40}, {}, 5));
 }
 
 // Constants that are no whole numbers, or so large that sums are rounded.
@@ -175,13 +156,6 @@ TYPED_TEST(Integral, GoesOnWhereSumsAreNotExact) {
 
 TYPED_TEST(Integral, ReportsTheFirstFault) {
     TypeParam::checkStatuses();
-}
-
-TEST(UprightIntegral, OfOnePixelIsTheLastEntry) {
-    const uint8_t seven = 7;
-    int32_t table[4];
-    ASSERT_EQ(StatusOk, vekiIntegral_8u32s_C1R(&seven, 1, table, 8, {1, 1}, 0));
-    EXPECT_EQ((std::vector{0, 0, 0, 7}), std::vector(table, table + 4));
 }
 
 // The table leaves out pixels at its edges; that cancels in every rectangle, also those whose corners lie at the edges.

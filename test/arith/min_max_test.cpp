@@ -2,7 +2,6 @@
 #include <gtest/gtest.h>
 
 #include "channel_form.h"
-#include "vekcore.h"
 
 namespace {
 
@@ -21,7 +20,7 @@ struct Member : ChannelForm<Export, 1> {
     static Extrema expected(const Operands& operands) {
         Extrema extrema;
         operands.forEach([&](int x, int y) {
-            const auto value = float(operands.pixel(0, x, y));
+            const auto value = float(operands.at(0, x, y));
             if (std::isnan(value))
                 return;
             if (extrema.leastAt.x < 0 || value < extrema.least) {
@@ -38,7 +37,7 @@ struct Member : ChannelForm<Export, 1> {
 
     static void check(const Operands& operands) {
         Extrema result{77, 77, {77, 77}, {77, 77}};
-        ASSERT_EQ(StatusOk, operands.call(&result.least, &result.greatest, &result.leastAt, &result.greatestAt));
+        ASSERT_EQ(StatusOk, Form::call(operands, &result.least, &result.greatest, &result.leastAt, &result.greatestAt));
         const Extrema right = expected(operands);
         ASSERT_PRED2(sameElement<float>, right.least, result.least);
         ASSERT_PRED2(sameElement<float>, right.greatest, result.greatest);
@@ -68,40 +67,44 @@ TYPED_TEST_SUITE(MinMaxIndx, Members);
 
 TYPED_TEST(MinMaxIndx, MatchesItsDefinition) {
     using T = typename TypeParam::T;
-    TypeParam::forSmallRegions(ties<T>, [](const auto& operands) { TypeParam::check(operands); });
-    TypeParam::forSmallRegions([](Random& random) { return T(50 + random.below(20)); },
-                               [](const auto& operands) { TypeParam::check(operands); });
+    TypeParam::Operands::forSmallRegions(ties<T>, [](const auto& operands) { TypeParam::check(operands); });
+    TypeParam::Operands::forSmallRegions([](Random& random) { return T(50 + random.below(20)); },
+                                         [](const auto& operands) { TypeParam::check(operands); });
 }
 
 // The first of equal extremes is in another stripe than the last; rows are longer than a run of vectors, too.
 TYPED_TEST(MinMaxIndx, FindsTheFirstOfEqualOnesInParallel) {
     using T = typename TypeParam::T;
-    for (const RoiSize roi : {RoiSize{512, 31}, RoiSize{512, 32}, RoiSize{5003, 7}, RoiSize{7, 2503}})
-        for (const Layout& layout : kLargeLayouts) {
-            TypeParam::check({roi, layout, ties<T>});
-            typename TypeParam::Operands operands({roi, T(50)});
-            TypeParam::check(operands);
-            Random random(roi.width);
-            for (int k = 0; k < 20; ++k) {
-                const auto x = int(random.below(roi.width)), y = int(random.below(roi.height));
-                operands.sources[0].at(x * TypeParam::kChannels + operands.channel - 1, y) = T(50 + 7 * (k % 3 - 1));
-                operands.mask.at(x, y) = uint8_t(k % 4);
-                TypeParam::check(operands);
+    forThreadCounts([](int) {
+        for (const RoiSize roi : {RoiSize{512, 35}, RoiSize{5003, 7}, RoiSize{7, 2503}})
+            for (const Layout& layout : kLargeLayouts) {
+                TypeParam::check({roi, layout, ties<T>});
+                typename TypeParam::Operands operands({roi, T(50)});
+                Random random(uint32_t(roi.width));
+                for (int k = 0; k < 20; ++k) {
+                    const auto x = int(random.below(uint32_t(roi.width))), y = int(random.below(uint32_t(roi.height)));
+                    operands.at(0, x, y) = T(50 + 7 * (k % 3 - 1));
+                    operands.mask.at(x, y) = uint8_t(k % 4);
+                    TypeParam::check(operands);
+                }
             }
-        }
+    });
 }
 
-// Stripes without any pixel that takes part, and a first one that is far down its row.
-TYPED_TEST(MinMaxIndx, FindsPixelsThatFewStripesHave) {
+// Stripes without any pixel that takes part, and a first one that is far down its row; more threads than rows.
+TYPED_TEST(MinMaxIndx, FindsPixelsThatFewStripesHaveInParallel) {
     using T = typename TypeParam::T;
     if constexpr (TypeParam::kHasMask)
-        for (const RoiSize roi : {RoiSize{512, 33}, RoiSize{5003, 7}})
-            for (const int row : {0, roi.height / 2, roi.height - 1}) {
-                typename TypeParam::Operands operands({roi, T(50)});
-                operands.mask = TestImage<uint8_t>::filled(
-                    roi, {}, [=](int x, int y) { return uint8_t(y == row && x > roi.width - 9 ? 2 : 0); });
-                TypeParam::check(operands);
-            }
+        for (const int threads : {1, 3, 40}) {
+            const ThreadCount count(threads);
+            for (const RoiSize roi : {RoiSize{512, 83}, RoiSize{5003, 7}})
+                for (const int row : {0, roi.height / 2, roi.height - 1}) {
+                    typename TypeParam::Operands operands({roi, T(50)});
+                    operands.mask = TestImage<uint8_t>::filled(
+                        roi, {}, [=](int x, int y) { return uint8_t(y == row && x > roi.width - 9 ? 2 : 0); });
+                    TypeParam::check(operands);
+                }
+        }
 }
 
 // Every pixel in turn is the only extreme, or the only one that takes part.
@@ -110,11 +113,11 @@ TYPED_TEST(MinMaxIndx, FindsEveryPlace) {
     const RoiSize roi{67, 2};
     typename TypeParam::Operands operands(roi, T(50));
     auto none = operands;
-    none.mask = TestImage<uint8_t>::filled(roi, {}, [](int, int) { return uint8_t(0); });
+    none.mask = TestImage<uint8_t>::constant(roi, 0);
     TypeParam::check(none);
     for (int y = 0; y < roi.height; ++y)
         for (int x = 0; x < roi.width; ++x) {
-            T& pixel = operands.sources[0].at(x * TypeParam::kChannels + operands.channel - 1, y);
+            T& pixel = operands.at(0, x, y);
             for (const T value : {T(49), T(51), std::numeric_limits<T>::max(), std::numeric_limits<T>::lowest()}) {
                 pixel = value;
                 TypeParam::check(operands);

@@ -3,208 +3,211 @@
 
 #include "channel_form.h"
 #include "sixteen_sums.h"
-#include "vekcore.h"
 
 namespace {
 
-enum NormName { kInf, kL1, kL2 };
-enum Operation { kNorm, kNormDiff, kNormRel };
+enum class Name { kInf, kL1, kL2 };
+enum class Operation { kNorm, kDiff, kRel };
 
-template <auto Export, Operation kOperationName, NormName kName>
-struct Member : ChannelForm<Export, kOperationName == kNorm ? 1 : 2> {
-    using Form = ChannelForm<Export, kOperationName == kNorm ? 1 : 2>;
-    using T = typename Form::Pixel;
-    using Operands = typename Form::Operands;
-    static constexpr bool kIsFloat = std::is_floating_point_v<T>;
-    static constexpr NormName kNormName = kName;
-    static constexpr Operation kOperation = kOperationName;
-
-    /** The norm of value(x, y) over the pixels that take part. */
-    template <typename Value>
-    static double norm(const Operands& operands, Value value) {
-        if constexpr (kName == kInf) {
-            double most = 0;
-            operands.forEach([&](int x, int y) {
-                const double magnitude = std::fabs(double(value(x, y)));
-                if (magnitude > most)
-                    most = magnitude;
-            });
-            return most;
-        } else if constexpr (kIsFloat) {
-            double total = 0;
-            for (int y = 0; y < operands.roi.height; ++y) {
-                SixteenSums<float> sum;
-                for (int x = 0; x < operands.roi.width; ++x)
-                    if (operands.takesPart(x, y)) {
-                        const float magnitude = std::fabs(value(x, y));
-                        sum.add(x, kName == kL2 ? magnitude * magnitude : magnitude);
-                    }
-                total += double(sum.total());
-            }
-            return kName == kL2 ? std::sqrt(total) : total;
-        } else {
-            uint64_t total = 0;
-            operands.forEach([&](int x, int y) {
-                const uint64_t magnitude = uint64_t(std::abs(int64_t(value(x, y))));
-                total += kName == kL2 ? magnitude * magnitude : magnitude;
-            });
-            return kName == kL2 ? std::sqrt(double(total)) : double(total);
-        }
-    }
-
-    using Wide = std::conditional_t<kIsFloat, float, int32_t>;
-    static double normOf(const Operands& operands, size_t source) {
-        return norm(operands, [&](int x, int y) { return Wide(operands.pixel(source, x, y)); });
-    }
-    static double expected(const Operands& operands) {
-        if constexpr (kOperation == kNorm)
-            return normOf(operands, 0);
-        const double difference = norm(operands, [&](int x, int y) {
-            return Wide(Wide(operands.pixel(0, x, y)) - Wide(operands.pixel(operands.sources.size() - 1, x, y)));
+/** The norm of value(x, y) over the pixels that take part. */
+template <typename Operands, typename Value>
+double normOf(Name name, const Operands& operands, Value value) {
+    using T = decltype(value(0, 0));
+    if (name == Name::kInf) {
+        double most = 0;
+        operands.forEach([&](int x, int y) {
+            const double magnitude = std::fabs(double(value(x, y)));
+            if (magnitude > most)
+                most = magnitude;
         });
-        return kOperation == kNormDiff ? difference : difference / normOf(operands, operands.sources.size() - 1);
+        return most;
     }
-    static Status expectedStatus(const Operands& operands) {
-        return kOperation == kNormRel && normOf(operands, 1) == 0 ? StatusDivideByZeroWarning : StatusOk;
+    const bool isSquare = name == Name::kL2;
+    double total = 0;
+    if constexpr (std::is_floating_point_v<T>) {
+        for (int y = 0; y < operands.roi.height; ++y) {
+            SixteenSums<float> sum;
+            for (int x = 0; x < operands.roi.width; ++x)
+                if (operands.takesPart(x, y)) {
+                    const float magnitude = std::fabs(value(x, y));
+                    sum.add(x, isSquare ? magnitude * magnitude : magnitude);
+                }
+            total += double(sum.total());
+        }
+    } else {
+        uint64_t sum = 0;
+        operands.forEach([&](int x, int y) {
+            const auto magnitude = uint64_t(std::abs(int64_t(value(x, y))));
+            sum += isSquare ? magnitude * magnitude : magnitude;
+        });
+        total = double(sum);
+    }
+    return isSquare ? std::sqrt(total) : total;
+}
+
+/** A norm, and a call of its export with operands of its form. */
+template <typename Operands>
+struct Norm {
+    Operation operation;
+    Name name;
+    Status (*call)(const Operands& operands, double* result);
+
+    bool isRelative() const { return operation == Operation::kRel; }
+
+    static double ofSource(Name name, const Operands& operands, size_t source) {
+        return normOf(name, operands, [&](int x, int y) { return +operands.at(source, x, y); });
+    }
+    double expected(const Operands& operands) const {
+        if (operation == Operation::kNorm)
+            return ofSource(name, operands, 0);
+        const double difference =
+            normOf(name, operands, [&](int x, int y) { return operands.at(0, x, y) - operands.at(1, x, y); });
+        return isRelative() ? difference / ofSource(name, operands, 1) : difference;
+    }
+    Status expectedStatus(const Operands& operands) const {
+        return isRelative() && ofSource(name, operands, 1) == 0 ? StatusDivideByZeroWarning : StatusOk;
     }
 
     /** `bound` is how far apart results may be, relatively. */
-    static void check(const Operands& operands, double bound = 0) {
+    void check(const Operands& operands, double bound = 0) const {
+        SCOPED_TRACE(::testing::Message() << "operation " << int(operation) << ", norm " << int(name));
         double result = -1;
-        ASSERT_EQ(expectedStatus(operands), operands.call(&result));
+        ASSERT_EQ(expectedStatus(operands), call(operands, &result));
         const double value = expected(operands);
         ASSERT_TRUE(sameElement(value, result) || std::fabs(result - value) <= bound * value)
             << "expected " << value << ", got " << result;
     }
 };
 
-template <typename MemberType>
-class Norms : public ::testing::Test {};
-
-using Members = ::testing::Types<
-    Member<&vekiNorm_Inf_8u_C1MR, kNorm, kInf>, Member<&vekiNorm_Inf_8s_C1MR, kNorm, kInf>,
-    Member<&vekiNorm_Inf_16u_C1MR, kNorm, kInf>, Member<&vekiNorm_Inf_32f_C1MR, kNorm, kInf>,
-    Member<&vekiNorm_Inf_8u_C3CMR, kNorm, kInf>, Member<&vekiNorm_Inf_8s_C3CMR, kNorm, kInf>,
-    Member<&vekiNorm_Inf_16u_C3CMR, kNorm, kInf>, Member<&vekiNorm_Inf_32f_C3CMR, kNorm, kInf>,
-    Member<&vekiNorm_L1_8u_C1MR, kNorm, kL1>, Member<&vekiNorm_L1_8s_C1MR, kNorm, kL1>,
-    Member<&vekiNorm_L1_16u_C1MR, kNorm, kL1>, Member<&vekiNorm_L1_32f_C1MR, kNorm, kL1>,
-    Member<&vekiNorm_L1_8u_C3CMR, kNorm, kL1>, Member<&vekiNorm_L1_8s_C3CMR, kNorm, kL1>,
-    Member<&vekiNorm_L1_16u_C3CMR, kNorm, kL1>, Member<&vekiNorm_L1_32f_C3CMR, kNorm, kL1>,
-    Member<&vekiNorm_L2_8u_C1MR, kNorm, kL2>, Member<&vekiNorm_L2_8s_C1MR, kNorm, kL2>,
-    Member<&vekiNorm_L2_16u_C1MR, kNorm, kL2>, Member<&vekiNorm_L2_32f_C1MR, kNorm, kL2>,
-    Member<&vekiNorm_L2_8u_C3CMR, kNorm, kL2>, Member<&vekiNorm_L2_8s_C3CMR, kNorm, kL2>,
-    Member<&vekiNorm_L2_16u_C3CMR, kNorm, kL2>, Member<&vekiNorm_L2_32f_C3CMR, kNorm, kL2>,
-    Member<&vekiNormDiff_Inf_8u_C1MR, kNormDiff, kInf>, Member<&vekiNormDiff_Inf_8s_C1MR, kNormDiff, kInf>,
-    Member<&vekiNormDiff_Inf_16u_C1MR, kNormDiff, kInf>, Member<&vekiNormDiff_Inf_32f_C1MR, kNormDiff, kInf>,
-    Member<&vekiNormDiff_Inf_8u_C3CMR, kNormDiff, kInf>, Member<&vekiNormDiff_Inf_8s_C3CMR, kNormDiff, kInf>,
-    Member<&vekiNormDiff_Inf_16u_C3CMR, kNormDiff, kInf>, Member<&vekiNormDiff_Inf_32f_C3CMR, kNormDiff, kInf>,
-    Member<&vekiNormDiff_L1_8u_C1MR, kNormDiff, kL1>, Member<&vekiNormDiff_L1_8s_C1MR, kNormDiff, kL1>,
-    Member<&vekiNormDiff_L1_16u_C1MR, kNormDiff, kL1>, Member<&vekiNormDiff_L1_32f_C1MR, kNormDiff, kL1>,
-    Member<&vekiNormDiff_L1_8u_C3CMR, kNormDiff, kL1>, Member<&vekiNormDiff_L1_8s_C3CMR, kNormDiff, kL1>,
-    Member<&vekiNormDiff_L1_16u_C3CMR, kNormDiff, kL1>, Member<&vekiNormDiff_L1_32f_C3CMR, kNormDiff, kL1>,
-    Member<&vekiNormDiff_L2_8u_C1MR, kNormDiff, kL2>, Member<&vekiNormDiff_L2_8s_C1MR, kNormDiff, kL2>,
-    Member<&vekiNormDiff_L2_16u_C1MR, kNormDiff, kL2>, Member<&vekiNormDiff_L2_32f_C1MR, kNormDiff, kL2>,
-    Member<&vekiNormDiff_L2_8u_C3CMR, kNormDiff, kL2>, Member<&vekiNormDiff_L2_8s_C3CMR, kNormDiff, kL2>,
-    Member<&vekiNormDiff_L2_16u_C3CMR, kNormDiff, kL2>, Member<&vekiNormDiff_L2_32f_C3CMR, kNormDiff, kL2>,
-    Member<&vekiNormRel_Inf_8u_C1MR, kNormRel, kInf>, Member<&vekiNormRel_Inf_8s_C1MR, kNormRel, kInf>,
-    Member<&vekiNormRel_Inf_16u_C1MR, kNormRel, kInf>, Member<&vekiNormRel_Inf_32f_C1MR, kNormRel, kInf>,
-    Member<&vekiNormRel_Inf_8u_C3CMR, kNormRel, kInf>, Member<&vekiNormRel_Inf_8s_C3CMR, kNormRel, kInf>,
-    Member<&vekiNormRel_Inf_16u_C3CMR, kNormRel, kInf>, Member<&vekiNormRel_Inf_32f_C3CMR, kNormRel, kInf>,
-    Member<&vekiNormRel_L1_8u_C1MR, kNormRel, kL1>, Member<&vekiNormRel_L1_8s_C1MR, kNormRel, kL1>,
-    Member<&vekiNormRel_L1_16u_C1MR, kNormRel, kL1>, Member<&vekiNormRel_L1_32f_C1MR, kNormRel, kL1>,
-    Member<&vekiNormRel_L1_8u_C3CMR, kNormRel, kL1>, Member<&vekiNormRel_L1_8s_C3CMR, kNormRel, kL1>,
-    Member<&vekiNormRel_L1_16u_C3CMR, kNormRel, kL1>, Member<&vekiNormRel_L1_32f_C3CMR, kNormRel, kL1>,
-    Member<&vekiNormRel_L2_8u_C1MR, kNormRel, kL2>, Member<&vekiNormRel_L2_8s_C1MR, kNormRel, kL2>,
-    Member<&vekiNormRel_L2_16u_C1MR, kNormRel, kL2>, Member<&vekiNormRel_L2_32f_C1MR, kNormRel, kL2>,
-    Member<&vekiNormRel_L2_8u_C3CMR, kNormRel, kL2>, Member<&vekiNormRel_L2_8s_C3CMR, kNormRel, kL2>,
-    Member<&vekiNormRel_L2_16u_C3CMR, kNormRel, kL2>, Member<&vekiNormRel_L2_32f_C3CMR, kNormRel, kL2>>;
-TYPED_TEST_SUITE(Norms, Members);
-
-TYPED_TEST(Norms, MatchTheirDefinition) {
-    TypeParam::forSmallRegions(ordinary<typename TypeParam::T>,
-                               [](const auto& operands) { TypeParam::check(operands); });
+/** The number of images of an export that are only read. */
+template <typename... Arguments>
+constexpr size_t imagesOf(Status (*)(Arguments...)) {
+    return ((std::is_pointer_v<Arguments> && std::is_const_v<std::remove_pointer_t<Arguments>> ? 1u : 0u) + ...);
 }
 
-// From the thresholds on the rows of floats are added stripe by stripe, in double.
+/** All norms of a type of pixels with one or three channels: Inf, L1 and L2 of an image, then of a difference, then
+ * relative ones. */
+template <typename Pixel, int kChannelCount, auto... kExports>
+struct Form {
+    using T = Pixel;
+    using Operands = ChannelOperands<T, kChannelCount, true, 2>;
+    static constexpr int kChannels = kChannelCount;
+    static constexpr bool kIsFloat = std::is_floating_point_v<T>;
+
+    template <auto Export>
+    using ExportForm = ChannelForm<Export, imagesOf(Export) - 1>;
+
+    static std::vector<Norm<Operands>> norms() {
+        std::vector<Norm<Operands>> all;
+        for (const auto call : {&ExportForm<kExports>::template call<Operands, double*>...})
+            all.push_back({Operation(all.size() / 3), Name(all.size() % 3), call});
+        return all;
+    }
+
+    static void check(const Operands& operands, double bound = 0) {
+        for (const auto& norm : norms())
+            norm.check(operands, bound);
+    }
+
+    static void checkStatuses() {
+        const auto checkOne = [](auto form) {
+            double result = 77;
+            decltype(form)::template checkStatuses<true>([&] { return result == 77; }, &result);
+        };
+        (checkOne(ExportForm<kExports>()), ...);
+    }
+};
+
+template <typename FormType>
+class Norms : public ::testing::Test {};
+
+using Forms =
+    ::testing::Types<Form<uint8_t, 1, &vekiNorm_Inf_8u_C1MR, &vekiNorm_L1_8u_C1MR, &vekiNorm_L2_8u_C1MR,
+                          &vekiNormDiff_Inf_8u_C1MR, &vekiNormDiff_L1_8u_C1MR, &vekiNormDiff_L2_8u_C1MR,
+                          &vekiNormRel_Inf_8u_C1MR, &vekiNormRel_L1_8u_C1MR, &vekiNormRel_L2_8u_C1MR>,
+                     Form<int8_t, 1, &vekiNorm_Inf_8s_C1MR, &vekiNorm_L1_8s_C1MR, &vekiNorm_L2_8s_C1MR,
+                          &vekiNormDiff_Inf_8s_C1MR, &vekiNormDiff_L1_8s_C1MR, &vekiNormDiff_L2_8s_C1MR,
+                          &vekiNormRel_Inf_8s_C1MR, &vekiNormRel_L1_8s_C1MR, &vekiNormRel_L2_8s_C1MR>,
+                     Form<uint16_t, 1, &vekiNorm_Inf_16u_C1MR, &vekiNorm_L1_16u_C1MR, &vekiNorm_L2_16u_C1MR,
+                          &vekiNormDiff_Inf_16u_C1MR, &vekiNormDiff_L1_16u_C1MR, &vekiNormDiff_L2_16u_C1MR,
+                          &vekiNormRel_Inf_16u_C1MR, &vekiNormRel_L1_16u_C1MR, &vekiNormRel_L2_16u_C1MR>,
+                     Form<float, 1, &vekiNorm_Inf_32f_C1MR, &vekiNorm_L1_32f_C1MR, &vekiNorm_L2_32f_C1MR,
+                          &vekiNormDiff_Inf_32f_C1MR, &vekiNormDiff_L1_32f_C1MR, &vekiNormDiff_L2_32f_C1MR,
+                          &vekiNormRel_Inf_32f_C1MR, &vekiNormRel_L1_32f_C1MR, &vekiNormRel_L2_32f_C1MR>,
+                     Form<uint8_t, 3, &vekiNorm_Inf_8u_C3CMR, &vekiNorm_L1_8u_C3CMR, &vekiNorm_L2_8u_C3CMR,
+                          &vekiNormDiff_Inf_8u_C3CMR, &vekiNormDiff_L1_8u_C3CMR, &vekiNormDiff_L2_8u_C3CMR,
+                          &vekiNormRel_Inf_8u_C3CMR, &vekiNormRel_L1_8u_C3CMR, &vekiNormRel_L2_8u_C3CMR>,
+                     Form<int8_t, 3, &vekiNorm_Inf_8s_C3CMR, &vekiNorm_L1_8s_C3CMR, &vekiNorm_L2_8s_C3CMR,
+                          &vekiNormDiff_Inf_8s_C3CMR, &vekiNormDiff_L1_8s_C3CMR, &vekiNormDiff_L2_8s_C3CMR,
+                          &vekiNormRel_Inf_8s_C3CMR, &vekiNormRel_L1_8s_C3CMR, &vekiNormRel_L2_8s_C3CMR>,
+                     Form<uint16_t, 3, &vekiNorm_Inf_16u_C3CMR, &vekiNorm_L1_16u_C3CMR, &vekiNorm_L2_16u_C3CMR,
+                          &vekiNormDiff_Inf_16u_C3CMR, &vekiNormDiff_L1_16u_C3CMR, &vekiNormDiff_L2_16u_C3CMR,
+                          &vekiNormRel_Inf_16u_C3CMR, &vekiNormRel_L1_16u_C3CMR, &vekiNormRel_L2_16u_C3CMR>,
+                     Form<float, 3, &vekiNorm_Inf_32f_C3CMR, &vekiNorm_L1_32f_C3CMR, &vekiNorm_L2_32f_C3CMR,
+                          &vekiNormDiff_Inf_32f_C3CMR, &vekiNormDiff_L1_32f_C3CMR, &vekiNormDiff_L2_32f_C3CMR,
+                          &vekiNormRel_Inf_32f_C3CMR, &vekiNormRel_L1_32f_C3CMR, &vekiNormRel_L2_32f_C3CMR>>;
+TYPED_TEST_SUITE(Norms, Forms);
+
+TYPED_TEST(Norms, MatchTheirDefinition) {
+    TypeParam::Operands::forSmallRegions(ordinary<typename TypeParam::T>,
+                                         [](const auto& operands) { TypeParam::check(operands); });
+}
+
+// Threads add the rows of floats stripe by stripe, in double.
 TYPED_TEST(Norms, MatchTheirDefinitionInParallel) {
-    const int64_t threads = ownGetNumThreads();
-    for (const int64_t pixels : {32768 * threads, 131072 * threads})
-        TypeParam::check(
-            {{1024, int32_t(pixels / 1024)}, Layout{Layout::kAfterGuard, 1, 3}, ordinary<typename TypeParam::T>},
-            TypeParam::kIsFloat ? 1e-14 : 0);
-    TypeParam::check({{1031, int32_t(131072 * threads / 1024)}, {}, ordinary<typename TypeParam::T>},
-                     TypeParam::kIsFloat ? 1e-14 : 0);
+    forLargeImages(kPixelsPerThread<131072>, [](RoiSize roi, const Layouts& layouts) {
+        TypeParam::check({roi, layouts, ordinary<typename TypeParam::T>}, TypeParam::kIsFloat ? 1e-14 : 0);
+    });
 }
 
 // One pixel is larger than all others, in the first, a middle or the last stripe.
-TYPED_TEST(Norms, FindTheMaximumOfEveryStripe) {
-    if constexpr (TypeParam::kNormName == kInf) {
-        constexpr bool kIsPlain = TypeParam::kOperation == kNorm;
-        constexpr int kRows = kIsPlain && TypeParam::kChannels == 1 && !TypeParam::kIsFloat ? 512 : 128;
-        const RoiSize roi{1024, kRows * ownGetNumThreads()};
-        typename TypeParam::Operands operands(roi, 1);
-        for (const int y : {0, roi.height / 2, roi.height - 1}) {
-            auto& pixel = operands.sources[0].at(500 * TypeParam::kChannels + operands.channel - 1, y);
-            pixel = 2;
-            double result = -1;
-            ASSERT_EQ(StatusOk, operands.call(&result));
-            ASSERT_EQ(kIsPlain ? 2 : 1, result) << "row " << y;
-            pixel = 1;
-        }
+TYPED_TEST(Norms, FindTheMaximumOfEveryStripeInParallel) {
+    const ThreadCount count(3);
+    const RoiSize roi{kLargeWidth, largeHeight(3 * 524288)};
+    const typename TypeParam::Operands operands(roi, 1);
+    for (const int y : {0, roi.height / 2, roi.height - 1}) {
+        operands.at(0, 500, y) = 2;
+        for (const auto& norm : TypeParam::norms())
+            if (norm.name == Name::kInf) {
+                double result = -1;
+                ASSERT_EQ(StatusOk, norm.call(operands, &result));
+                ASSERT_EQ(norm.operation == Operation::kNorm ? 2 : 1, result) << "row " << y;
+            }
+        operands.at(0, 500, y) = 1;
     }
 }
 
-template <typename NormMember>
-void expectNoNeedOfAlignment() {
-    const typename NormMember::Operands operands({77, 3}, {}, ordinary<typename NormMember::T>);
-    double result = -1;
-    ASSERT_EQ(StatusOk, operands.callUnaligned(&result));
-    ASSERT_EQ(NormMember::expected(operands), result);
-}
-
-// All norms read their images in the same way.
-TEST(NormForms, NeedNoAlignment) {
-    expectNoNeedOfAlignment<Member<&vekiNorm_L1_16u_C1MR, kNorm, kL1>>();
-    expectNoNeedOfAlignment<Member<&vekiNormDiff_L2_32f_C1MR, kNormDiff, kL2>>();
-    expectNoNeedOfAlignment<Member<&vekiNormRel_Inf_16u_C3CMR, kNormRel, kInf>>();
-    expectNoNeedOfAlignment<Member<&vekiNormRel_L1_32f_C3CMR, kNormRel, kL1>>();
-}
-
 TYPED_TEST(Norms, ReportTheFirstFault) {
-    double result = 77;
-    TypeParam::template checkStatuses<true>([&] { return result == 77; }, &result);
+    TypeParam::checkStatuses();
 }
 
 // The last image is 0 where the norms are 0, so that the relative ones divide by it.
 TYPED_TEST(Norms, OfNothingAreZero) {
     using Operands = typename TypeParam::Operands;
-    Operands operands({37, 3}, {}, ordinary<typename TypeParam::T>);
-    operands.mask = TestImage<uint8_t>::filled({37, 3}, {}, [](int, int) { return uint8_t(0); });
-    double result = 77;
-    const bool isRelative = TypeParam::kOperation == kNormRel;
-    ASSERT_EQ(isRelative ? StatusDivideByZeroWarning : StatusOk, operands.call(&result));
-    ASSERT_EQ(isRelative, std::isnan(result));
-    ASSERT_TRUE(isRelative || result == 0);
-
-    Operands zero({37, 3}, 0);
-    ASSERT_EQ(isRelative ? StatusDivideByZeroWarning : StatusOk, zero.call(&result));
-    ASSERT_EQ(isRelative, std::isnan(result));
-    zero.sources[0].at(TypeParam::kChannels * 36 + zero.channel - 1, 2) = 1;
-    ASSERT_EQ(isRelative ? StatusDivideByZeroWarning : StatusOk, zero.call(&result));
-    ASSERT_EQ(isRelative ? std::numeric_limits<double>::infinity() : 1, result);
+    Operands none({37, 3}, {}, ordinary<typename TypeParam::T>);
+    none.mask = TestImage<uint8_t>::constant({37, 3}, 0);
+    const Operands zero({37, 3}, 0), last({37, 3}, 0);
+    last.at(0, 36, 2) = 1;
+    for (const auto& norm : TypeParam::norms()) {
+        const Status status = norm.isRelative() ? StatusDivideByZeroWarning : StatusOk;
+        for (const Operands& operands : {none, zero}) {
+            double result = 77;
+            ASSERT_EQ(status, norm.call(operands, &result));
+            ASSERT_TRUE(norm.isRelative() ? std::isnan(result) : result == 0);
+        }
+        double result = 77;
+        ASSERT_EQ(status, norm.call(last, &result));
+        ASSERT_EQ(norm.isRelative() ? std::numeric_limits<double>::infinity() : 1, result);
+    }
 }
 
 // Rows so long, of values so large, that sums of 32 bits overflow.
 TYPED_TEST(Norms, DoNotOverflow) {
     using Limits = std::numeric_limits<typename TypeParam::T>;
     if constexpr (!TypeParam::kIsFloat)
-        for (const auto value : {Limits::max(), Limits::min()}) {
-            typename TypeParam::Operands operands({140001, 2}, value);
-            if constexpr (TypeParam::kOperation != kNorm) {
-                const auto other = value == Limits::max() ? Limits::min() : Limits::max();
-                operands.sources[1] = TestImage<typename TypeParam::T>::filled(
-                    operands.roi, {}, [=](int, int) { return other; }, TypeParam::kChannels);
-            }
+        for (const auto& [value, other] : {std::pair(Limits::max(), Limits::min()), {Limits::min(), Limits::max()}}) {
+            typename TypeParam::Operands operands({70003, 2}, value);
+            operands.sources[1] = TestImage<typename TypeParam::T>::constant(operands.roi, other, TypeParam::kChannels);
             TypeParam::check(operands);
         }
 }
@@ -212,31 +215,23 @@ TYPED_TEST(Norms, DoNotOverflow) {
 // Any float: NaN, infinities, and values whose squares overflow.
 TYPED_TEST(Norms, TakeAnyFloat) {
     using T = typename TypeParam::T;
+    using Operands = typename TypeParam::Operands;
     if constexpr (TypeParam::kIsFloat) {
         for (const float special : {std::numeric_limits<T>::quiet_NaN(), std::numeric_limits<T>::infinity(),
                                     -std::numeric_limits<T>::infinity(), std::numeric_limits<T>::max(), T(-0.0)})
-            for (const size_t source : {size_t(0), TypeParam::Form::kSourceCount - 1})
+            for (const size_t source : {0u, 1u})
                 for (const int x : {0, 17, 36}) {
                     SCOPED_TRACE(::testing::Message() << special << " at " << x << " of source " << source);
-                    typename TypeParam::Operands operands({37, 2}, {}, ordinary<T>);
-                    operands.sources[source].at(x * TypeParam::kChannels + operands.channel - 1, 1) = special;
+                    const Operands operands({37, 2}, {}, ordinary<T>);
+                    operands.at(source, x, 1) = special;
                     for (const int byte : {0, 1, 2, 128, 255}) {
                         operands.mask.at(x, 1) = uint8_t(byte);
                         TypeParam::check(operands);
                     }
                 }
         TypeParam::check({{301, 3}, {}, inexact});
-        typename TypeParam::Operands wild({301, 3}, {}, [](Random& random) { return random.value<T>(); });
-        TypeParam::check(wild);
+        TypeParam::check({{301, 3}, {}, [](Random& random) { return random.value<T>(); }});
     }
-}
-
-TEST(NormL2, OfOnePixelIsItsMagnitude) {
-    const int8_t pixel = -3;
-    const uint8_t mask = 128;
-    double result = 0;
-    ASSERT_EQ(StatusOk, vekiNorm_L2_8s_C1MR(&pixel, 1, &mask, 1, {1, 1}, &result));
-    ASSERT_EQ(3, result);
 }
 
 }  // namespace

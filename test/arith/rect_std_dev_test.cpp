@@ -135,31 +135,37 @@ using Members =
 TYPED_TEST_SUITE(RectStdDev, Members);
 
 // The arithmetic, on any tables: sums that wrap, negative variances.
-TYPED_TEST(RectStdDev, MatchesItsDefinition) {
-    using Entry = typename TypeParam::Entry;
-    using SquareEntry = typename TypeParam::SquareEntry;
-    const auto check = [](RoiSize roi, const Layouts& layouts, ImageRect rect) {
-        SCOPED_TRACE(::testing::Message() << roi.width << " x " << roi.height << ", " << layouts);
-        const RoiSize table = Window::of(TypeParam::kShape, rect).tableSize(roi);
-        Random random(1);
-        // Squares of pixels are of 31 bits: with sums like these, squares of means are of the same order.
-        const auto range = uint32_t(32768 * std::sqrt(double(rect.width * rect.height)));
-        const auto entry = [&](int, int) {
-            if constexpr (std::is_integral_v<Entry>)
-                return Entry(uint32_t(INT32_MAX) - range / 2 + random.below(range));
-            else
-                return Entry(double(range) * random.below(1 << 30) / (1 << 30));
-        };
-        const auto square = [&](int, int) { return SquareEntry(int32_t(random.bits())); };
-        const auto sums = TestImage<Entry>::filled(table, layouts[0], entry);
-        const auto squares = TestImage<SquareEntry>::filled(table, layouts[1], square);
-        TypeParam::check(sums, squares, roi, layouts[2], rect, roi.width % 5 - 2);
+template <typename MemberType>
+void checkAnyTables(RoiSize roi, const Layouts& layouts, ImageRect rect) {
+    using Entry = typename MemberType::Entry;
+    using SquareEntry = typename MemberType::SquareEntry;
+    const RoiSize table = Window::of(MemberType::kShape, rect).tableSize(roi);
+    Random random(1);
+    // Squares of pixels are of 31 bits: with sums like these, squares of means are of the same order.
+    const auto range = uint32_t(32768 * std::sqrt(double(rect.width * rect.height)));
+    const auto entry = [&](int, int) {
+        if constexpr (std::is_integral_v<Entry>)
+            return Entry(uint32_t(INT32_MAX) - range / 2 + random.below(range));
+        else
+            return Entry(double(range) * random.below(1 << 30) / (1 << 30));
     };
-    forSmallImages([&](RoiSize roi, const Layouts& layouts) {
+    const auto square = [&](int, int) { return SquareEntry(int32_t(random.bits())); };
+    const auto sums = TestImage<Entry>::filled(table, layouts[0], entry);
+    const auto squares = TestImage<SquareEntry>::filled(table, layouts[1], square);
+    MemberType::check(sums, squares, roi, layouts[2], rect, roi.width % 5 - 2);
+}
+
+TYPED_TEST(RectStdDev, MatchesItsDefinition) {
+    forSmallImages([](RoiSize roi, const Layouts& layouts) {
         for (const ImageRect rect : {ImageRect{0, 0, 1, 1}, ImageRect{4, 2, 3, 5}})
-            check(roi, layouts, rect);
+            checkAnyTables<TypeParam>(roi, layouts, rect);
     });
-    check({517, 512}, {}, {6, 1, 7, 7});
+}
+
+TYPED_TEST(RectStdDev, MatchesItsDefinitionInParallel) {
+    forLargeImages(kPixels, [](RoiSize roi, const Layouts& layouts) {
+        checkAnyTables<TypeParam>(roi, layouts, {6, 1, 7, 7});
+    });
 }
 
 // The window is the one that the header describes: the deviation of exactly these pixels.
@@ -200,14 +206,12 @@ TYPED_TEST(RectStdDev, IsThatOfThePixelsOfTheWindow) {
 
 TYPED_TEST(RectStdDev, OfAConstantImageIsZero) {
     for (const int value : {0, 1, 77, 100}) {  // squares up to 2^24 are exact in float
-        const auto image = TestImage<uint8_t>::filled({40, 40}, {}, [=](int, int) { return uint8_t(value); });
+        const auto image = TestImage<uint8_t>::constant({40, 40}, uint8_t(value));
         const typename TypeParam::Tables tables(image);
         const RoiSize roi{7, 5};
         const TestImage<typename TypeParam::Result> out(roi);
         ASSERT_EQ(StatusOk, TypeParam::call(tables.sums, tables.squares, out, {6, 3, 7, 7}, -8));
-        ASSERT_TRUE(samePixels(TestImage<typename TypeParam::Result>::filled(
-                                   roi, {}, [](int, int) { return typename TypeParam::Result(0); }),
-                               out));
+        ASSERT_TRUE(samePixels(TestImage<typename TypeParam::Result>::constant(roi, 0), out));
     }
 }
 

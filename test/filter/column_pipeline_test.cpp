@@ -175,15 +175,14 @@ TYPED_TEST(ColumnPipeline, Saturates) {
 }
 
 TYPED_TEST(ColumnPipeline, IsTheSameInParallel) {
-    for (const int threads : {1, 2, 3}) {
-        const ThreadCount count(threads);
-        for (const RoiSize& roi : regionsAround(32768 * threads))
-            for (const int32_t size : {4, 5})
-                TypeParam::check(TypeParam::randomRows(roi, {}, size), roi, {Layout::kAfterGuard, 1, 4},
-                                 randomKernel<typename TypeParam::Tap>(size, 1, true), 3);
+    forThreadCounts([](int threads) {
+        const RoiSize roi{kLargeWidth, largeHeight(32768 * threads)};
+        for (const int32_t size : {4, 5})
+            TypeParam::check(TypeParam::randomRows(roi, {}, size), roi, {Layout::kAfterGuard, 1, 4},
+                             randomKernel<typename TypeParam::Tap>(size, 1, true), 3);
         const RoiSize flat{32768 * threads + 1, 1};
         TypeParam::check(TypeParam::randomRows(flat, {}, 3), flat, {}, {1, 2, 1}, 4);
-    }
+    });
 }
 
 // Rows may be in any order, and the same row may stand in several places.

@@ -9,7 +9,6 @@
 #include "regions.h"
 #include "status_order.h"
 #include "test_image.h"
-#include "unaligned_image.h"
 #include "vekcore.h"
 
 namespace {
@@ -69,7 +68,8 @@ struct Lowpass {
 };
 
 /** A correlation of floats in the order of the header: pairs from outside in, then the middle. */
-float correlate(const Kernel& kernel, const std::function<float(int)>& at) {
+template <typename At>
+float correlate(const Kernel& kernel, At at) {
     const int reach = int(kernel.size()) / 2;
     float sum = 0;
     bool isFirst = true;
@@ -111,6 +111,13 @@ struct Operands {
 
     const T* source() const { return &memory.at(left, top); }
 
+    /** The region and the pixels around it that the mask reaches. */
+    TestImage<T> extended() const {
+        return TestImage<T>::filled({roi.width + 2 * reach, roi.height + 2 * reach}, {},
+                                    [&](int x, int y) { return pixel(x - reach, y - reach); });
+    }
+
+  private:
     /** The pixel at (x, y), which may lie outside. */
     T pixel(int x, int y) const {
         const bool above = y < 0, below = y >= roi.height;
@@ -136,6 +143,7 @@ template <typename T, typename R, typename... Rest, Status (*Filter)(const T*, i
 struct Member<Filter, Query, Definition> {
     using Pixel = T;
     using Result = R;
+    using Images = Operands<T, R>;
     static constexpr bool kHasMaskSize = sizeof...(Rest) == 4;
     static constexpr bool kIsMean = std::is_same_v<Definition, Lowpass>;
 
@@ -148,25 +156,26 @@ struct Member<Filter, Query, Definition> {
         return size;
     }
 
-    template <typename Out>
-    static auto arguments(const T* source, int32_t step, const Out& out, RoiSize roi, int taps, int borderType, T value,
-                          uint8_t* buffer) {
-        return std::tuple_cat(std::tuple(source, step), argumentsOf(out), std::tuple(roi),
-                              only<kHasMaskSize>(std::tuple(maskSize(taps))), std::tuple(borderType, value, buffer));
+    static auto arguments(const Images& images, int taps, int borderType, uint8_t* buffer) {
+        return std::tuple_cat(std::tuple(images.source(), images.memory.step()), argumentsOf(images.out),
+                              std::tuple(images.roi), only<kHasMaskSize>(std::tuple(maskSize(taps))),
+                              std::tuple(borderType, images.value, buffer));
     }
 
-    static TestImage<R> expected(const Operands<T, R>& operands, int taps) {
+    static TestImage<R> expected(const Images& operands, int taps) {
         const std::vector<Pair> pairs = Definition::pairs(taps);
+        const TestImage<T> extended = operands.extended();
         return TestImage<R>::filled(operands.roi, {},
-                                    [&](int x, int y) { return expectedAt(operands, pairs, taps, x, y); });
+                                    [&](int x, int y) { return expectedAt(extended, pairs, taps, x, y); });
     }
-    static R expectedAt(const Operands<T, R>& operands, const std::vector<Pair>& pairs, int taps, int x, int y) {
+    /** `image` begins `taps` / 2 pixels left of and above the region. */
+    static R expectedAt(const TestImage<T>& image, const std::vector<Pair>& pairs, int taps, int x, int y) {
         const int reach = taps / 2;
+        const auto pixel = [&](int i, int k) { return image.at(x + reach + i, y + reach + k); };
         if constexpr (std::is_same_v<T, float>) {
             const auto filtered = [&](const Pair& pair) {
-                return correlate(pair.column, [&](int k) {
-                    return correlate(pair.row, [&](int i) { return operands.pixel(x + i, y + k); });
-                });
+                return correlate(pair.column,
+                                 [&](int k) { return correlate(pair.row, [&](int i) { return pixel(i, k); }); });
             };
             if (kIsMean)
                 return filtered(pairs[0]) * (1.0f / float(taps * taps));
@@ -174,53 +183,45 @@ struct Member<Filter, Query, Definition> {
                 return filtered(pairs[0]);
             if (taps == 5)
                 return filtered(pairs[0]) + filtered(pairs[1]);
-            const auto outer = [&](int k) { return 2 * (operands.pixel(x - 1, y + k) + operands.pixel(x + 1, y + k)); };
-            return outer(-1) + outer(1) - 8 * operands.pixel(x, y);
+            const auto outer = [&](int k) { return 2 * (pixel(-1, k) + pixel(1, k)); };
+            return outer(-1) + outer(1) - 8 * pixel(0, 0);
         } else {
             int sum = 0;
             for (const Pair& pair : pairs)
                 for (int k = -reach; k <= reach; ++k)
                     for (int i = -reach; i <= reach; ++i)
-                        sum +=
-                            pair.column[size_t(reach + k)] * pair.row[size_t(reach + i)] * operands.pixel(x + i, y + k);
+                        sum += pair.column[size_t(reach + k)] * pair.row[size_t(reach + i)] * pixel(i, k);
             if (kIsMean)
                 return R(std::lround(double(sum) / (taps * taps)));
             return R(std::clamp<int>(sum, std::numeric_limits<R>::min(), std::numeric_limits<R>::max()));
         }
     }
 
+    /** `threads` have a slice of the work buffer and rows to filter. */
+    static void check(const Images& operands, const TestImage<R>& right, Layout layout, int borderType, int taps,
+                      int threads = 1) {
+        const auto buffer = workBuffer(bufferSize(operands.roi, taps), layout);
+        ASSERT_EQ(StatusOk, std::apply(Filter, arguments(operands, taps, borderType, buffer.data())));
+        ASSERT_TRUE(samePixels(right, operands.out));
+        ASSERT_TRUE(usesSlices(buffer, threads));
+    }
     static void check(RoiSize roi, Layout layout, int borderType, int taps) {
         SCOPED_TRACE(::testing::Message() << roi.width << " x " << roi.height << ", " << layout << ", border "
                                           << borderType << ", taps " << taps);
-        const Operands<T, R> operands(roi, layout, borderType, taps);
-        const auto buffer = workBuffer(bufferSize(roi, taps), layout);
+        const Images operands(roi, layout, borderType, taps);
         const auto before = operands.memory.copy({});
-        ASSERT_EQ(StatusOk, std::apply(Filter, arguments(operands.source(), operands.memory.step(), operands.out, roi,
-                                                         taps, borderType, operands.value, buffer.data())));
-        ASSERT_TRUE(samePixels(expected(operands, taps), operands.out));
+        check(operands, expected(operands, taps), layout, borderType, taps);
         ASSERT_TRUE(samePixels(before, operands.memory));
-        ASSERT_TRUE(buffer.guardsIntact());
-    }
-
-    static void checkUnaligned(RoiSize roi, int taps) {
-        const Operands<T, R> operands(roi, {}, BorderReflect, taps);
-        const UnalignedImage<T> source(operands.memory);
-        const UnalignedImage<R> out(operands.out);
-        const auto buffer = workBuffer(bufferSize(roi, taps));
-        ASSERT_EQ(StatusOk, std::apply(Filter, arguments(source.data(), source.step(), out, roi, taps, BorderReflect, 0,
-                                                         buffer.data())));
-        ASSERT_TRUE(out.holds(expected(operands, taps)));
     }
 
     static std::vector<int> masks() { return kHasMaskSize ? std::vector{3, 5} : std::vector{3}; }
 
     static void checkStatuses() {
         const RoiSize roi{9, 4};
-        const Operands<T, R> operands(roi, {}, BorderReplicate, 3);
+        const Images operands(roi, {}, BorderReplicate, 3);
         const auto before = operands.out.copy({});
         std::vector<uint8_t> buffer(size_t(bufferSize(roi, 5)));
-        StatusOrder order(Filter, arguments(operands.source(), operands.memory.step(), operands.out, roi, 3,
-                                            BorderReplicate, 0, buffer.data()));
+        StatusOrder order(Filter, arguments(operands, 3, BorderReplicate, buffer.data()));
         constexpr size_t kLast = sizeof...(Rest) + 4, kBorder = kLast - 2;
         order.template fault<kLast>("null buffer", StatusNullPointer, nullptr).commonFaults();
         for (const int type : {5, 7, 15, -1, 0x100, 0x1000, 0x105, 0xF5})
@@ -305,43 +306,21 @@ TYPED_TEST(FixedFilter, FollowsEveryBorderRule) {
     }
 }
 
-// On both sides of the sizes from which on threads share the rows; a buffer for each of them.
+// Threads share the rows where there is more than one processor.
 TYPED_TEST(FixedFilter, MatchesItsDefinitionInParallel) {
-    const int threads = ownGetNumThreads();
-    for (const int taps : TypeParam::masks())
-        for (const RoiSize roi :
-             {RoiSize{256, 255}, RoiSize{256, std::max(256, 5 * threads)}, RoiSize{301, 5 * threads + 259}})
-            TypeParam::check(roi, {Layout::kAfterGuard, 1, 3}, BorderReflect, taps);
-}
-
-// Large images are streamed only where their pixels are aligned.
-TYPED_TEST(FixedFilter, NeedsNoAlignment) {
-    for (const int taps : TypeParam::masks())
-        TypeParam::checkUnaligned({77, 40}, taps);
+    const RoiSize roi{301, 259};
+    const Layout layout{Layout::kAfterGuard, 1, 3};
+    for (const int taps : TypeParam::masks()) {
+        const typename TypeParam::Images operands(roi, layout, BorderReflect, taps);
+        const auto expected = TypeParam::expected(operands, taps);
+        forThreadCounts([&](int threads) {
+            TypeParam::check(operands, expected, layout, BorderReflect, taps, vekGetNumCoresOnDie() > 1 ? threads : 1);
+        });
+    }
 }
 
 TYPED_TEST(FixedFilter, ReportsTheFirstFault) {
     TypeParam::checkStatuses();
-}
-
-TEST(SobelKernel, IsThatOfTheTables) {
-    const auto check = [](int size, int order, int sign, const Kernel& expected) {
-        std::vector<int16_t> integers(size_t(size), 77);
-        std::vector<float> floats(size_t(size), 77);
-        ASSERT_EQ(StatusOk, vekiGenSobelKernel_16s(integers.data(), size, order, sign));
-        ASSERT_EQ(StatusOk, vekiGenSobelKernel_32f(floats.data(), size, order, sign));
-        EXPECT_EQ(expected, Kernel(integers.begin(), integers.end()));
-        EXPECT_EQ(expected, Kernel(floats.begin(), floats.end()));
-    };
-    check(3, 0, 1, kSmooth3);
-    check(5, 0, 1, kSmooth5);
-    check(3, 1, 1, kDown3);
-    check(5, 1, 1, kDown5);
-    check(3, 1, -1, kLeft3);
-    check(5, 1, -1, kLeft5);
-    check(3, 2, 1, kSecond3);
-    check(5, 2, 1, kSecond5);
-    check(7, 1, 1, {-1, -4, -5, 0, 5, 4, 1});
 }
 
 // The coefficients of the polynomial, multiplied factor by factor. Those of the largest sizes do not fit 16 bits.

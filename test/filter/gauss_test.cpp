@@ -7,7 +7,6 @@
 #include "regions.h"
 #include "status_order.h"
 #include "test_image.h"
-#include "unaligned_image.h"
 
 namespace {
 
@@ -102,18 +101,6 @@ TEST(Gauss, TakesAnySigma) {
     ASSERT_EQ(StatusOk,
               vekiFilterGaussBorder_32f_C1R(pixels, 12, out, 12, {3, 1}, 3, 1e-3f, BorderReplicate, 0, buffer.data()));
     EXPECT_TRUE(std::equal(pixels, pixels + 3, out));
-}
-
-// Rows of which most begin between the multiples of 4.
-TEST(Gauss, NeedsNoAlignment) {
-    for (const RoiSize roi : {RoiSize{5, 3}, RoiSize{77, 5}}) {
-        const TestImage<float> source = randomSource(roi, {});
-        const UnalignedImage<float> in(source, 1), out(TestImage<float>(roi), 3);
-        const auto buffer = workBuffer(bufferSize(roi, 5));
-        ASSERT_EQ(StatusOk, vekiFilterGaussBorder_32f_C1R(in.data(), in.step(), out.data(), out.step(), roi, 5, 0.8f,
-                                                          BorderReflect, 0, buffer.data()));
-        ASSERT_TRUE(out.holds(expectedFrom(source, 5, 0.8f, BorderReflect)));
-    }
 }
 
 TEST(Gauss, ReportsTheFirstFault) {

@@ -5,20 +5,38 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <map>
 #include <new>
+#include <vector>
 
-/** Pages between two pages that must not be touched: a read or write beyond either end is a fault. */
+/**
+ * Pages between two pages that must not be touched: a read or write beyond either end is a fault. A few pages are kept
+ * for the next memory of the same size, for mapping them takes longer than most tests of small images.
+ */
 class GuardedMemory {
   public:
     explicit GuardedMemory(size_t bytes) : size_((bytes + page() - 1) / page() * page()) {
+        auto& kept = keptMappings()[size_];
+        if (!kept.empty()) {
+            mapping_ = kept.back();
+            kept.pop_back();
+            return;
+        }
         void* const mapping = mmap(nullptr, size_ + 2 * page(), PROT_NONE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
         if (mapping == MAP_FAILED)
             throw std::bad_alloc();
         mapping_ = static_cast<uint8_t*>(mapping);
-        if (mprotect(begin(), size_, PROT_READ | PROT_WRITE) != 0)
-            throw std::bad_alloc();
+        protect(begin(), size_, PROT_READ | PROT_WRITE);
     }
-    ~GuardedMemory() { munmap(mapping_, size_ + 2 * page()); }
+    ~GuardedMemory() {
+        if (size_ > kMostKeptPages * page()) {
+            munmap(mapping_, size_ + 2 * page());
+            return;
+        }
+        if (hasForbiddenPages_)
+            protect(begin(), size_, PROT_READ | PROT_WRITE);
+        keptMappings()[size_].push_back(mapping_);
+    }
     GuardedMemory(const GuardedMemory&) = delete;
     GuardedMemory& operator=(const GuardedMemory&) = delete;
 
@@ -26,9 +44,9 @@ class GuardedMemory {
     uint8_t* end() const { return begin() + size_; }
 
     /** Makes the page that begins at `address` one that must not be touched, too. */
-    static void forbidPage(uint8_t* address) {
-        if (mprotect(address, page(), PROT_NONE) != 0)
-            throw std::bad_alloc();
+    void forbidPage(uint8_t* address) {
+        protect(address, page(), PROT_NONE);
+        hasForbiddenPages_ = true;
     }
 
     static size_t page() {
@@ -37,6 +55,20 @@ class GuardedMemory {
     }
 
   private:
+    static constexpr size_t kMostKeptPages = 16;
+
+    /** By their sizes; tests run on one thread. */
+    static std::map<size_t, std::vector<uint8_t*>>& keptMappings() {
+        static std::map<size_t, std::vector<uint8_t*>> mappings;
+        return mappings;
+    }
+
+    static void protect(uint8_t* address, size_t bytes, int protection) {
+        if (mprotect(address, bytes, protection) != 0)
+            throw std::bad_alloc();
+    }
+
     size_t size_;
     uint8_t* mapping_;
+    bool hasForbiddenPages_ = false;
 };

@@ -3,6 +3,7 @@
 #include <vector>
 
 #include "test_image.h"
+#include "thread_count.h"
 
 /** Widths on both sides of every vector width from a few lanes to 64, each in one row and in three. */
 inline std::vector<RoiSize> smallRegions() {
@@ -13,25 +14,43 @@ inline std::vector<RoiSize> smallRegions() {
     return regions;
 }
 
+/** check(roi, layouts) in a trace; whether it failed. */
+template <typename Check>
+bool failsFor(RoiSize roi, const Layouts& layouts, Check& check) {
+    SCOPED_TRACE(::testing::Message() << roi.width << " x " << roi.height << ", " << layouts);
+    check(roi, layouts);
+    return ::testing::Test::HasFatalFailure();
+}
+
 /** check(roi, layouts) for small images of all layouts, and for packed ones beside one whose rows are padded. */
 template <typename Check>
 void forSmallImages(Check check) {
-    const auto isOver = [&](RoiSize roi, const Layouts& layouts) {
-        check(roi, layouts);
-        return ::testing::Test::HasFatalFailure();
-    };
     for (const RoiSize& roi : smallRegions())
         for (const Layout& layout : kLayouts)
-            if (isOver(roi, layout))
+            if (failsFor(roi, layout, check))
                 return;
     for (const int32_t width : {7, 33, 129})
         for (size_t image = 0; image < 4; ++image)
-            if (isOver({width, 3}, {{}, image, {Layout::kBeforeGuard, 0, 3}}))
+            if (failsFor({width, 3}, {{}, image, {Layout::kBeforeGuard, 0, 3}}, check))
                 return;
 }
 
-/** Regions on both sides of a number of pixels from which on threads are used, and one that no team divides evenly. */
-inline std::vector<RoiSize> regionsAround(int32_t pixels) {
-    const int32_t width = 512, height = pixels / width;
-    return {{width, height - 1}, {width, height}, {width + 9, height + 1}};
+/** The rows of images of this width, and of so many pixels and more, that no team of 2 or 3 threads divides evenly. */
+constexpr int32_t kLargeWidth = 521;
+constexpr int32_t largeHeight(int32_t pixels) {
+    return pixels / 512 + 5;
 }
+
+/** check(roi, layouts) with 1, 2 and 3 threads, for images that threads share where pixels(threads) is the least size.
+ */
+template <typename Pixels, typename Check>
+void forLargeImages(Pixels pixels, Check check) {
+    forThreadCounts([&](int threads) {
+        failsFor({kLargeWidth, largeHeight(pixels(threads))}, kLargeLayouts[threads % 2], check);
+    });
+}
+
+/** The least sizes of most families. */
+inline constexpr auto kPixels = [](int) { return 262144; };
+template <int32_t kCount>
+inline constexpr auto kPixelsPerThread = [](int threads) { return kCount * threads; };

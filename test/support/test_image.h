@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 #include <cstring>
 #include <memory>
@@ -59,6 +60,8 @@ class Layouts {
 template <typename T>
 class TestImage {
   public:
+    static constexpr uint8_t kCanary = 0xA5;  // all bytes before anything is written
+
     TestImage(RoiSize roi, Layout layout = {}, int channels = 1)
         : roi_(roi),
           place_(layout.place),
@@ -82,7 +85,7 @@ class TestImage {
             pixels_ = begin + step - page - rowBytes_;
         if (layout.place == Layout::kRowsByGuards) {
             for (size_t y = 0; y < height; ++y)
-                GuardedMemory::forbidPage(begin + (y + 1) * step - page);
+                memory_->forbidPage(begin + (y + 1) * step - page);
         }
     }
 
@@ -90,9 +93,11 @@ class TestImage {
     template <typename F>
     static TestImage filled(RoiSize roi, Layout layout, F f, int channels = 1) {
         TestImage image(roi, layout, channels);
-        for (int y = 0; y < roi.height; ++y)
+        for (int y = 0; y < roi.height; ++y) {
+            T* const row = &image.at(0, y);
             for (int x = 0; x < image.elements(); ++x)
-                image.at(x, y) = f(x, y);
+                row[x] = f(x, y);
+        }
         return image;
     }
 
@@ -128,19 +133,18 @@ class TestImage {
             const uint8_t* const row = pixels_ + ptrdiff_t(y) * step_;
             if (place_ == Layout::kRowsByGuards)  // only the page that the row begins in may be read
                 byte = row - size_t(row - memory_->begin()) % GuardedMemory::page();
-            for (; byte < row; ++byte)
-                if (*byte != kCanary)
-                    return false;
+            if (!holdsCanaries(byte, row))
+                return false;
             byte = row + rowBytes_;
         }
-        for (; place_ != Layout::kRowsByGuards && byte < memory_->end(); ++byte)
-            if (*byte != kCanary)
-                return false;
-        return true;
+        return place_ == Layout::kRowsByGuards || holdsCanaries(byte, memory_->end());
     }
 
   private:
-    static constexpr uint8_t kCanary = 0xA5;
+    /** Whether all bytes are as they were, for each is the same as the next one. */
+    static bool holdsCanaries(const uint8_t* begin, const uint8_t* end) {
+        return begin == end || (*begin == kCanary && std::memcmp(begin, begin + 1, size_t(end - begin) - 1) == 0);
+    }
 
     RoiSize roi_;
     Layout::Place place_;
@@ -158,6 +162,17 @@ inline TestImage<uint8_t> workBuffer(int32_t bytes, Layout images = {}) {
         {bytes, 1}, isOdd ? Layout{Layout::kAfterGuard, images.offset, 0} : Layout{Layout::kBeforeGuard, 0, 0});
 }
 
+/** Whether each of so many threads used its slice of a work buffer, and nothing around the buffer was written. */
+inline ::testing::AssertionResult usesSlices(const TestImage<uint8_t>& buffer, int threads) {
+    if (!buffer.guardsIntact())
+        return ::testing::AssertionFailure() << "bytes outside the work buffer were written";
+    const ptrdiff_t bytes = buffer.roi().width / std::max(threads, 1);
+    for (int thread = 0; thread < threads; ++thread)
+        if (std::count(buffer.data() + thread * bytes, buffer.data() + (thread + 1) * bytes, buffer.kCanary) == bytes)
+            return ::testing::AssertionFailure() << "thread " << thread << " does not use its slice of the work buffer";
+    return ::testing::AssertionSuccess();
+}
+
 /** Whether two elements have the same bits; a NaN is the same as any other NaN. */
 template <typename T>
 bool sameElement(T a, T b) {
@@ -170,11 +185,15 @@ bool sameElement(T a, T b) {
 /** Whether two images hold the same pixels, and nothing was written around the second. */
 template <typename T>
 ::testing::AssertionResult samePixels(const TestImage<T>& expected, const TestImage<T>& actual) {
-    for (int y = 0; y < expected.roi().height; ++y)
+    for (int y = 0; y < expected.roi().height; ++y) {
+        const T *const right = &expected.at(0, y), *const row = &actual.at(0, y);
+        if (std::memcmp(right, row, size_t(expected.elements()) * sizeof(T)) == 0)
+            continue;
         for (int x = 0; x < expected.elements(); ++x)
-            if (!sameElement(expected.at(x, y), actual.at(x, y)))
-                return ::testing::AssertionFailure() << "element (" << x << ", " << y << "): expected "
-                                                     << +expected.at(x, y) << ", got " << +actual.at(x, y);
+            if (!sameElement(right[x], row[x]))
+                return ::testing::AssertionFailure()
+                       << "element (" << x << ", " << y << "): expected " << +right[x] << ", got " << +row[x];
+    }
     if (!actual.guardsIntact())
         return ::testing::AssertionFailure() << "bytes outside the image were written";
     return ::testing::AssertionSuccess();
