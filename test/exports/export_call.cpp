@@ -1,9 +1,7 @@
 #include "export_call.h"
 
-#include <sys/mman.h>
-
 #include <algorithm>
-#include <new>
+#include <cstring>
 
 namespace exports {
 namespace {
@@ -17,8 +15,8 @@ using fuzz::Value;
 /** Columns and rows that images have more than the region, for tables of integral images and windows. */
 constexpr int32_t kMore = 8;
 constexpr int32_t kTaps = 3;
-/** More than any work buffer, kernel or result needs. */
-constexpr size_t kManyBytes = size_t{1} << 26;
+/** More than any work buffer, and any kernel or result needs. */
+constexpr size_t kBufferBytes = size_t{1} << 26, kOtherBytes = 4096;
 
 template <typename T>
 Value valueWith(T content) {
@@ -37,18 +35,6 @@ T element(Random& random) {
 }
 
 }  // namespace
-
-ZeroMemory::ZeroMemory(size_t bytes) : bytes_(bytes) {
-    void* const mapping =
-        mmap(nullptr, bytes, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE, -1, 0);
-    if (mapping == MAP_FAILED)
-        throw std::bad_alloc();
-    begin_ = static_cast<uint8_t*>(mapping);
-}
-
-ZeroMemory::~ZeroMemory() {
-    munmap(begin_, bytes_);
-}
 
 ExportCall::ExportCall(const Export& target, RoiSize roi, Address address)
     : target_(target), roi_(roi), address_(address) {
@@ -70,8 +56,8 @@ Value ExportCall::valueOf(const Parameter& parameter, size_t index) {
         case Kind::kPointer:
             if (index + 1 < parameters.size() && target_.isStep(index + 1))
                 return valueWith(addOperand(parameter, stepOf(parameter) * size_t(roi_.height + kMore), address_).data);
-            return valueWith(
-                addOperand(parameter, kManyBytes, parameter.name == "buffer" ? address_ : Address::kAligned).data);
+            return valueWith(parameter.name == "buffer" ? addOperand(parameter, kBufferBytes, address_).data
+                                                        : addOperand(parameter, kOtherBytes, Address::kAligned).data);
         default:
             return target_.isStep(index) ? valueWith(int32_t(stepOf(parameters[index - 1]))) : number(parameter);
     }
@@ -91,7 +77,9 @@ size_t ExportCall::stepOf(const Parameter& image) const {
 }
 
 ExportCall::Operand& ExportCall::addOperand(const Parameter& parameter, size_t bytes, Address address) {
-    uint8_t* const data = memory_.emplace_back(bytes + size_t(address)).begin() + size_t(address);
+    // Large memory of zeros takes no page before it is touched.
+    void* const zeros = memory_.emplace_back(std::calloc(bytes + size_t(address), 1), &std::free).get();
+    uint8_t* const data = static_cast<uint8_t*>(zeros) + size_t(address);
     operands_.push_back({parameter.element, parameter.name == "mask", parameter.name == "buffer", bytes, data});
     return operands_.back();
 }

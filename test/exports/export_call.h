@@ -1,9 +1,9 @@
 // Calls of any export, with arguments that follow from its declaration.
 #pragma once
 
-#include <cstring>
+#include <cstdlib>
 #include <list>
-#include <string>
+#include <memory>
 #include <vector>
 
 #include "fuzz/export.h"
@@ -12,23 +12,8 @@
 
 namespace exports {
 
-/** Where images and work buffers begin, in bytes behind a multiple of 64. */
+/** Where images and work buffers begin, in bytes behind a multiple of the elements. */
 enum class Address { kAligned = 0, kOdd = 1 };
-
-/** Memory of zeros, of which no page takes part before it is touched. */
-class ZeroMemory {
-  public:
-    explicit ZeroMemory(size_t bytes);
-    ~ZeroMemory();
-    ZeroMemory(const ZeroMemory&) = delete;
-    ZeroMemory& operator=(const ZeroMemory&) = delete;
-
-    uint8_t* begin() const { return begin_; }
-
-  private:
-    uint8_t* begin_;
-    size_t bytes_;
-};
 
 /** An export with arguments for a region: images of zeros, a kernel of 3 taps or 3 x 3, a classifier of one feature. */
 class ExportCall {
@@ -61,7 +46,7 @@ class ExportCall {
     const fuzz::Export& target_;
     RoiSize roi_;
     Address address_;
-    std::list<ZeroMemory> memory_;
+    std::list<std::unique_ptr<void, decltype(&std::free)>> memory_;
     std::vector<Operand> operands_;
     std::list<std::vector<uint8_t*>> rows_;
     std::list<haar::ClassifierPointer> classifiers_;

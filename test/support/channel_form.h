@@ -47,10 +47,10 @@ struct ChannelOperands {
     /** check(operands) for regions of all kinds, layouts and channels. */
     template <typename Value, typename Check>
     static void forSmallRegions(Value value, Check check) {
-        forSmallImages([&, channel = 0](RoiSize roi, const Layouts& layouts) mutable {
+        forSmallImages([&, turn = 0](RoiSize roi, const Layouts& layouts) mutable {
             ChannelOperands operands(roi, layouts, value);
             if (kChannels > 1)
-                operands.channel = 1 + channel++ % 3;
+                operands.channel = 1 + turn++ % 3;
             SCOPED_TRACE(::testing::Message() << "channel " << operands.channel);
             check(operands);
         });
