@@ -28,7 +28,7 @@ class Faults {
                 break;
             default:
                 addBadRectangle();
-                addBadFeature();
+                addBadState();
                 break;
         }
     }
@@ -115,29 +115,11 @@ class Faults {
         }
     }
 
-    /** A number of features, of rectangles of a feature, or a rectangle that is out of range. */
-    void addBadFeature() {
-        if (const size_t i = target_.indexOf("rectangleCounts"); i != Export::kNone) {
-            const size_t rectangles = target_.indexOf("rectangles");
-            const int32_t features = call_.features->featureCount();
-            if (input_.oneIn(4)) {
-                call_.values[target_.indexOf("featureCount")].set(-1 - static_cast<int32_t>(input_.below(2)));
-                mustFail("a bad number of features");
-            } else if (features > 0 && input_.oneIn(2)) {
-                auto* const counts = static_cast<int32_t*>(call_.operands[i]->pointer());
-                counts[input_.below(static_cast<uint32_t>(features))] = input_.oneIn(2) ? 0 : INT_MIN;
-                call_.operands[i]->save();
-                mustFail("a bad number of rectangles");
-            } else if (features > 0) {
-                auto* const all = static_cast<ImageRect*>(call_.operands[rectangles]->pointer());
-                constexpr ImageRect kBad[] = {{-1, 0, 1, 1}, {0, INT_MIN, 1, 1}, {5, 5, 0, 1},
-                                              {5, 5, 1, 0},  {5, 5, INT_MIN, 1}, {5, 5, -1, -1}};
-                const auto count = static_cast<uint32_t>(call_.operands[rectangles]->extent().columns());
-                all[input_.below(count)] = input_.oneOf(kBad);
-                call_.operands[rectangles]->save();
-                mustFail("a bad rectangle");
-            }
-        }
+    void addBadState() {
+        for (const auto& state : call_.states)
+            if (state != nullptr)
+                if (const std::string fault = state->addFault(input_, call_); !fault.empty())
+                    mustFail(fault);
     }
 
     Input& input_;
