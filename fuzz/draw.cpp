@@ -85,7 +85,8 @@ class Drawing {
         if (kind == 31) {  // large enough for threads, by the thresholds of the families
             constexpr int32_t kPixels[] = {16384, 65536, 98304, 16384, 65536, 262144, 393216, 393216};
             const int32_t width = 127 + from1(600);
-            return {width, input_.oneOf(kPixels) / width + from1(3)};
+            const int32_t height = input_.oneOf(kPixels) / width;
+            return {width, height + from1(3)};
         }
         if (kind >= 24)
             return {from1(70), from1(70)};
@@ -175,7 +176,8 @@ class Drawing {
     void drawRows(size_t i) {
         const Extent extent = extentOf(call_, i);
         const int64_t rowBytes = extent.columns() * bytesOf(target_.parameters[i].element);
-        add(i, extent, rowBytes + static_cast<int64_t>(input_.below(40)), drawPlace(extent));
+        const int64_t step = rowBytes + static_cast<int64_t>(input_.below(40));
+        add(i, extent, step, drawPlace(extent));
         Random random(input_.take<uint16_t>());
         const Operand& pixels = *call_.operands[i];
         std::vector<void*> rows;
