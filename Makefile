@@ -5,7 +5,7 @@
 #   make sanitize   the tests under sanitizers: addresses and undefined behaviour in both widths, data races
 #   make valgrind   the quick tests of the 64-bit library under valgrind, which sees values that were never set
 #   make demo       the tool on the pictures of the repository, as build/demo/index.html
-#   make bench      benchmarks of both widths, into docs/performance.md; PEER=1 compares with OpenCV,
+#   make bench      benchmarks and sizes of both widths, into docs/performance.md; PEER=1 compares with OpenCV,
 #                   FILTER=text takes the exports whose names contain the text, QUICK=1 fewer sizes and rounds
 #   make fuzz       calls all exports with random arguments for SECONDS=60; what it finds lies in build/fuzz
 #   make docs       the manual of every function as pages: build/docs/html/index.html

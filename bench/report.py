@@ -1,14 +1,17 @@
 #!/usr/bin/env python3
 """Writes the page on performance from the results of vekcv_bench: report.py PAGE RESULTS [RESULTS]
 
-The results are those of a 64-bit build, of a 32-bit build, or of both. A 32-bit build, which has no peer, is compared
+The results lie in the folders of the builds, whose sizes the page has too. They are those of a 64-bit build, of a 32-bit build, or of both. A 32-bit build, which has no peer, is compared
 with the peer of the 64-bit results.
 """
 import itertools
 import json
 import math
+import os
 import statistics
 import sys
+
+from size import size_section
 
 INTRODUCTION = """# Performance
 
@@ -20,7 +23,7 @@ single numbers vary by the spread that the tables give. Compiler: {compiler}.
 Code variants: {variants}.
 
 - Both libraries work on the same images, whose rows have no padding; their results are compared before they are timed.
-  Masks select runs of 1 to 128 pixels, half of all. Filters have masks of 3 x 3 pixels and replicate the border;
+  Masks select stretches of 1 to 128 pixels, half of all. Filters have masks of 3 x 3 pixels and replicate the border;
   pipeline filters have 5 taps, the Gaussian filter 9. Windows of local deviations have 24 x 24 pixels; stages of Haar
   classifiers have 20 features of two rectangles.
 - The contestants take turns, several rounds each. A time is the median of the rounds; the spread is the range of the
@@ -31,7 +34,7 @@ Code variants: {variants}.
   write an image it is the time of a `memcpy` that moves as many bytes as the operation has to (sources and destination
   once, an image that is changed in place twice), divided by ours. For operations that only read it is the time of a
   plain sum over the bytes of the same images, read in eight places at once, divided by ours. Pixels that a mask leaves
-  out count too, though whole blocks of them are skipped, and so do the channels beside that of interest.
+  out count too, though whole vectors of them are skipped, and so do the channels beside that of interest.
 - **2 threads** is the time with one thread divided by that with two, at {outside}: 1 for what always runs on the
   calling thread, as the header tells, and less than 2 where memory is the limit.
 """
@@ -148,7 +151,8 @@ def main(page, *paths):
         compiler=data[0]["compiler"], variants="; ".join(f"{d['bits']} bits {d['library']}" for d in data),
         inside=" and ".join(map(size_name, first.inside)), outside=" or ".join(dict.fromkeys(size_name(build.sizes[-1]) for build in builds)),
         width_note="  The 32-bit build is compared with the peer in 64 bits.\n" if len(builds) > 1 else "")
-    sections = [introduction, summary(builds)] + [family_section(family, builds) for family in first.families]
+    sections = [introduction, summary(builds), size_section([os.path.dirname(path) for path in paths], table)]
+    sections += [family_section(family, builds) for family in first.families]
     with open(page, "w", encoding="utf-8") as file:
         file.write("\n".join(sections))
 

@@ -7,6 +7,8 @@
 #include <limits>
 #include <map>
 #include <random>
+#include <ranges>
+#include <string_view>
 #include <type_traits>
 
 #include "vekcore.h"
@@ -14,23 +16,52 @@
 namespace bench {
 namespace {
 
-constexpr const char* kExports[] = {
-#define VEKCV_EXPORT(name) #name,
-#include "vekcv_exports.inc"
+struct Export {
+    std::string name;
+    bool worksOnImages;
+};
+
+/** Whether a parameter has the step of an image: its name is that of the parameter before it and "Step". */
+bool hasStep(std::string_view parameters) {
+    std::string previous;
+    for (const auto word : std::views::split(parameters, ' ')) {
+        const std::string parameter(word.begin(), word.end());
+        if (parameter == previous + "Step")
+            return true;
+        previous = parameter;
+    }
+    return false;
+}
+
+/** Whether a type is that of the addresses of rows. */
+template <typename T>
+constexpr bool isRows() {
+    using Address = std::remove_pointer_t<T>;
+    return std::is_pointer_v<T> && std::is_pointer_v<Address> && std::is_const_v<Address>;
+}
+
+/** Whether a type is that of the place for the address of a new object. */
+template <typename T>
+constexpr bool isSlot() {
+    using Address = std::remove_pointer_t<T>;
+    return std::is_pointer_v<T> && std::is_pointer_v<Address> && !std::is_const_v<Address>;
+}
+
+/** There is nothing to measure where an export takes no image, or takes it to make an object from it. */
+template <typename Result, typename... Types>
+Export describe(std::string name, std::string_view parameters, Result(VEKCV_CALL*)(Types...)) {
+    return {std::move(name), (hasStep(parameters) || (isRows<Types>() || ...)) && !(isSlot<Types>() || ...)};
+}
+
+const Export kExports[] = {
+#define VEKCV_EXPORT(name, parameters) describe(#name, parameters, &name),
+#include "vekcv_parameters.inc"
 #undef VEKCV_EXPORT
 };
 
 std::map<std::string, TableEntry>& registry() {
     static std::map<std::string, TableEntry> entries;
     return entries;
-}
-
-/** Whether an export works on no image, so that there is nothing to measure. */
-bool isOfNoImage(const std::string& name) {
-    constexpr const char* kParts[] = {"GetLibVersion", "GetBufferSize", "vekiCannyGetSize",   "vekiGenSobelKernel",
-                                      "InitAlloc",     "Free_",         "HaarClassifierSize", "vekiTiltHaarFeatures"};
-    return std::any_of(std::begin(kParts), std::end(kParts),
-                       [&](const char* part) { return name.find(part) != name.npos; });
 }
 
 /** body(T{}) for the element type T. */
@@ -63,8 +94,8 @@ void fillWithRandom(std::vector<T>& values, std::mt19937& random) {
             value = static_cast<T>(random());
 }
 
-/** Runs of 1 to 128 bytes that are 255 or 0, for masks select regions rather than single pixels. */
-void fillWithRuns(std::vector<uint8_t>& values, std::mt19937& random) {
+/** Stretches of 1 to 128 bytes that are 255 or 0, for masks select regions rather than single pixels. */
+void fillWithStretches(std::vector<uint8_t>& values, std::mt19937& random) {
     uint8_t value = 0;
     for (size_t begin = 0; begin < values.size(); value = static_cast<uint8_t>(~value)) {
         const size_t end = std::min(begin + 1 + random() % 128, values.size());
@@ -95,7 +126,7 @@ void Operand::fill(unsigned seed) const {
         std::mt19937 random(seed);
         std::vector<T> pattern(std::min(elements(), kPatternElements));
         if constexpr (std::is_same_v<T, uint8_t>)
-            role == Role::kMask ? fillWithRuns(pattern, random) : fillWithRandom(pattern, random);
+            role == Role::kMask ? fillWithStretches(pattern, random) : fillWithRandom(pattern, random);
         else
             fillWithRandom(pattern, random);
         for (size_t i = 0; i < elements(); i += pattern.size())
@@ -142,12 +173,12 @@ Family::Family(const std::string& name, std::span<const Row> rows) {
 std::vector<TableEntry> table() {
     std::vector<TableEntry> entries;
     std::string missing;
-    for (const std::string name : kExports) {
-        const auto found = registry().find(name);
+    for (const Export& target : kExports) {
+        const auto found = registry().find(target.name);
         if (found != registry().end())
             entries.push_back(found->second);
-        else if (!isOfNoImage(name))
-            missing += "\n    " + name;
+        else if (target.worksOnImages)
+            missing += "\n    " + target.name;
     }
     if (!missing.empty())
         fail("these exports have no benchmark:" + missing);

@@ -32,8 +32,8 @@ struct Operand {
     size_t bytes() const { return static_cast<size_t>(step) * static_cast<size_t>(size.height); }
     size_t elements() const;
 
-    /** The same random elements for the same seed: the whole range of an integer, 0 to 256 for floats; runs in a mask.
-     */
+    /** The same random elements for the same seed: the whole range of an integer, 0 to 256 for floats. A mask has
+     * stretches that are set and stretches that are not. */
     void fill(unsigned seed) const;
     std::vector<double> values() const;
 };
@@ -80,10 +80,7 @@ struct TableEntry {
     Row row;
 };
 
-/**
- * The table in the order of the header. Ends the program where an export has no row, with the names; those
- * that work on no image have none.
- */
+/** The table in the order of the header. Ends the program where an export that works on images has no row. */
 std::vector<TableEntry> table();
 
 /** Ends the program with a message. */

@@ -33,7 +33,8 @@ for build in "${builds[@]}"; do
     results+=("$build/bench.json")
 done
 
+python3 -B "$source_folder/bench/size.py" "${builds[@]}"
 page=$source_folder/docs/performance.md
 ((${#options[@]})) && page=${builds[0]}/performance.md
-python3 "$source_folder/bench/report.py" "$page" "${results[@]}"
+python3 -B "$source_folder/bench/report.py" "$page" "${results[@]}"
 echo "$page"

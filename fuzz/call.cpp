@@ -13,10 +13,14 @@ std::string text(const Value& value, Element element) {
     });
 }
 
+/** The part of the address that is the same in every process, and the extent. */
 std::string text(const Operand& operand) {
     const Extent extent = operand.extent();
-    return " [columns " + std::to_string(extent.left) + " to " + std::to_string(extent.right - 1) + ", rows " +
-           std::to_string(extent.top) + " to " + std::to_string(extent.bottom - 1) + "]";
+    char place[32];
+    std::snprintf(place, sizeof place, "...%03x",
+                  static_cast<unsigned>(reinterpret_cast<uintptr_t>(operand.pointer()) & 0xFFF));
+    return std::string(place) + " [columns " + std::to_string(extent.left) + " to " + std::to_string(extent.right - 1) +
+           ", rows " + std::to_string(extent.top) + " to " + std::to_string(extent.bottom - 1) + "]";
 }
 
 }  // namespace
@@ -27,6 +31,14 @@ int32_t Call::channelsOf(size_t image) const {
     if (parameter.name == "mask" || layout == std::string_view::npos)
         return 1;
     return target->name[layout + 2] - '0';
+}
+
+std::optional<State::Bytes> Call::stateArgument(std::string_view parameter) const {
+    for (const auto& state : states)
+        if (state != nullptr)
+            if (const auto bytes = state->argument(parameter))
+                return bytes;
+    return {};
 }
 
 std::string Call::describe() const {
@@ -44,19 +56,17 @@ std::string Call::describe() const {
             all += "{" + std::to_string(r.x) + ", " + std::to_string(r.y) + ", " + std::to_string(r.width) + ", " +
                    std::to_string(r.height) + "}";
         } else {
-            char address[32];
-            std::snprintf(address, sizeof address, "%p", values[i].as<void*>());
-            all += address + (operands[i] == nullptr ? "" : text(*operands[i]));
+            all += isNull[i] ? "null" : operands[i] == nullptr ? "made by the run" : text(*operands[i]);
         }
     }
     all += ")";
-    if (features)
-        all += " " + std::to_string(features->featureCount()) + " features, tilted " +
-               std::to_string(features->isTilted) + ", later " + std::to_string(features->tiltsLater);
+    for (const auto& state : states)
+        if (state != nullptr)
+            all += " of " + state->describe();
     if (!fault.empty())
         all += " with " + fault;
-    if (allowedBlocks < 100)
-        all += " and memory for " + std::to_string(allowedBlocks) + " blocks";
+    if (allowedAllocations < 100)
+        all += " and memory for " + std::to_string(allowedAllocations) + " allocations";
     return hasTinyCache ? all + " and a tiny cache" : all;
 }
 

@@ -1,12 +1,6 @@
 #pragma once
 
-#include <memory>
-#include <optional>
-#include <string>
-
-#include "classifier.h"
-#include "export.h"
-#include "memory.h"
+#include "state.h"
 
 namespace fuzz {
 
@@ -20,21 +14,24 @@ struct Call {
     std::vector<Value> values;
     std::vector<std::unique_ptr<Operand>> operands;   // one for each parameter; null where it has no memory of its own
     std::vector<std::unique_ptr<Operand>> addresses;  // the array of the addresses of rows
-    std::optional<Features> features;                 // of exports that have to do with classifiers
+    std::vector<std::unique_ptr<State>> states;       // of each parameter that takes or gives an object
 
     Place bufferPlace{};                // of the work buffer, which depends on the number of threads
     std::vector<Value> plainValues;     // before faults were put in
     std::vector<bool> isNull;           // what is a null pointer on purpose
     std::string fault{};                // why the call must fail; empty where it need not
     bool writesInSpiteOfError = false;  // what comes before a null address among the destination rows
-    int allowedBlocks = 0;              // of memory from the core library
+    int allowedAllocations = 0;         // of memory from the core library
     bool hasTinyCache = false;
     uint32_t otherVariant = 1;  // the one that is compared with variant 0
 
-    const Value& value(std::string_view parameter) const { return values[target->indexOf(parameter)]; }
+    const Value& value(std::string_view parameter) const { return values.at(target->indexOf(parameter)); }
 
     /** What the last part of the name tells; masks and results have one channel. */
     int32_t channelsOf(size_t image) const;
+
+    /** What a parameter takes from one of the objects; nothing where it is of none. */
+    std::optional<State::Bytes> stateArgument(std::string_view parameter) const;
 
     /** Whether a parameter is an image: a step follows it. */
     bool isImage(size_t parameter) const { return target->isStepOf(parameter + 1, parameter); }

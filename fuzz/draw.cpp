@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <climits>
 #include <cmath>
+#include <cstdio>
 
 #include "faults.h"
 #include "preconditions.h"
@@ -10,9 +11,10 @@
 namespace fuzz {
 namespace {
 
-enum class Role { kNone, kImage, kRows, kTaps, kFeatures, kBuffer, kResult, kUnknown };
+enum class Role { kNone, kImage, kRows, kTaps, kOfState, kBuffer, kResult, kUnknown };
 
-Role roleOf(const Export& target, size_t index) {
+Role roleOf(const Call& call, size_t index) {
+    const Export& target = *call.target;
     const Parameter& parameter = target.parameters[index];
     if (parameter.kind == Kind::kRows)
         return Role::kRows;
@@ -26,9 +28,16 @@ Role roleOf(const Export& target, size_t index) {
         return Role::kTaps;
     if (parameter.name == "buffer")
         return Role::kBuffer;
-    if (parameter.isConst && Features::hasArray(parameter.name))
-        return Role::kFeatures;
+    if (parameter.isConst && call.stateArgument(parameter.name))
+        return Role::kOfState;
     return parameter.isConst ? Role::kUnknown : Role::kResult;
+}
+
+void drawStates(Input& input, Call& call) {
+    call.states.resize(call.target->parameters.size());
+    for (size_t i = 0; i < call.states.size(); ++i)
+        if (const Parameter& parameter = call.target->parameters[i]; parameter.isObject())
+            call.states[i] = StateType::find(parameter.type)(input, *call.target);
 }
 
 /** Draws the arguments of a call one after the other: numbers, then memory, which depends on them. */
@@ -42,8 +51,7 @@ class Drawing {
         call_.addresses.resize(target_.parameters.size());
         call_.isNull.resize(target_.parameters.size());
         const bool isFaulty = input_.oneIn(3);
-        if (usesFeatures())
-            call_.features = Features::draw(input_, target_.name.find("32f") != std::string_view::npos);
+        drawStates(input_, call_);
         forEach([&](size_t i) { drawPlain(i); });
         forEach([&](size_t i) { drawMemory(i); });
         if (call_.rules->sharesMemory && input_.oneIn(8))
@@ -60,10 +68,6 @@ class Drawing {
             visit(i);
     }
 
-    bool usesFeatures() const {
-        return std::any_of(target_.parameters.begin(), target_.parameters.end(),
-                           [](const Parameter& p) { return p.kind == Kind::kState || p.kind == Kind::kStateSlot; });
-    }
     bool isQuery() const { return target_.has("bufferSize"); }
 
     // --- numbers
@@ -81,7 +85,8 @@ class Drawing {
         if (kind == 31) {  // large enough for threads, by the thresholds of the families
             constexpr int32_t kPixels[] = {16384, 65536, 98304, 16384, 65536, 262144, 393216, 393216};
             const int32_t width = 127 + from1(600);
-            return {width, input_.oneOf(kPixels) / width + from1(3)};
+            const int32_t height = input_.oneOf(kPixels) / width;
+            return {width, height + from1(3)};
         }
         if (kind >= 24)
             return {from1(70), from1(70)};
@@ -92,9 +97,9 @@ class Drawing {
     ImageRect drawRectangle() {
         const auto x = static_cast<int32_t>(input_.below(20));
         const auto y = static_cast<int32_t>(input_.below(20));
-        const bool isTilted = target_.name.find("Tilted") != std::string_view::npos;
-        return {x, y, 1 + static_cast<int32_t>(input_.below(20)),
-                1 + static_cast<int32_t>(input_.below(isTilted ? static_cast<uint32_t>(x) + 1 : 20))};
+        const auto width = 1 + static_cast<int32_t>(input_.below(20));
+        const uint32_t mostHeight = call_.rules->hasTiltedWindow ? static_cast<uint32_t>(x) + 1 : 20;
+        return {x, y, width, 1 + static_cast<int32_t>(input_.below(mostHeight))};
     }
 
     template <typename T>
@@ -117,18 +122,19 @@ class Drawing {
     void drawPlain(size_t i) {
         const Parameter& parameter = target_.parameters[i];
         Value& value = call_.values[i];
-        if (parameter.kind == Kind::kSize) {
+        if (parameter.kind >= Kind::kPointer || target_.isStep(i))
+            return;
+        if (const auto bytes = call_.stateArgument(parameter.name)) {
+            value.setBytes(*bytes);
+        } else if (parameter.kind == Kind::kSize) {
             value.set(drawSize());
         } else if (parameter.kind == Kind::kRectangle) {
             value.set(drawRectangle());
-        } else if (parameter.name == "featureCount") {
-            value.set(call_.features->featureCount());
-        } else if (parameter.kind == Kind::kNumber && !target_.isStep(i)) {
-            const NumberRule& rule = *findNumberRule(parameter.name);
+        } else {
+            const NumberRule& rule = *findNumberRule(target_, parameter.name);
             withType(parameter.element, [&]<typename T>(T) { value.set(drawNumber<T>(rule)); });
-            // Taps that are sure to be there more often than not.
-            if (parameter.name == "anchorX" && !input_.oneIn(6))
-                value.set((value.as<int32_t>() & 0xFFFF) % std::max(call_.value("kernelSize").as<int32_t>(), 1));
+            if (!rule.below.empty() && !input_.oneIn(6))
+                value.set((value.as<int32_t>() & 0xFFFF) % std::max(call_.value(rule.below).as<int32_t>(), 1));
         }
     }
 
@@ -170,7 +176,8 @@ class Drawing {
     void drawRows(size_t i) {
         const Extent extent = extentOf(call_, i);
         const int64_t rowBytes = extent.columns() * bytesOf(target_.parameters[i].element);
-        add(i, extent, rowBytes + static_cast<int64_t>(input_.below(40)), drawPlace(extent));
+        const int64_t step = rowBytes + static_cast<int64_t>(input_.below(40));
+        add(i, extent, step, drawPlace(extent));
         Random random(input_.take<uint16_t>());
         const Operand& pixels = *call_.operands[i];
         std::vector<void*> rows;
@@ -184,13 +191,14 @@ class Drawing {
             else
                 std::swap(rows[y], other);
         }
-        addArray(call_.addresses[i], Element::kPointer, rows.size(), rows.data());
-        call_.values[i].set(call_.addresses[i]->pointer());
+        Operand& addresses = *(call_.addresses[i] = makeArray(Element::kPointer, extent.rows()));
+        std::memcpy(addresses.pointer(), rows.data(), rows.size() * sizeof rows[0]);
+        addresses.save();
+        call_.values[i].set(addresses.pointer());
     }
 
     void drawMemory(size_t i) {
-        const Parameter& parameter = target_.parameters[i];
-        switch (roleOf(target_, i)) {
+        switch (roleOf(call_, i)) {
             case Role::kImage:
                 drawImage(i);
                 break;
@@ -198,13 +206,13 @@ class Drawing {
                 drawRows(i);
                 break;
             case Role::kTaps:
-                addArray(i, std::clamp<int64_t>(call_.value("kernelSize").as<int32_t>(), 1, 64), nullptr);
+                addArray(i, std::clamp<int64_t>(call_.value("kernelSize").as<int32_t>(), 1, 64));
                 break;
-            case Role::kFeatures:
-                addArray(i, call_.features->arrayLength(parameter.name), call_.features->array(parameter.name));
+            case Role::kOfState:
+                addArrayOfState(i);
                 break;
             case Role::kResult:
-                addArray(i, 1, nullptr);
+                addArray(i, 1);
                 break;
             case Role::kBuffer:
                 call_.bufferPlace = drawPlace({0, 0, 1, INT_MAX});
@@ -221,21 +229,25 @@ class Drawing {
     }
 
     /** An array has elements at their natural alignment and lies in front of a guard, or behind one. */
-    void addArray(std::unique_ptr<Operand>& operand, Element element, size_t length, const void* content) {
+    std::unique_ptr<Operand> makeArray(Element element, int64_t length) {
         const Place place{input_.oneIn(4) ? Place::kBefore : Place::kBehind, 0};
-        const Extent extent{0, 0, std::max<int64_t>(static_cast<int64_t>(length), 1), 1};
-        operand = std::make_unique<Operand>(element, extent, 0, place);
-        if (content != nullptr)
-            std::memcpy(operand->pointer(), content, length * static_cast<size_t>(bytesOf(element)));
-        operand->save();
+        return std::make_unique<Operand>(element, Extent{0, 0, length, 1}, 0, place);
     }
-    void addArray(size_t i, int64_t length, const void* content) {
-        addArray(call_.operands[i], target_.parameters[i].element, static_cast<size_t>(length), content);
-        if (content == nullptr) {
-            call_.operands[i]->fill(drawContent(i));
-            call_.operands[i]->save();
-        }
-        call_.values[i].set(call_.operands[i]->pointer());
+    void addArray(size_t i, int64_t length, State::Bytes content = {}) {
+        Operand& operand = *(call_.operands[i] = makeArray(target_.parameters[i].element, length));
+        if (content.empty())
+            operand.fill(drawContent(i));
+        else
+            std::memcpy(operand.pointer(), content.data(), content.size());
+        operand.save();
+        call_.values[i].set(operand.pointer());
+    }
+
+    /** There is a first element even where the state has none. */
+    void addArrayOfState(size_t i) {
+        const Parameter& parameter = target_.parameters[i];
+        const State::Bytes content = *call_.stateArgument(parameter.name);
+        addArray(i, std::max<int64_t>(static_cast<int64_t>(content.size()) / bytesOf(parameter.element), 1), content);
     }
 
     /** Makes a source the same image as the one that is written. */
@@ -268,29 +280,54 @@ Call drawCall(Input& input, const Export& target, uint32_t variants) {
     call.rules = findPrecondition(target);
     call.otherVariant = variants < 2 ? 0 : variants - 1 - input.below(variants - 1);
     call.hasTinyCache = input.oneIn(4);
-    call.allowedBlocks = input.oneIn(16) ? static_cast<int>(input.below(3)) : INT_MAX;
+    call.allowedAllocations = input.oneIn(16) ? static_cast<int>(input.below(3)) : INT_MAX;
     Drawing(input, call).draw();
     return call;
 }
 
 std::string missingPlan(const Export& target) {
     const std::string name(target.name);
-    const Precondition* const rules = findPrecondition(target);
-    if (rules == nullptr)
+    Call call;
+    call.target = &target;
+    call.rules = findPrecondition(target);
+    if (call.rules == nullptr)
         return name + " belongs to no family of the preconditions";
-    if (rules->skipped != nullptr)
+    if (call.rules->skipped != nullptr)
         return "";
     if (target.call == nullptr)
         return name + " gives no status";
+    for (const Parameter& parameter : target.parameters)
+        if (parameter.isObject() && StateType::find(parameter.type) == nullptr)
+            return name + " has a parameter of a type that nothing makes: " + std::string(parameter.type);
+    Input nothing(nullptr, 0);
+    drawStates(nothing, call);
     for (size_t i = 0; i < target.parameters.size(); ++i) {
         const Parameter& parameter = target.parameters[i];
-        const bool isNumber = parameter.kind == Kind::kNumber && !target.isStep(i);
-        if (roleOf(target, i) == Role::kUnknown || (isNumber && findNumberRule(parameter.name) == nullptr))
+        const bool isNumber =
+            parameter.kind == Kind::kNumber && !target.isStep(i) && !call.stateArgument(parameter.name);
+        if (roleOf(call, i) == Role::kUnknown || (isNumber && findNumberRule(target, parameter.name) == nullptr))
             return name + " has a parameter that nothing is known of: " + std::string(parameter.name);
     }
-    if (target.has("buffer") && queryOf(target) == nullptr)
+    const Export* const query = queryOf(target);
+    if (!target.has("buffer"))
+        return "";
+    if (query == nullptr)
         return name + " has no query of the size of its buffer";
+    for (const Parameter& parameter : query->parameters)
+        if (parameter.name != "bufferSize" && !target.has(parameter.name))
+            return std::string(query->name) + " has a parameter that " + name +
+                   " has not: " + std::string(parameter.name);
     return "";
+}
+
+bool canDrawAll() {
+    bool canDraw = true;
+    for (const Export& target : exports())
+        if (const std::string missing = missingPlan(target); !missing.empty()) {
+            std::fprintf(stderr, "%s\n", missing.c_str());
+            canDraw = false;
+        }
+    return canDraw;
 }
 
 }  // namespace fuzz

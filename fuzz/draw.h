@@ -10,4 +10,7 @@ Call drawCall(Input& input, const Export& target, uint32_t variants);
 /** Why calls of an export cannot be drawn; empty where they can. */
 std::string missingPlan(const Export& target);
 
+/** Whether calls of all exports can be drawn; prints why not. */
+bool canDrawAll();
+
 }  // namespace fuzz

@@ -7,6 +7,13 @@
 namespace fuzz {
 namespace {
 
+/** An object of the library. A structure that is none is an element, and belongs here and to elementOf(). */
+template <typename T>
+constexpr bool isObject() {
+    return std::is_class_v<T> && !std::is_same_v<T, ImagePoint> && !std::is_same_v<T, RoiSize> &&
+           !std::is_same_v<T, ImageRect>;
+}
+
 template <typename T>
 constexpr Element elementOf() {
     if constexpr (std::is_same_v<T, ImagePoint>)
@@ -15,7 +22,7 @@ constexpr Element elementOf() {
         return Element::kSize;
     else if constexpr (std::is_same_v<T, ImageRect>)
         return Element::kRectangle;
-    else if constexpr (std::is_pointer_v<T> || std::is_same_v<T, HaarClassifier>)
+    else if constexpr (std::is_pointer_v<T> || isObject<T>())
         return Element::kPointer;
     else if constexpr (std::is_floating_point_v<T>)
         return sizeof(T) == 4 ? Element::k32f : Element::k64f;
@@ -25,6 +32,14 @@ constexpr Element elementOf() {
         return std::is_signed_v<T> ? Element::k16s : Element::k16u;
     else
         return Element::k32s;
+}
+
+/** The name of a type, from the text that the compiler has for this function. */
+template <typename T>
+consteval std::string_view nameOf() {
+    const std::string_view text = __PRETTY_FUNCTION__;
+    const size_t begin = text.find("T = ") + 4;
+    return text.substr(begin, text.find_first_of(";]", begin) - begin);
 }
 
 template <typename T>
@@ -37,15 +52,12 @@ constexpr Parameter parameterOf(std::string_view name) {
     } else {
         using Target = std::remove_pointer_t<T>;
         using Object = std::remove_cv_t<std::remove_pointer_t<Target>>;
-        if constexpr (!std::is_pointer_v<Target>) {
-            constexpr Kind kKind = std::is_class_v<Target> && elementOf<std::remove_cv_t<Target>>() == Element::kPointer
-                                       ? Kind::kState
-                                       : Kind::kPointer;
-            return {name, kKind, elementOf<std::remove_cv_t<Target>>(), std::is_const_v<Target>};
-        } else {
-            constexpr Kind kKind = std::is_const_v<Target> ? Kind::kRows : Kind::kStateSlot;
-            return {name, kKind, elementOf<Object>(), std::is_const_v<std::remove_pointer_t<Target>>};
-        }
+        constexpr bool kIsConst = std::is_const_v<std::remove_pointer_t<Target>>;
+        constexpr std::string_view kType = isObject<Object>() ? nameOf<Object>() : "";
+        if constexpr (!std::is_pointer_v<Target>)
+            return {name, isObject<Object>() ? Kind::kState : Kind::kPointer, elementOf<Object>(), kIsConst, kType};
+        else
+            return {name, isObject<Object>() ? Kind::kStateSlot : Kind::kRows, elementOf<Object>(), kIsConst, kType};
     }
 }
 

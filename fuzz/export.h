@@ -1,7 +1,9 @@
 // The exports as the header declares them: names and types of their parameters, and a call with values of any type.
 #pragma once
 
+#include <cstddef>
 #include <cstring>
+#include <span>
 #include <string_view>
 #include <vector>
 
@@ -18,7 +20,7 @@ enum class Kind {
     kPointer,    // to one element or many
     kRows,       // to the addresses of rows
     kState,      // to an object of the library
-    kStateSlot,  // to where such an object is put
+    kStateSlot,  // to where the address of a new object is put
 };
 
 int64_t bytesOf(Element element);
@@ -26,8 +28,11 @@ int64_t bytesOf(Element element);
 struct Parameter {
     std::string_view name;
     Kind kind;
-    Element element;  // of the number, or what the pointer or the rows point to
-    bool isConst;     // what is pointed to is only read
+    Element element;          // of the number, or what the pointer or the rows point to
+    bool isConst;             // what is pointed to is only read
+    std::string_view type{};  // the name of the type of an object of the library
+
+    bool isObject() const { return !type.empty(); }
 };
 
 /** An argument of any type. */
@@ -45,6 +50,7 @@ class Value {
         static_assert(sizeof(T) <= sizeof bytes_);
         std::memcpy(bytes_, &value, sizeof value);
     }
+    void setBytes(std::span<const std::byte> value) { std::memcpy(bytes_, value.data(), value.size()); }
 
   private:
     unsigned char bytes_[16] = {};

@@ -12,25 +12,20 @@ class Faults {
   public:
     Faults(Input& input, Call& call) : input_(input), call_(call), target_(*call.target) {}
 
+    /** A fault of a kind that the export can have. */
     void add() {
-        switch (input_.below(5)) {
-            case 0:
-                addNullPointer();
-                break;
-            case 1:
-                addBadSize();
-                break;
-            case 2:
-                addShortStep();
-                break;
-            case 3:
-                addNullRow();
-                break;
-            default:
-                addBadRectangle();
-                addBadFeature();
-                break;
-        }
+        std::vector<void (Faults::*)()> kinds{&Faults::addNullPointer};
+        const auto addKind = [&](bool isPossible, void (Faults::*kind)()) {
+            if (isPossible)
+                kinds.push_back(kind);
+        };
+        addKind(target_.has("roiSize") && !target_.has("bufferSize"), &Faults::addBadSize);
+        addKind(!indicesOf([&](size_t i) { return target_.isStep(i); }).empty(), &Faults::addShortStep);
+        addKind(!indicesOf([&](size_t i) { return call_.addresses[i] != nullptr; }).empty(), &Faults::addNullRow);
+        addKind(target_.has("rect"), &Faults::addBadRectangle);
+        addKind(!indicesOf([&](size_t i) { return target_.parameters[i].kind == Kind::kStateSlot; }).empty(),
+                &Faults::addBadState);
+        (this->*kinds[input_.below(static_cast<uint32_t>(kinds.size()))])();
     }
 
   private:
@@ -57,8 +52,6 @@ class Faults {
 
     void addBadSize() {
         const size_t i = target_.indexOf("roiSize");
-        if (i == Export::kNone || target_.has("bufferSize"))
-            return;
         auto size = call_.values[i].as<RoiSize>();
         constexpr RoiSize kBad[] = {{0, 1},       {1, 0},       {-1, 1},      {1, -1},
                                     {INT_MIN, 1}, {1, INT_MIN}, {INT_MAX, 1}, {1431655766, 1}};
@@ -72,8 +65,6 @@ class Faults {
 
     void addShortStep() {
         const auto steps = indicesOf([&](size_t i) { return target_.isStep(i); });
-        if (steps.empty())
-            return;
         const size_t i = steps[input_.below(static_cast<uint32_t>(steps.size()))];
         const auto checked = static_cast<int32_t>(checkedRowBytes(call_, i - 1));
         const int32_t element = static_cast<int32_t>(bytesOf(target_.parameters[i - 1].element));
@@ -86,8 +77,6 @@ class Faults {
     /** A null address among rows. Rows before it may be written. */
     void addNullRow() {
         const auto rows = indicesOf([&](size_t i) { return call_.addresses[i] != nullptr; });
-        if (rows.empty())
-            return;
         Operand& addresses = *call_.addresses[rows[0]];
         const auto count = static_cast<uint32_t>(addresses.extent().columns());
         static_cast<void**>(addresses.pointer())[input_.below(count)] = nullptr;
@@ -97,47 +86,27 @@ class Faults {
     }
 
     void addBadRectangle() {
-        if (const size_t i = target_.indexOf("rect"); i != Export::kNone) {
-            auto r = call_.values[i].as<ImageRect>();
-            constexpr ImageRect kBad[] = {{-1, 0, 1, 1},
-                                          {0, -1, 1, 1},
-                                          {0, 0, 0, 1},
-                                          {0, 0, 1, 0},
-                                          {INT_MAX, 0, 1, 1},
-                                          {0, 0, INT_MAX, 1},
-                                          {INT_MIN, INT_MIN, INT_MIN, INT_MIN}};
-            const ImageRect bad = input_.oneOf(kBad);
-            const auto other = [](int32_t value, int32_t usual, int32_t now) { return value == usual ? now : value; };
-            r = {other(bad.x, 0, r.x), other(bad.y, 0, r.y), other(bad.width, 1, r.width),
-                 other(bad.height, 1, r.height)};
-            call_.values[i].set(r);
-            mustFail("a bad rectangle");
-        }
+        const size_t i = target_.indexOf("rect");
+        auto r = call_.values[i].as<ImageRect>();
+        constexpr ImageRect kBad[] = {{-1, 0, 1, 1},
+                                      {0, -1, 1, 1},
+                                      {0, 0, 0, 1},
+                                      {0, 0, 1, 0},
+                                      {INT_MAX, 0, 1, 1},
+                                      {0, 0, INT_MAX, 1},
+                                      {INT_MIN, INT_MIN, INT_MIN, INT_MIN}};
+        const ImageRect bad = input_.oneOf(kBad);
+        const auto other = [](int32_t value, int32_t usual, int32_t now) { return value == usual ? now : value; };
+        r = {other(bad.x, 0, r.x), other(bad.y, 0, r.y), other(bad.width, 1, r.width), other(bad.height, 1, r.height)};
+        call_.values[i].set(r);
+        mustFail("a bad rectangle");
     }
 
-    /** A number of features, of rectangles of a feature, or a rectangle that is out of range. */
-    void addBadFeature() {
-        if (const size_t i = target_.indexOf("rectangleCounts"); i != Export::kNone) {
-            const size_t rectangles = target_.indexOf("rectangles");
-            const int32_t features = call_.features->featureCount();
-            if (input_.oneIn(4)) {
-                call_.values[target_.indexOf("featureCount")].set(-1 - static_cast<int32_t>(input_.below(2)));
-                mustFail("a bad number of features");
-            } else if (features > 0 && input_.oneIn(2)) {
-                auto* const counts = static_cast<int32_t*>(call_.operands[i]->pointer());
-                counts[input_.below(static_cast<uint32_t>(features))] = input_.oneIn(2) ? 0 : INT_MIN;
-                call_.operands[i]->save();
-                mustFail("a bad number of rectangles");
-            } else if (features > 0) {
-                auto* const all = static_cast<ImageRect*>(call_.operands[rectangles]->pointer());
-                constexpr ImageRect kBad[] = {{-1, 0, 1, 1}, {0, INT_MIN, 1, 1}, {5, 5, 0, 1},
-                                              {5, 5, 1, 0},  {5, 5, INT_MIN, 1}, {5, 5, -1, -1}};
-                const auto count = static_cast<uint32_t>(call_.operands[rectangles]->extent().columns());
-                all[input_.below(count)] = input_.oneOf(kBad);
-                call_.operands[rectangles]->save();
-                mustFail("a bad rectangle");
-            }
-        }
+    void addBadState() {
+        for (const auto& state : call_.states)
+            if (state != nullptr)
+                if (const std::string fault = state->addFault(input_, call_); !fault.empty())
+                    mustFail(fault);
     }
 
     Input& input_;

@@ -1,8 +1,9 @@
 #pragma once
 
+#include <array>
+#include <bit>
 #include <cstddef>
 #include <cstdint>
-#include <cstring>
 
 namespace fuzz {
 
@@ -13,12 +14,13 @@ class Input {
 
     template <typename T>
     T take() {
-        T value{};
-        const size_t bytes = sizeof(T) < size_ ? sizeof(T) : size_;
-        std::memcpy(&value, data_, bytes);
-        data_ += bytes;
-        size_ -= bytes;
-        return value;
+        std::array<uint8_t, sizeof(T)> bytes{};
+        for (uint8_t& byte : bytes)
+            if (size_ > 0) {
+                byte = *data_++;
+                --size_;
+            }
+        return std::bit_cast<T>(bytes);
     }
 
     /** 0 to count - 1. */

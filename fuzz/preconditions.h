@@ -1,5 +1,5 @@
-// What the header asks of callers beyond what the names and types of parameters say: an entry for each family, and the
-// values of each number.
+// What the header asks of callers beyond what the names and types of parameters say: an entry for each family, in the
+// file of families/ that is named after the folder of the implementation.
 #pragma once
 
 #include <limits>
@@ -8,6 +8,16 @@
 #include "call.h"
 
 namespace fuzz {
+
+/** The values of a number. */
+struct NumberRule {
+    enum Others { kNone, kBelowOne, kAny };  // kBelowOne: memory is needed for all larger ones
+
+    std::string_view parameter;
+    std::vector<double> usual;
+    Others others = kAny;
+    std::string_view below{};  // an earlier parameter, which the number is less than more often than not
+};
 
 struct Precondition {
     std::string_view family;        // how the names of its exports begin
@@ -21,21 +31,24 @@ struct Precondition {
     /** The query of the size of the work buffer: the whole name, or what takes the place of a part of the export's. */
     std::string_view query{}, replacedByQuery{};
 
-    bool sharesMemory = false;    // the destination may be the same image as a source
-    bool dependsOnTeam = false;   // float results may depend on the number of threads
-    std::string_view optional{};  // results whose pointers may be null
+    bool sharesMemory = false;     // the destination may be the same image as a source
+    bool dependsOnTeam = false;    // float results may depend on the number of threads
+    bool hasTiltedWindow = false;  // which must not begin left of the image
+    std::string_view optional{};   // results whose pointers may be null
+
+    std::vector<NumberRule> numbers{};  // those that mean something else in other families
+};
+
+/** The families of a file; they join the list when the program starts. */
+struct Families {
+    explicit Families(std::span<const Precondition> entries);
 };
 
 /** The entry with the longest name that fits; null where there is none. */
 const Precondition* findPrecondition(const Export& target);
 
-struct NumberRule {
-    std::string_view parameter;
-    std::vector<double> usual;
-    enum Others { kNone, kBelowOne, kAny } others;  // kBelowOne: memory is needed for all larger ones
-};
-
-const NumberRule* findNumberRule(std::string_view parameter);
+/** The rule of the family or else of all families; null where there is none. */
+const NumberRule* findNumberRule(const Export& target, std::string_view parameter);
 
 /** The query of the size of the work buffer of an export; null where there is none. */
 const Export* queryOf(const Export& target);
@@ -43,5 +56,13 @@ const Export* queryOf(const Export& target);
 /** The elements of an image, and the bytes of a row that the check of its step asks for. */
 Extent extentOf(const Call& call, size_t image);
 int64_t checkedRowBytes(const Call& call, size_t image);
+
+// For entries.
+
+/** The elements of the region, and their columns. */
+Extent regionExtent(const Call& call, size_t image);
+int64_t regionColumns(const Call& call, size_t image);
+
+Extent enlarged(Extent extent, int64_t columns, int64_t rows);
 
 }  // namespace fuzz

@@ -17,13 +17,19 @@ using Elements = std::vector<uint8_t>;
 struct Results {
     Status status;
     std::vector<Elements> elements;  // of each operand that is written; empty for all others
+    std::vector<Elements> objects;   // what each object tells
 };
 
 /** One run of a call. */
 class Run {
   public:
     Run(const Call& call, uint32_t variant, int threads)
-        : call_(call), target_(*call.target), variant_(variant), threads_(threads), values_(call.values) {}
+        : call_(call),
+          target_(*call.target),
+          variant_(variant),
+          threads_(threads),
+          values_(call.values),
+          objects_(values_.size()) {}
 
     Results results() {
         if (std::getenv("VEKCV_FUZZ_TRACE") != nullptr)
@@ -36,17 +42,17 @@ class Run {
                 if (operand != nullptr)
                     operand->restore();
 
-        const int blocks = standInBlocks();
+        const int allocations = standInBlocks();
         makeBuffer();
-        makeState();
-        standInFailAfter(call_.allowedBlocks);
-        Results results{target_.call(values_.data()), {}};
+        makeObjects();
+        standInFailAfter(call_.allowedAllocations);
+        Results results{target_.call(values_.data()), {}, {}};
         standInFailAfter(INT_MAX);
         checkMemory(results.status);
         results.elements = writtenElements();
-        releaseState(results);
-        if (standInBlocks() != blocks)
-            fail("a block of memory was not released");
+        releaseObjects(results);
+        if (standInBlocks() != allocations)
+            fail("memory was not released");
         return results;
     }
 
@@ -81,41 +87,46 @@ class Run {
             values_[i].set(buffer_->pointer());
     }
 
-    size_t stateIndex() const {
-        for (size_t i = 0; i < target_.parameters.size(); ++i)
-            if (target_.parameters[i].kind == Kind::kState)
-                return i;
-        return Export::kNone;
+    void makeObjects() {
+        for (size_t i = 0; i < target_.parameters.size(); ++i) {
+            if (target_.parameters[i].kind != Kind::kState)
+                continue;
+            objects_[i] = call_.states[i]->build();
+            if (objects_[i] == nullptr)
+                fail("an object cannot be made");
+            if (!call_.isNull[i])
+                values_[i].set(objects_[i]);
+        }
     }
 
-    void makeState() {
-        const size_t i = stateIndex();
-        if (i == Export::kNone)
-            return;
-        state_ = call_.features->build();
-        if (!call_.isNull[i])
-            values_[i].set(state_);
-    }
-
-    /** Releases what the call made or left, and adds what can be seen of it to the results. */
-    void releaseState(Results& results) {
+    /** Takes the objects that the call made. With an error it may leave the slot as it is or set it to null. */
+    void takeNewObjects(Results& results) {
         for (size_t i = 0; i < target_.parameters.size(); ++i) {
             if (target_.parameters[i].kind != Kind::kStateSlot || call_.isNull[i])
                 continue;
-            HaarClassifier*& slot = *static_cast<HaarClassifier**>(call_.operands[i]->pointer());
-            const bool isMade = results.status == StatusOk;
-            if (isMade)
-                state_ = slot;
-            results.elements[i] = {isMade ? uint8_t{1} : slot == nullptr ? uint8_t{2} : uint8_t{3}};
+            const Operand& slot = *call_.operands[i];
+            void* const object = *static_cast<void**>(slot.pointer());
+            if (results.status == StatusOk && (object == nullptr || slot.isUntouched()))
+                fail("no object was given");
+            if (results.status == StatusOk)
+                objects_[i] = object;
+            else if (object != nullptr && !slot.isUntouched())
+                fail("an object was given in spite of status " + std::to_string(results.status));
+            // Addresses differ from run to run.
+            results.elements[i] = {object == nullptr, slot.isUntouched()};
         }
-        const bool isReleased = target_.name.find("Free") != std::string_view::npos && results.status == StatusOk;
-        if (state_ == nullptr || isReleased)
+    }
+
+    void releaseObjects(Results& results) {
+        takeNewObjects(results);
+        if (target_.name.find("Free") != std::string_view::npos && results.status == StatusOk)
             return;
-        RoiSize window{};
-        vekiGetHaarClassifierSize_32f(state_, &window);
-        const auto* const bytes = reinterpret_cast<const uint8_t*>(&window);
-        results.elements.emplace_back(bytes, bytes + sizeof window);
-        vekiHaarClassifierFree_32f(state_);
+        for (size_t i = 0; i < objects_.size(); ++i) {
+            if (objects_[i] == nullptr)
+                continue;
+            results.objects.push_back(call_.states[i]->observe(objects_[i]));
+            call_.states[i]->release(objects_[i]);
+        }
     }
 
     bool isWritten(size_t i) const {
@@ -123,8 +134,7 @@ class Run {
     }
 
     void checkMemory(Status status) const {
-        // A classifier that cannot be built may be made null.
-        const bool mayWrite = status >= 0 || call_.writesInSpiteOfError || target_.has("rectangles");
+        const bool mayWrite = status >= 0 || call_.writesInSpiteOfError;
         for (size_t i = 0; i < target_.parameters.size(); ++i) {
             const std::string name(target_.parameters[i].name);
             if (call_.addresses[i] != nullptr && !call_.addresses[i]->isUntouched())
@@ -134,7 +144,7 @@ class Run {
                 continue;
             if (!isWritten(i) && !operand->isUntouched())
                 fail("a source was written: " + name);
-            if (!mayWrite && !operand->isUntouched())
+            if (!mayWrite && target_.parameters[i].kind != Kind::kStateSlot && !operand->isUntouched())
                 fail("an output was written in spite of status " + std::to_string(status) + ": " + name);
             if (!operand->areSurroundingsUntouched())
                 fail("bytes outside were written: " + name);
@@ -158,7 +168,7 @@ class Run {
     int threads_;
     std::vector<Value> values_;
     std::unique_ptr<Operand> buffer_;
-    HaarClassifier* state_ = nullptr;
+    std::vector<void*> objects_;  // made for a parameter, or by the call
 };
 
 template <typename T>
@@ -187,8 +197,6 @@ std::string difference(const Call& call, const Results& expected, const Results&
         const Elements &a = expected.elements[i], &b = actual.elements[i];
         if (a == b)
             continue;
-        if (i >= call.target->parameters.size())
-            return "another size of window";
         const Parameter& parameter = call.target->parameters[i];
         const bool isFloat = call.target->name.find("32f") != std::string_view::npos;
         if (!isSameTeam && call.rules->dependsOnTeam && isFloat && mayBeShared(call))
@@ -201,7 +209,7 @@ std::string difference(const Call& call, const Results& expected, const Results&
             return std::string(parameter.name) + " differs at " + (element == 1 ? "byte " : "element ") +
                    std::to_string(at) + " of " + std::to_string(a.size() / element);
     }
-    return "";
+    return expected.objects == actual.objects ? "" : "an object differs";
 }
 
 }  // namespace

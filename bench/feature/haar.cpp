@@ -53,7 +53,7 @@ struct Integral {
     }
 };
 
-/** All positions pass, so that every call has the same to do; the mask selects runs of them. */
+/** All positions pass, so that every call has the same to do; the mask selects stretches of them. */
 template <auto Export, typename Sum, typename Value, typename... Scale>
 Work work(Status(VEKCV_CALL*)(const Sum*, int32_t, const Value*, int32_t, uint8_t*, int32_t, RoiSize, int32_t*, Value,
                               const HaarClassifier*, Scale...),

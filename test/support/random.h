@@ -27,7 +27,8 @@ class Random {
                 Limits::max(), Limits::lowest(), Limits::min(),      Limits::denorm_min()};
             if (below(12) == 0)
                 return kSpecial[below(std::size(kSpecial))];
-            return T(int32_t(bits()) - (1 << 30)) / T(1 << (below(30)));
+            const auto numerator = T(int32_t(bits()) - (1 << 30));
+            return numerator / T(1 << below(30));
         } else {
             using Limits = std::numeric_limits<T>;
             constexpr T kSpecial[] = {Limits::min(), Limits::max(), T(0), T(1)};

@@ -1,0 +1,54 @@
+// State objects of the library, such as classifiers: what an object is made from, and what follows from that for the
+// arguments of a call. A type of object is a file of families/ with a class that derives from State and a StateType.
+#pragma once
+
+#include <memory>
+#include <optional>
+#include <span>
+#include <string>
+#include <vector>
+
+#include "export.h"
+#include "input.h"
+#include "memory.h"
+
+namespace fuzz {
+
+struct Call;
+
+/** What an object is made from. Every run of a call makes an object of its own. */
+class State {
+  public:
+    virtual ~State() = default;
+
+    virtual void* build() const = 0;
+    virtual void release(void* object) const = 0;
+    /** What the library tells of an object, to compare it with that of another run. */
+    virtual std::vector<uint8_t> observe(const void* object) const = 0;
+    virtual std::string describe() const = 0;
+
+    using Bytes = std::span<const std::byte>;
+
+    /** The number, or the elements of the array, that a parameter takes from the object; nothing for others. */
+    virtual std::optional<Bytes> argument(std::string_view /*parameter*/) const { return {}; }
+
+    /** The elements of an image that are read or written, where the object decides on that. */
+    virtual std::optional<Extent> extentOf(const Call& /*call*/, size_t /*image*/) const { return {}; }
+
+    /** Puts a fault into the arguments that an object is made from, and names it; empty where there is none. */
+    virtual std::string addFault(Input& /*input*/, Call& /*call*/) const { return {}; }
+};
+
+/** Joins the list of types when the program starts. */
+class StateType {
+  public:
+    using Draw = std::unique_ptr<State> (*)(Input& input, const Export& target);
+
+    /** The type is named as in the header. */
+    StateType(std::string_view name, Draw draw);
+
+    /** Null where no type has the name. */
+    static Draw find(std::string_view name);
+};
+
+}  // namespace fuzz
