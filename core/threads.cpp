@@ -9,6 +9,7 @@
 #include <sched.h>
 #endif
 
+#include "cpu_quota.h"
 #include "vekcore.h"
 
 namespace {
@@ -33,7 +34,7 @@ int initialThreads() {
         if (error == std::errc() && end == text.data() + text.size() && count >= 1 && count <= kMostThreads)
             return count;
     }
-    return vekGetNumCoresOnDie();
+    return std::min({kMostThreads, vekGetNumCoresOnDie(), vekcore::processorsOfQuota("")});
 }
 
 std::atomic<int>& threads() {

@@ -61,7 +61,8 @@ VEKCORE_API uint64_t vekGetEnabledCpuFeatures(void);
 
 /**
  * Number of threads for parallel regions. At first the number that the environment variable VEKCORE_NUM_THREADS gives
- * (1 to 1024; anything else is ignored) or, without it, the number of processors that the process may run on.
+ * (1 to 1024; anything else is ignored) or, without it, vekGetNumCoresOnDie or the CPU quota of the process' control
+ * group (cgroup) and its ancestors, rounded up, whichever is less.
  *
  * @retval StatusNullPointer   count is null
  */
@@ -70,6 +71,9 @@ VEKCORE_API Status vekGetNumThreads(int* count);
 /**
  * Sets the number of threads for the whole process, from the next call of an operation on. Work buffers may have to
  * grow with it: query their sizes again, and do not raise it while a call runs on a buffer of the old size.
+ *
+ * The OpenMP runtime ends the process where the system refuses it a thread: ask for no more than the limits of the
+ * process on threads and on memory, of which each thread takes a stack (OMP_STACKSIZE), allow.
  *
  * @retval StatusBadArgument   count is below 1 or above 1024; the number stays as it was
  */
@@ -85,7 +89,7 @@ VEKCORE_API int ownGetNumThreads(void);
  */
 VEKCORE_API Status vekGetMaxCacheSizeB(int* bytes);
 
-/** Number of processors that the process may run on, at least 1. */
+/** Number of processors that the process may run on, at least 1; a quota of their time does not change it. */
 VEKCORE_API int vekGetNumCoresOnDie(void);
 
 /**
