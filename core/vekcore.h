@@ -75,11 +75,16 @@ VEKCORE_API Status vekGetNumThreads(int* count);
  * The OpenMP runtime ends the process where the system refuses it a thread: ask for no more than the limits of the
  * process on threads and on memory, of which each thread takes a stack (OMP_STACKSIZE), allow.
  *
- * @retval StatusBadArgument   count is below 1 or above 1024; the number stays as it was
+ * A child made by fork has none of the threads of its parent, and OpenMP runtimes may wait for them forever. So once
+ * ownGetNumThreads has given more than 1, which it does for the first team, children have 1 thread and cannot have
+ * more, unless they run another program. A program that computes in several processes forks before its first large
+ * call. Threads of teams that the program itself opened are not seen here.
+ *
+ * @retval StatusBadArgument   count is below 1 or above 1024, or above 1 in such a child; the number stays as it was
  */
 VEKCORE_API Status vekSetNumThreads(int count);
 
-/** The number of threads that a parallel region asks for; the value of vekGetNumThreads. */
+/** The number of threads that a parallel region asks for, once for each; the value of vekGetNumThreads. */
 VEKCORE_API int ownGetNumThreads(void);
 
 /**
