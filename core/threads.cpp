@@ -5,10 +5,14 @@
 #include <string_view>
 #include <thread>
 
+#if !defined(_WIN32)
+#include <pthread.h>
+#endif
 #if defined(__linux__)
 #include <sched.h>
 #endif
 
+#include "cpu_quota.h"
 #include "vekcore.h"
 
 namespace {
@@ -33,12 +37,27 @@ int initialThreads() {
         if (error == std::errc() && end == text.data() + text.size() && count >= 1 && count <= kMostThreads)
             return count;
     }
-    return vekGetNumCoresOnDie();
+    return std::min({kMostThreads, vekGetNumCoresOnDie(), vekcore::processorsOfQuota("")});
 }
 
-std::atomic<int>& threads() {
-    static std::atomic<int> count{initialThreads()};
-    return count;
+struct Threads {
+    std::atomic<int> count{initialThreads()}, most{kMostThreads};
+};
+
+Threads& threads() {
+    static Threads threads;
+    return threads;
+}
+
+/**
+ * Children of the process stay on one thread from now on: fork leaves the threads of a team behind, and the runtime
+ * would wait for them forever.
+ */
+void limitChildren() {
+#if !defined(_WIN32)
+    static const int handled = pthread_atfork(nullptr, nullptr, [] { threads().count = threads().most = 1; });
+    static_cast<void>(handled);
+#endif
 }
 
 }  // namespace
@@ -49,19 +68,22 @@ int vekGetNumCoresOnDie() {
 }
 
 int ownGetNumThreads() {
-    return threads().load(std::memory_order_relaxed);
+    const int count = threads().count.load(std::memory_order_relaxed);
+    if (count > 1)
+        limitChildren();
+    return count;
 }
 
 Status vekGetNumThreads(int* count) {
     if (count == nullptr)
         return StatusNullPointer;
-    *count = ownGetNumThreads();
+    *count = threads().count.load(std::memory_order_relaxed);
     return StatusOk;
 }
 
 Status vekSetNumThreads(int count) {
-    if (count < 1 || count > kMostThreads)
+    if (count < 1 || count > threads().most.load(std::memory_order_relaxed))
         return StatusBadArgument;
-    threads().store(count, std::memory_order_relaxed);
+    threads().count.store(count, std::memory_order_relaxed);
     return StatusOk;
 }

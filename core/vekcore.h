@@ -61,7 +61,8 @@ VEKCORE_API uint64_t vekGetEnabledCpuFeatures(void);
 
 /**
  * Number of threads for parallel regions. At first the number that the environment variable VEKCORE_NUM_THREADS gives
- * (1 to 1024; anything else is ignored) or, without it, the number of processors that the process may run on.
+ * (1 to 1024; anything else is ignored) or, without it, vekGetNumCoresOnDie or the CPU quota of the process' control
+ * group (cgroup) and its ancestors, rounded up, whichever is less.
  *
  * @retval StatusNullPointer   count is null
  */
@@ -71,11 +72,19 @@ VEKCORE_API Status vekGetNumThreads(int* count);
  * Sets the number of threads for the whole process, from the next call of an operation on. Work buffers may have to
  * grow with it: query their sizes again, and do not raise it while a call runs on a buffer of the old size.
  *
- * @retval StatusBadArgument   count is below 1 or above 1024; the number stays as it was
+ * The OpenMP runtime ends the process where the system refuses it a thread: ask for no more than the limits of the
+ * process on threads and on memory, of which each thread takes a stack (OMP_STACKSIZE), allow.
+ *
+ * A child made by fork has none of the threads of its parent, and OpenMP runtimes may wait for them forever. So once
+ * ownGetNumThreads has given more than 1, which it does for the first team, children have 1 thread and cannot have
+ * more, unless they run another program. A program that computes in several processes forks before its first large
+ * call. Threads of teams that the program itself opened are not seen here.
+ *
+ * @retval StatusBadArgument   count is below 1 or above 1024, or above 1 in such a child; the number stays as it was
  */
 VEKCORE_API Status vekSetNumThreads(int count);
 
-/** The number of threads that a parallel region asks for; the value of vekGetNumThreads. */
+/** The number of threads that a parallel region asks for, once for each; the value of vekGetNumThreads. */
 VEKCORE_API int ownGetNumThreads(void);
 
 /**
@@ -85,7 +94,7 @@ VEKCORE_API int ownGetNumThreads(void);
  */
 VEKCORE_API Status vekGetMaxCacheSizeB(int* bytes);
 
-/** Number of processors that the process may run on, at least 1. */
+/** Number of processors that the process may run on, at least 1; a quota of their time does not change it. */
 VEKCORE_API int vekGetNumCoresOnDie(void);
 
 /**

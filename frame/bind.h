@@ -10,8 +10,15 @@ namespace VEKCV_VARIANT {
 template <auto Export>
 struct Implementation;
 
+#if defined(__i386__)
+// Callers of older compilers and other languages align the stack to 4 bytes only.
+#define VEKCV_ALIGN_STACK __attribute__((force_align_arg_pointer))
+#else
+#define VEKCV_ALIGN_STACK
+#endif
+
 template <auto Export, typename Result, typename... Arguments>
-Result VEKCV_CALL Entry<Export, Result(VEKCV_CALL*)(Arguments...)>::call(Arguments... arguments) {
+VEKCV_ALIGN_STACK Result VEKCV_CALL Entry<Export, Result(VEKCV_CALL*)(Arguments...)>::call(Arguments... arguments) {
     return Implementation<Export>::function(arguments...);
 }
 

@@ -6,6 +6,7 @@
 #include <type_traits>
 
 #include "allocation.h"
+#include "float_modes.h"
 
 namespace VEKCV_VARIANT {
 
@@ -47,14 +48,16 @@ struct RowStripes {
 };
 
 /**
- * Runs body(thread, firstRow, rowCount) on every thread of a team that has rows. The team may be smaller than what the
- * core library asks for, so its master calls prepare(threads) before any body starts.
+ * Runs body(thread, firstRow, rowCount) on every thread of a team that has rows, with the floating-point modes of the
+ * calling thread. The team may be smaller than what the core library asks for, so its master calls prepare(threads)
+ * before any body starts.
  */
 template <typename Prepare, typename Body>
 void runTeam(int32_t height, Prepare prepare, Body body) {
     RowStripes stripes{};
-    const int threads = ownGetNumThreads();  // once for each team
-#pragma omp parallel num_threads(threads)
+    const auto modes = FloatModes::ofThread();
+    const int32_t requested = ownGetNumThreads();  // once for each team
+#pragma omp parallel num_threads(requested)
     {
 #pragma omp master
         {
@@ -63,8 +66,10 @@ void runTeam(int32_t height, Prepare prepare, Body body) {
         }
 #pragma omp barrier
         const int32_t thread = omp_get_thread_num();
-        if (stripes.rowCount(thread) > 0)
+        if (stripes.rowCount(thread) > 0) {
+            const FloatModesGuard guard(modes);
             body(thread, stripes.firstRow(thread), stripes.rowCount(thread));
+        }
     }
 }
 

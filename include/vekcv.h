@@ -26,9 +26,13 @@
  * and the first failing check gives the status. The arithmetic of the checks cannot overflow.
  *
  * Threads. Large regions are split into stripes of rows that the threads of an OpenMP team work on; the call returns
- * when all are done. vekSetNumThreads of vekcore.h sets the size of the team. Each family states from which size on.
- * Operations that give one result, such as norms, need a few bytes for each of more than 32 threads; without memory for
- * them the calling thread does all the work.
+ * when all are done. vekSetNumThreads of vekcore.h sets the size of the team, and tells of processes that fork. Each
+ * family states from which size on. Operations that give one result, such as norms, need a few bytes for each of more
+ * than 32 threads; without memory for them the calling thread does all the work. The OpenMP runtime keeps the threads
+ * of a team for the next one, so the library stays in memory once it is loaded: dlclose does not unload it.
+ *
+ * Stack. A call needs at most 16 KiB of the stack of its thread, and what the OpenMP runtime needs to share it among
+ * several. In 32 bits the stack of the caller may be aligned to 4 bytes only.
  *
  * Work buffers. Their sizes may depend on the number of threads, so they are to be queried after it was set, and a
  * larger number needs new buffers. What a buffer holds before and after a call is of no meaning.
@@ -36,6 +40,12 @@
  * Exactness. The library holds several variants of its code, for several processors, and chooses one when it is loaded.
  * All variants, both widths and all numbers of threads give the same bits, except where a family says otherwise. A NaN
  * is a NaN everywhere, but its sign and payload are not promised.
+ *
+ * Floating-point modes. The promise of the same bits is for the modes that a program begins with: rounding to nearest,
+ * with subnormal numbers. In other modes (another rounding, flush-to-zero, denormals-are-zero) all that is computed
+ * with floats follows the mode of the calling thread, conversions from and to integers included, and variants and
+ * widths may differ then. The number of threads shows in no mode beyond what a family says, since all threads of a team
+ * work in that of the caller. What integer arithmetic gives does not depend on it.
  */
 #ifndef VEKCV_H
 #define VEKCV_H

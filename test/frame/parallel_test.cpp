@@ -1,8 +1,11 @@
 #include "parallel.h"
 
 #include <gtest/gtest.h>
+#include <pmmintrin.h>
 
+#include <algorithm>
 #include <atomic>
+#include <cfenv>
 #include <mutex>
 #include <utility>
 #include <vector>
@@ -52,6 +55,53 @@ TEST(RowStripes, AreMadeFromTheThresholdOn) {
     EXPECT_EQ(2, stripes({1024, 256}, ParallelFrom::perThread(131072)));
     EXPECT_EQ(1, stripes({INT32_MAX, 2}, ParallelFrom::never()));
     EXPECT_EQ(2, stripes({65536, 65536}, ParallelFrom{262144}));  // 2^32 pixels
+}
+
+/** The floating-point control of a thread, without the exceptions so far, and its rounding in x87. */
+std::pair<unsigned, int> floatModes() {
+    return {_mm_getcsr() & ~0x3fu, std::fegetround()};
+}
+
+std::vector<std::pair<unsigned, int>> floatModesOfTeam(int threads) {
+    std::vector<std::pair<unsigned, int>> modes(static_cast<size_t>(threads));
+#pragma omp parallel num_threads(threads)
+    modes[static_cast<size_t>(omp_get_thread_num())] = floatModes();
+    return modes;
+}
+
+TEST(RowStripes, AreComputedInTheFloatingPointModesOfTheCaller) {
+    constexpr int kThreads = 3;
+    vekSetNumThreads(kThreads);
+    const auto before = floatModes();
+    const std::vector ofTeam(kThreads, before);
+    ASSERT_EQ(ofTeam, floatModesOfTeam(kThreads));
+
+    std::fesetround(FE_UPWARD);
+    _mm_setcsr(_mm_getcsr() | _MM_FLUSH_ZERO_ON | _MM_DENORMALS_ZERO_ON);
+    const auto expected = floatModes();
+    std::vector<std::pair<unsigned, int>> ofRows(kThreads);
+    forRowStripes(RoiSize{1, kThreads}, kAlways,
+                  [&](int32_t first, int32_t) { ofRows[static_cast<size_t>(first)] = floatModes(); });
+    const auto after = floatModes();
+    _mm_setcsr(before.first);
+    std::fesetround(FE_TONEAREST);
+
+    EXPECT_NE(before, expected);
+    EXPECT_EQ(std::vector(kThreads, expected), ofRows);
+    EXPECT_EQ(expected, after);
+    EXPECT_EQ(ofTeam, floatModesOfTeam(kThreads));  // the threads have their own again
+}
+
+TEST(RowStripes, LeaveTheCallerTheExceptionsThatItRaised) {
+    vekSetNumThreads(2);
+    std::feclearexcept(FE_ALL_EXCEPT);
+    volatile float value = 0.f;
+    forRowStripes(RoiSize{1, 2}, kAlways, [&](int32_t first, int32_t) {
+        if (first == 0)
+            value = 1.f / value;
+    });
+    EXPECT_NE(0, std::fetestexcept(FE_DIVBYZERO));
+    std::feclearexcept(FE_ALL_EXCEPT);
 }
 
 struct Rows {

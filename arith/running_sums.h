@@ -1,0 +1,192 @@
+// Rows of upright integral images.
+#pragma once
+
+#include "image.h"
+#include "pair_products.h"
+
+namespace VEKCV_VARIANT {
+
+/** Pixels are taken a vector at a time, of at most two lane groups, which are of 128 bits. */
+using Pixels = hn::CappedTag<uint16_t, 16>;
+constexpr auto kVectorPixels = static_cast<ptrdiff_t>(hn::MaxLanes(Pixels()));
+using Sums = hn::Rebind<int32_t, hn::Half<Pixels>>;
+
+/** The sum in the arithmetic of a table, where integers wrap. */
+template <typename Entry>
+Entry plus(Entry a, Entry b) {
+    if constexpr (hwy::IsFloat<Entry>())
+        return a + b;
+    else
+        return static_cast<Entry>(static_cast<uint32_t>(a) + static_cast<uint32_t>(b));
+}
+
+/** Sums of a lane and all lanes before it in its lane group. */
+template <typename D>
+HWY_INLINE hn::Vec<D> laneGroupSums(D d, hn::Vec<D> v) {
+    v = hn::Add(v, hn::ShiftLeftLanes<1>(d, v));
+    v = hn::Add(v, hn::ShiftLeftLanes<2>(d, v));
+    if constexpr (sizeof(hn::TFromD<D>) == 2)
+        v = hn::Add(v, hn::ShiftLeftLanes<4>(d, v));
+    return v;
+}
+
+/** The sums of the pixels of a row so far. */
+template <typename T>
+class RunningSum {
+  public:
+    using Entry = T;
+    // Sums of so many pixels are exact in float, and therefore the same in any order.
+    static constexpr ptrdiff_t kExactPixels = hwy::IsFloat<T>() ? 65536 : PTRDIFF_MAX;
+
+    /** Entries of a row from those above, for the next pixels of the row. */
+    HWY_INLINE void addVector(hn::Vec<Pixels> pixels, const T* above, T* row) {
+        const auto sums = laneGroupSums(Pixels(), pixels);
+        const auto lower = hn::PromoteTo(Sums(), hn::LowerHalf(sums));
+        const auto upper = hn::PromoteTo(Sums(), hn::UpperHalf(hn::Half<Pixels>(), sums));
+        write(hn::Add(lower, before_), above, row);
+        if constexpr (kVectorPixels == 16)  // each half is a lane group
+            before_ = hn::Add(before_, last(lower));
+        write(hn::Add(upper, before_), above + kVectorPixels / 2, row + kVectorPixels / 2);
+        before_ = hn::Add(before_, last(upper));
+    }
+
+    /** Comes after the last vector and before the first single pixel. */
+    HWY_INLINE void endVectors() { sum_ = static_cast<T>(hn::GetLane(before_)); }
+
+    HWY_INLINE void addPixel(uint8_t pixel, const T* above, T* row) {
+        sum_ = plus(sum_, static_cast<T>(pixel));
+        *row = plus(*above, sum_);
+    }
+
+  private:
+    using V = hn::Vec<Sums>;
+
+    HWY_INLINE static void write(V sums, const T* above, T* row) {
+        const hn::Rebind<T, Sums> d;
+        if constexpr (hwy::IsFloat<T>())
+            hn::StoreU(hn::Add(hn::LoadU(d, above), hn::ConvertTo(d, sums)), d, row);
+        else
+            hn::StoreU(hn::Add(hn::LoadU(d, above), sums), d, row);
+    }
+
+    /** The last lane in all lanes. */
+    HWY_INLINE static V last(V v) {
+        constexpr auto kLast = static_cast<int32_t>(hn::MaxLanes(Sums())) - 1;
+        return hn::TableLookupLanes(v, hn::IndicesFromVec(Sums(), hn::Set(Sums(), kLast)));
+    }
+
+    V before_ = hn::Zero(Sums());
+    T sum_ = 0;
+};
+
+/** The sums of the squares of the pixels of a row so far. */
+template <typename T>
+class RunningSquareSum {
+  public:
+    using Entry = T;
+    static constexpr ptrdiff_t kExactPixels = PTRDIFF_MAX;
+
+    HWY_INLINE void addVector(hn::Vec<Pixels> pixels, const T* above, T* row) {
+        // Sums of pairs come with the multiplication; a pair without the square of its second pixel is its first.
+        const hn::Repartition<int32_t, Pixels> d;
+        const hn::Repartition<uint32_t, Pixels> bits;
+        const auto values = hn::BitCast(hn::RebindToSigned<Pixels>(), pixels);
+        const auto pairs = laneGroupSums(d, addPairProducts(d, values, values, hn::Zero(d)));
+        const auto seconds = hn::BitCast(d, hn::ShiftRight<16>(hn::BitCast(bits, hn::Mul(pixels, pixels))));
+        const auto firsts = hn::Sub(pairs, seconds);
+        const auto lower = hn::InterleaveLower(d, firsts, pairs), upper = hn::InterleaveUpper(d, firsts, pairs);
+        if constexpr (kVectorPixels == 16) {
+            const hn::Half<decltype(d)> half;
+            addEight(hn::LowerHalf(lower), hn::LowerHalf(upper), above, row);
+            addEight(hn::UpperHalf(half, lower), hn::UpperHalf(half, upper), above + 8, row + 8);
+        } else {
+            addEight(lower, upper, above, row);
+        }
+    }
+
+    HWY_INLINE void endVectors() { sum_ = hn::GetLane(before_); }
+
+    HWY_INLINE void addPixel(uint8_t pixel, const T* above, T* row) {
+        sum_ = plus(sum_, static_cast<T>(pixel * pixel));
+        *row = plus(*above, sum_);
+    }
+
+  private:
+    using Four = hn::Full128<int32_t>;
+    using D = hn::CappedTag<T, 4>;
+    static constexpr auto kLanes = static_cast<ptrdiff_t>(hn::MaxLanes(D()));
+
+    HWY_INLINE void addEight(hn::Vec<Four> lower, hn::Vec<Four> upper, const T* above, T* row) {
+        write(lower, above, row);
+        write(upper, above + 4, row + 4);
+        before_ = hn::Add(before_, entries(firstLanes(hn::Broadcast<3>(upper))));
+    }
+
+    HWY_INLINE void write(hn::Vec<Four> sums, const T* above, T* row) const {
+        writeEntries(firstLanes(sums), above, row);
+        if constexpr (kLanes == 2)
+            writeEntries(hn::UpperHalf(hn::Half<Four>(), sums), above + 2, row + 2);
+    }
+    template <typename V>
+    HWY_INLINE void writeEntries(V sums, const T* above, T* row) const {
+        hn::StoreU(hn::Add(hn::LoadU(D(), above), hn::Add(entries(sums), before_)), D(), row);
+    }
+
+    /** As many of four lanes as D has. */
+    HWY_INLINE static auto firstLanes(hn::Vec<Four> v) {
+        if constexpr (kLanes == 4)
+            return v;
+        else
+            return hn::LowerHalf(v);
+    }
+    /** Whole numbers in the type of the table, where they are exact. */
+    template <typename V>
+    HWY_INLINE static hn::Vec<D> entries(V sums) {
+        if constexpr (hwy::IsFloat<T>())
+            return hn::PromoteTo(D(), sums);
+        else
+            return sums;
+    }
+
+    hn::Vec<D> before_ = hn::Zero(D());
+    T sum_ = 0;
+};
+
+/**
+ * A row of a table, or a part of one, from column 1 on: where its entries go to and where those above come from, with
+ * the sums of the pixels so far.
+ */
+template <typename Running>
+struct TableRow {
+    using Entry = typename Running::Entry;
+    static constexpr ptrdiff_t kExactPixels = Running::kExactPixels;
+
+    const Entry* above;
+    Entry* entries;
+    Running running{};
+
+    HWY_INLINE void addVector(ptrdiff_t x, hn::Vec<Pixels> pixels) {
+        running.addVector(pixels, above + x, entries + x);
+    }
+    HWY_INLINE void endVectors() { running.endVectors(); }
+    HWY_INLINE void addPixel(ptrdiff_t x, uint8_t pixel) { running.addPixel(pixel, above + x, entries + x); }
+};
+
+/** Adds the pixels of columns begin to end - 1 to rows of tables. */
+template <typename... Rows>
+HWY_INLINE void integrate(const uint8_t* pixels, ptrdiff_t begin, ptrdiff_t end, Rows&... rows) {
+    ptrdiff_t vectorsEnd = end;
+    ((vectorsEnd = HWY_MIN(vectorsEnd, Rows::kExactPixels)), ...);
+    ptrdiff_t x = begin;
+    for (; x + kVectorPixels <= vectorsEnd; x += kVectorPixels) {
+        const auto vector = hn::PromoteTo(Pixels(), hn::LoadU(hn::Rebind<uint8_t, Pixels>(), pixels + x));
+        (rows.addVector(x, vector), ...);
+    }
+    if (x == end)
+        return;
+    (rows.endVectors(), ...);
+    for (; x < end; ++x)
+        (rows.addPixel(x, pixels[x]), ...);
+}
+
+}  // namespace VEKCV_VARIANT
