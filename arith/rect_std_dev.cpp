@@ -4,6 +4,7 @@
 #include "bind.h"
 #include "check.h"
 #include "pixelwise.h"
+#include "rectangle_corners.h"
 
 namespace VEKCV_VARIANT {
 namespace {
@@ -17,44 +18,38 @@ HWY_INLINE hn::Vec<D> loadDoubles(D d, const double* values) {
         return hn::DemoteTo(d, hn::LoadU(hn::Rebind<double, D>(), values));
 }
 
-/** A position in a table. */
-struct Corner {
-    ptrdiff_t x, y;
-};
-
-/** The entries that give the sum over a window, A - B - C + D, and the number of its pixels. */
+/** The entries that give the sum over a window, and the number of its pixels. */
 struct Window {
-    Corner a, b, c, d;
+    RectangleCorners<ptrdiff_t> corners;
     float area;
 };
 
 struct Upright {
     static constexpr bool isInTable(ImageRect /*rect*/) { return true; }
     static Window window(ImageRect rect) {
-        const ptrdiff_t left = rect.x, top = rect.y, right = left + rect.width, bottom = top + rect.height;
-        const auto area = static_cast<float>(int64_t{rect.width} * rect.height);
-        return {{right, bottom}, {left, bottom}, {right, top}, {left, top}, area};
+        return {uprightCorners<ptrdiff_t>(rect.x, rect.y, rect.width, rect.height),
+                static_cast<float>(int64_t{rect.width} * rect.height)};
     }
 };
 
-/** In tilted tables, which hold at (x + 1, y + 1) what ends at (x, y). */
+/** In tilted tables, whose entries lie one column to the right and one row down from the corners. */
 struct Tilted {
     static constexpr bool isInTable(ImageRect rect) { return int64_t{rect.x} + 1 >= rect.height; }
     static Window window(ImageRect rect) {
-        const ptrdiff_t x = ptrdiff_t{rect.x} + 1, y = ptrdiff_t{rect.y} + 1, w = rect.width, h = rect.height;
-        const auto area = static_cast<float>(2 * int64_t{rect.width} * rect.height);
-        return {{x + w - h, y + w + h}, {x - h, y + h}, {x + w, y + w}, {x, y}, area};
+        return {tiltedCorners<ptrdiff_t>(ptrdiff_t{rect.x} + 1, ptrdiff_t{rect.y} + 1, rect.width, rect.height),
+                static_cast<float>(2 * int64_t{rect.width} * rect.height)};
     }
 };
 
-/** The four entries of a window at the pixels of a row. */
+/** The four entries of the windows at the positions of a row: those of position x lie at index x. */
 template <typename Entry>
 struct RowOfWindows {
     const Entry *a, *b, *c, *d;
 
     static RowOfWindows of(Image<const Entry> table, const Window& window, ptrdiff_t y) {
-        const auto at = [=](Corner corner) { return table.row(corner.y + y) + corner.x; };
-        return {at(window.a), at(window.b), at(window.c), at(window.d)};
+        const auto at = [=](Corner<ptrdiff_t> corner) { return table.row(corner.y + y) + corner.x; };
+        const auto& corners = window.corners;
+        return {at(corners.a), at(corners.b), at(corners.c), at(corners.d)};
     }
 
     /** The sums over the windows, as floats. */
@@ -90,7 +85,7 @@ float scaleOf(int32_t scaleFactor) {
     return std::bit_cast<float>((127 - power) << 23);
 }
 
-/** toResult(tag, deviations) makes pixels of the destination. */
+/** Checks, and all deviations; toResult(tag, deviations) converts a vector of them to the type of the result. */
 template <typename Shape, typename Entry, typename SquareEntry, typename Result, typename ToResult>
 Status windowDeviation(Image<const Entry> sums, Image<const SquareEntry> squares, Image<Result> out, RoiSize roi,
                        ImageRect rect, ToResult toResult) {

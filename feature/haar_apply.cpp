@@ -7,22 +7,21 @@
 namespace VEKCV_VARIANT {
 namespace {
 
-/** The first position from x on whose mask byte is not 0, or the end. */
-template <typename D>
-ptrdiff_t nextSet(D d, const uint8_t* mask, ptrdiff_t x, ptrdiff_t end) {
-    constexpr auto kLanes = static_cast<ptrdiff_t>(hn::MaxLanes(D()));
+/** The first position from x on whose mask byte is not 0; the end if there is none. */
+ptrdiff_t nextSet(const uint8_t* mask, ptrdiff_t x, ptrdiff_t end) {
+    const hn::ScalableTag<uint8_t> bytes;
+    constexpr auto kLanes = static_cast<ptrdiff_t>(hn::MaxLanes(hn::ScalableTag<uint8_t>()));
     for (; x + kLanes <= end; x += kLanes) {
-        const intptr_t found = hn::FindFirstTrue(d, hn::Ne(hn::LoadU(d, mask + x), hn::Zero(d)));
+        const intptr_t found = hn::FindFirstTrue(bytes, hn::Ne(hn::LoadU(bytes, mask + x), hn::Zero(bytes)));
         if (found >= 0)
             return x + found;
     }
-    if constexpr (kLanes > 1)
-        return nextSet(hn::Half<D>(), mask, x, end);
-    else
-        return end;
+    while (x < end && mask[x] == 0)
+        ++x;
+    return x;
 }
 
-/** Reads all features from one image, at distances that were computed ahead. */
+/** All features are read from one image, at distances that were computed before. */
 template <typename SumType, typename ValueType>
 struct OneImage {
     using Sum = SumType;
@@ -39,7 +38,7 @@ struct OneImage {
     }
 };
 
-/** Reads tilted features from an image of their own. */
+/** Upright features are read from one image, tilted ones from another. */
 template <typename SumType, typename ValueType>
 struct TwoImages {
     using Sum = SumType;
@@ -48,7 +47,7 @@ struct TwoImages {
         const Sum* images[2];
     };
 
-    // By the tilted bit.
+    // The index is the tilted bit of a feature: 0 for upright, 1 for tilted ones.
     Image<const Sum> images[2];
     ptrdiff_t rowElements[2];
     const HaarRectangle<Value>* rectangles;
@@ -68,7 +67,7 @@ class Stage {
     using Value = typename Images::Value;
     using Origin = typename Images::Origin;
 
-    /** As many neighbouring positions as a vector has lanes; the first ones may belong to the vector before, too. */
+    /** As many neighbouring positions as a vector has lanes; the first `shared` also belong to the vector before. */
     struct Positions {
         Origin origin;
         const Value* norm;
@@ -89,21 +88,20 @@ class Stage {
     template <typename D>
     int64_t apply(D d, Image<const Value> norms, Image<uint8_t> mask, RoiSize roi) const {
         constexpr auto kLanes = static_cast<ptrdiff_t>(hn::MaxLanes(D()));
-        if constexpr (kLanes > 1)
+        if constexpr (kLanes > 1)  // images narrower than a vector
             if (roi.width < kLanes)
-                return apply(hn::Half<D>(), norms, mask, roi);
+                return apply(hn::CappedTag < Value, kLanes == 4 ? 1 : 4 > (), norms, mask, roi);
 
-        // Vectors begin where positions are set, or end where the row ends, so that nothing beyond it is read; those of
-        // several rows are evaluated at once.
+        // A vector begins at a position that is set, but ends with the row at the latest, so that nothing beyond it is
+        // read. Several vectors, which may be of several rows, are evaluated at once.
         constexpr size_t kAtOnce =
             hn::MaxLanes(D()) < hn::MaxLanes(hn::ScalableTag<Value>()) ? 1 : Arithmetic::kMostAtOnce;
         Positions waiting[kAtOnce];
         size_t count = 0;
         int64_t passed = 0;
-        const hn::ScalableTag<uint8_t> bytes;
         for (ptrdiff_t y = 0; y < roi.height; ++y) {
             uint8_t* const maskRow = mask.row(y);
-            for (ptrdiff_t x = 0; (x = nextSet(bytes, maskRow, x, roi.width)) < roi.width;) {
+            for (ptrdiff_t x = 0; (x = nextSet(maskRow, x, roi.width)) < roi.width;) {
                 const ptrdiff_t begin = HWY_MIN(x, roi.width - kLanes);
                 waiting[count++] = {images_.origin(begin, y), norms.row(y) + begin, maskRow + begin, x - begin};
                 x = begin + kLanes;
@@ -144,7 +142,7 @@ class Stage {
         return passed;
     }
 
-    /** Adds the values of a feature. */
+    /** Adds the value of a feature, valueBelow or valueAbove, at each position. */
     template <size_t kCount, typename D>
     HWY_INLINE void addFeature(D d, hn::Vec<D>* sums, const HaarFeature<Value>& feature, ptrdiff_t rectangle,
                                int32_t rectangleCount, const Positions* positions) const {
@@ -215,26 +213,21 @@ Status applyPlain(const Sum* integral, int32_t integralStep, const Value* norm, 
         return StatusOk;
 
     const auto& classifier = static_cast<const Classifier<Value>&>(*state);
-    PlacedRectangle<Value>* placed = nullptr;
-    if (classifier.rectangleCount > 0) {
-        placed = static_cast<PlacedRectangle<Value>*>(
-            allocateBytes(classifier.rectangleCount * int64_t{sizeof(PlacedRectangle<Value>)}));
-        if (placed == nullptr)
-            return StatusMemoryAllocation;
-    }
+    const auto placed = Owned<PlacedRectangle<Value>>::forObjects(classifier.rectangleCount);
+    if (classifier.rectangleCount > 0 && !placed)
+        return StatusMemoryAllocation;
     for (int32_t i = 0; i < classifier.rectangleCount; ++i)
-        placed[i] = place(classifier.rectangles[i], elementsOf(sums));
+        placed.get()[i] = place(classifier.rectangles[i], elementsOf(sums));
     if (kIsOfFloats && classifier.firstWeightIsMinusOne != 0)
         for (int32_t i = 0; i < classifier.upToThreeRectangleFeatures; ++i)
-            placed[classifier.features[i].rectangles - classifier.rectangles].weight = -1;
+            placed.get()[classifier.features[i].rectangles - classifier.rectangles].weight = -1;
 
-    const OneImage<Sum, Value> image{sums, placed};
+    const OneImage<Sum, Value> image{sums, placed.get()};
     *positiveCount = Stage(classifier, image, PlainResponses(), stageThreshold).apply(norms, positions, roi);
-    release(placed);
     return StatusOk;
 }
 
-/** The plain form of integers, which has no use for its scale factor. */
+/** The form of integers for one image, which does not use its scale factor. */
 Status applyPlainScaled(const int32_t* integral, int32_t integralStep, const int32_t* norm, int32_t normStep,
                         uint8_t* mask, int32_t maskStep, RoiSize roi, int32_t* positiveCount, int32_t stageThreshold,
                         const HaarClassifier* state, int32_t /*scaleFactor*/) {

@@ -2,12 +2,13 @@
 #include "bind.h"
 #include "check.h"
 #include "haar_classifier.h"
+#include "rectangle_corners.h"
 #include "state.h"
 
 namespace VEKCV_VARIANT {
 namespace {
 
-/** Coordinates that do not fit wrap around: such windows are in no image. */
+/** Coordinates that do not fit wrap around, as such rectangles lie in no image. */
 constexpr HaarCorner corner(uint32_t x, uint32_t y) {
     return {static_cast<int32_t>(x), static_cast<int32_t>(y)};
 }
@@ -24,20 +25,9 @@ constexpr int32_t greater(int32_t a, int32_t b) {
 }
 
 template <typename Value>
-void setCorners(HaarRectangle<Value>& rectangle, HaarCorner a, HaarCorner b, HaarCorner c, HaarCorner d) {
-    rectangle = {a, b, c, d, rectangle.weight};
-}
-
-/** From the corner at the top, w pixels down to the right and h pixels down to the left. */
-template <typename Value>
-void setTiltedDown(HaarRectangle<Value>& rectangle, uint32_t x, uint32_t y, uint32_t w, uint32_t h) {
-    setCorners(rectangle, corner(x + w - h, y + w + h), corner(x - h, y + h), corner(x + w, y + w), corner(x, y));
-}
-
-/** From the corner at the bottom, w pixels up to the right and h pixels up to the left. */
-template <typename Value>
-void setTiltedUp(HaarRectangle<Value>& rectangle, uint32_t x, uint32_t y, uint32_t w, uint32_t h) {
-    setCorners(rectangle, corner(x, y), corner(x - h, y - h), corner(x + w, y - w), corner(x + w - h, y - w - h));
+void setCorners(HaarRectangle<Value>& rectangle, const RectangleCorners<uint32_t>& corners) {
+    const auto at = [](Corner<uint32_t> c) { return corner(c.x, c.y); };
+    rectangle = {at(corners.a), at(corners.b), at(corners.c), at(corners.d), rectangle.weight};
 }
 
 struct Upright {
@@ -48,8 +38,7 @@ struct Upright {
 
     template <typename Value>
     static void place(HaarRectangle<Value>& rectangle, ImageRect r) {
-        const uint32_t x = r.x, y = r.y, right = x + r.width, bottom = y + r.height;
-        setCorners(rectangle, corner(right, bottom), corner(x, bottom), corner(right, y), corner(x, y));
+        setCorners(rectangle, uprightCorners<uint32_t>(r.x, r.y, r.width, r.height));
     }
 };
 
@@ -64,11 +53,11 @@ struct Tilted {
 
     template <typename Value>
     static void place(HaarRectangle<Value>& rectangle, ImageRect r) {
-        setTiltedDown(rectangle, r.x, r.y, r.width, r.height);
+        setCorners(rectangle, tiltedCorners<uint32_t>(r.x, r.y, r.width, r.height));
     }
 };
 
-/** The edges around rectangles. Right and bottom begin as a width and a height, and are compared with sums. */
+/** The edges around rectangles. Right and bottom begin as a width and a height, and are always compared as such. */
 struct Extent {
     int32_t left, top, right, bottom;
 
@@ -214,19 +203,18 @@ Status initAlloc(HaarClassifier** state, const ImageRect* rectangles, const Valu
     const int64_t rectangleCount = input.rectangleCount();
     if (rectangleCount > INT32_MAX)
         return StatusMemoryAllocation;
-    Classifier<Value>* classifier = nullptr;
-    if (Status status = newState(&classifier, StateArray{&Classifier<Value>::features, featureCount},
+    Owned<Classifier<Value>> classifier;
+    if (Status status = newState(classifier, StateArray{&Classifier<Value>::features, featureCount},
                                  StateArray{&Classifier<Value>::rectangles, static_cast<int32_t>(rectangleCount)}))
         return status;
     if (!kLeavesStateOfInvalid && !input.template isValid<Shape>()) {
-        release(classifier);
         *state = nullptr;
         return StatusBadArgument;
     }
     classifier->featureCount = featureCount;
     classifier->rectangleCount = static_cast<int32_t>(rectangleCount);
     fill<Shape>(input, *classifier);
-    *state = classifier;
+    *state = classifier.keep();
     return StatusOk;
 }
 
@@ -248,10 +236,8 @@ template <typename Value>
 void tilt(HaarRectangle<Value>& rectangle, bool upwards) {
     const uint32_t x = rectangle.d.x, top = rectangle.d.y, bottom = rectangle.a.y;
     const uint32_t w = rectangle.a.x - x, h = std::is_same_v<Value, float> ? bottom - top : w;
-    if (upwards)
-        setTiltedUp(rectangle, x, bottom, w, h);
-    else
-        setTiltedDown(rectangle, x, top, w, h);
+    // Upwards from the corner at the bottom: w steps to the right and h to the left lead to the topmost corner.
+    setCorners(rectangle, upwards ? tiltedCorners(x + w - h, bottom - w - h, h, w) : tiltedCorners(x, top, w, h));
 }
 
 template <typename Value>

@@ -1,10 +1,34 @@
 #pragma once
 
+#include <cassert>
 #include <climits>
 
 #include "allocation.h"
 
 namespace VEKCV_VARIANT {
+
+/** Memory for arrays, each of which begins at a multiple of 32 bytes. Debug builds assert that they fit. */
+class Scratch {
+  public:
+    static constexpr int64_t kAlignment = 32;
+
+    Scratch(void* memory, int64_t bytes)
+        : next_(alignUp(reinterpret_cast<uintptr_t>(memory), uintptr_t{kAlignment})),
+          end_(reinterpret_cast<uintptr_t>(memory) + static_cast<uintptr_t>(bytes)) {}
+
+    template <typename T>
+    T* take(int64_t count) {
+        T* const array = reinterpret_cast<T*>(next_);
+        const auto bytes = static_cast<uintptr_t>(count * int64_t{sizeof(T)});
+        assert(next_ + bytes <= end_);
+        next_ = alignUp(next_ + bytes, uintptr_t{kAlignment});
+        return array;
+    }
+
+  private:
+    uintptr_t next_;
+    [[maybe_unused]] uintptr_t end_;
+};
 
 /**
  * A work buffer of the caller: one slice for each thread, with 32 spare bytes that allow every slice to begin at a
@@ -12,52 +36,29 @@ namespace VEKCV_VARIANT {
  */
 class WorkBuffer {
   public:
-    static constexpr int64_t kAlignment = 32;
-
     WorkBuffer(void* buffer, int64_t bytesPerThread)
-        : address_(reinterpret_cast<uintptr_t>(buffer)), stride_(bytesPerThread + kAlignment) {}
+        : buffer_(static_cast<uint8_t*>(buffer)), stride_(bytesPerThread + Scratch::kAlignment) {}
 
-    /** What to ask the caller for: a slice for each of the configured threads. */
+    /** The size of a work buffer: a slice for each of the configured threads. */
     static int64_t bytes(int64_t bytesPerThread) {
         int threads = 1;
         vekGetNumThreads(&threads);
-        return threads * (bytesPerThread + kAlignment);
+        return threads * (bytesPerThread + Scratch::kAlignment);
     }
 
-    template <typename T>
-    T* slice(int32_t thread) const {
-        const uintptr_t begin = address_ + static_cast<uintptr_t>(thread * stride_);
-        return reinterpret_cast<T*>(alignUp(begin, uintptr_t{kAlignment}));
-    }
+    Scratch slice(int32_t thread) const { return {buffer_ + thread * stride_, stride_}; }
 
   private:
-    uintptr_t address_;
+    uint8_t* buffer_;
     int64_t stride_;
 };
 
-/** Writes the size of a buffer to a result; StatusSizeError where it does not fit. */
+/** Writes the size of a buffer to the result of a query; StatusSizeError where it does not fit an int32_t. */
 inline Status writeBufferSize(int64_t bytes, int32_t* result) {
     if (bytes > INT32_MAX)
         return StatusSizeError;
     *result = static_cast<int32_t>(bytes);
     return StatusOk;
 }
-
-/** A part of a buffer, for arrays that begin at multiples of a vector. */
-class Scratch {
-  public:
-    explicit Scratch(uint8_t* begin) : next_(begin) {}
-
-    template <typename T>
-    T* take(int64_t count) {
-        T* const array = reinterpret_cast<T*>(next_);
-        next_ += alignUp(count * int64_t{sizeof(T)}, kAlignment);
-        return array;
-    }
-
-  private:
-    static constexpr int64_t kAlignment = WorkBuffer::kAlignment;
-    uint8_t* next_;
-};
 
 }  // namespace VEKCV_VARIANT

@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include "element.h"
 #include "standin_core.h"
 #include "state.h"
 #include "streaming.h"
@@ -28,33 +29,58 @@ struct Model {
 };
 
 TEST(State, IsOneBlockWithItsArrays) {
-    Model* model = nullptr;
-    ASSERT_EQ(StatusOk, newState(&model, StateArray{&Model::weights, 33}, StateArray{&Model::flags, 7}));
+    Owned<Model> model;
+    ASSERT_EQ(StatusOk, newState(model, StateArray{&Model::flags, 7, 8, uint8_t{9}}, StateArray{&Model::weights, 33}));
     EXPECT_EQ(1, standInBlocks());
     EXPECT_EQ(0, model->count);
     const auto address = [](const void* pointer) { return reinterpret_cast<uintptr_t>(pointer); };
+    EXPECT_EQ(0u, address(model->flags) % 8);
     EXPECT_EQ(0u, address(model->weights) % 64);
-    EXPECT_EQ(0u, address(model->flags) % 64);
-    EXPECT_GE(address(model->weights), address(model + 1));
-    EXPECT_GE(address(model->flags), address(model->weights + 33));
+    EXPECT_GE(address(model->flags), address(model.get() + 1));
+    EXPECT_LT(address(model->flags), address(model.get() + 1) + 8);
+    EXPECT_GE(address(model->weights), address(model->flags + 7));
+    for (int i = 0; i < 7; ++i)
+        EXPECT_EQ(9, model->flags[i]);
     for (int i = 0; i < 33; ++i)
         model->weights[i] = 1;
-    for (int i = 0; i < 7; ++i)
-        model->flags[i] = 1;
-    EXPECT_EQ(StatusOk, freeState(model));
+    EXPECT_EQ(StatusOk, freeState(model.keep()));
     EXPECT_EQ(0, standInBlocks());
 }
 
-TEST(State, ReportsMissingMemoryAndNullPointers) {
-    Model* model = nullptr;
-    standInFailAfter(0);
-    EXPECT_EQ(StatusMemoryAllocation, newState(&model, StateArray{&Model::weights, 33}));
-    standInFailAfter(INT_MAX);
-    EXPECT_EQ(StatusMemoryAllocation, newState(&model, StateArray{&Model::weights, INT_MAX}));
-    EXPECT_EQ(nullptr, model);
-    EXPECT_EQ(0, standInBlocks());
-    EXPECT_EQ(StatusNullPointer, freeState(model));
+TEST(State, IsReleasedUnlessItIsKept) {
+    Model* kept = nullptr;
+    {
+        Owned<Model> lost, model;
+        ASSERT_EQ(StatusOk, newState(lost, StateArray{&Model::weights, 3}));
+        ASSERT_EQ(StatusOk, newState(model, StateArray{&Model::weights, 3}));
+        EXPECT_EQ(2, standInBlocks());
+        kept = model.keep();
+    }
+    EXPECT_EQ(1, standInBlocks());
+    EXPECT_EQ(StatusOk, freeState(kept));
 }
+
+TEST(State, ReportsMissingMemoryAndNullPointers) {
+    Owned<Model> model;
+    standInFailAfter(0);
+    EXPECT_EQ(StatusMemoryAllocation, newState(model, StateArray{&Model::weights, 33}));
+    EXPECT_FALSE(Owned<float>::forObjects(8));
+    standInFailAfter(INT_MAX);
+    EXPECT_EQ(StatusMemoryAllocation, newState(model, StateArray{&Model::weights, INT_MAX}));
+    EXPECT_FALSE(model);
+    EXPECT_EQ(0, standInBlocks());
+    EXPECT_EQ(StatusNullPointer, freeState(model.get()));
+}
+
+#if !defined(NDEBUG)
+TEST(Scratch, KnowsItsEnd) {
+    alignas(32) uint8_t memory[96];
+    Scratch scratch(memory, sizeof memory);
+    scratch.take<float>(9);  // and 28 bytes to the next multiple of 32
+    scratch.take<uint8_t>(32);
+    EXPECT_DEATH(scratch.take<uint8_t>(1), "");
+}
+#endif
 
 TEST(WorkBuffer, HasASliceForEachThread) {
     for (int threads : {1, 3, 40}) {
@@ -66,7 +92,7 @@ TEST(WorkBuffer, HasASliceForEachThread) {
                 const WorkBuffer buffer(reinterpret_cast<void*>(begin), perThread);
                 uintptr_t end = begin;  // of the slice before
                 for (int t = 0; t < threads; ++t) {
-                    const auto slice = reinterpret_cast<uintptr_t>(buffer.slice<float>(t));
+                    const auto slice = reinterpret_cast<uintptr_t>(buffer.slice(t).take<uint8_t>(perThread));
                     EXPECT_EQ(0u, slice % 32);
                     EXPECT_GE(slice, end);
                     end = slice + uintptr_t(perThread);
@@ -91,6 +117,33 @@ TEST(Streaming, BeginsWhenTheCacheIsFull) {
     EXPECT_FALSE(fillsCache(1024, 1023, 1));
     EXPECT_TRUE(fillsCache(1024, 1024, 1));
     EXPECT_TRUE(fillsCache(INT32_MAX, INT32_MAX, 2));
+}
+
+TEST(Elements, HaveCodes) {
+    const auto bytesOf = [](int32_t code) {
+        int32_t bytes = 0;
+        const Status status = withElement(code, [&]<typename T>(T) {
+            bytes = std::is_floating_point_v<T> ? 40 : std::is_signed_v<T> ? 10 : int32_t{sizeof(T)};
+            return StatusOk;
+        });
+        return status == StatusOk ? bytes : status;
+    };
+    EXPECT_EQ(1, bytesOf(1));
+    EXPECT_EQ(10, bytesOf(3));
+    EXPECT_EQ(2, bytesOf(5));
+    EXPECT_EQ(40, bytesOf(13));
+    for (const int32_t code : {INT32_MIN, -1, 0, 2, 4, 6, 12, 14})
+        EXPECT_EQ(StatusDataTypeError, bytesOf(code)) << code;
+    for (int32_t channels = -1; channels < 6; ++channels) {
+        int32_t called = 0;
+        const Status status = withChannels(channels, [&](auto constant) {
+            called = constant;
+            return StatusOk;
+        });
+        const bool isKnown = channels == 1 || channels == 3 || channels == 4;
+        EXPECT_EQ(isKnown ? StatusOk : StatusChannelError, status) << channels;
+        EXPECT_EQ(isKnown ? channels : 0, called);
+    }
 }
 
 }  // namespace
