@@ -47,13 +47,18 @@ struct RowStripes {
     constexpr int32_t rowCount(int32_t thread) const { return rows + (thread == threads - 1 ? remainder : 0); }
 };
 
+/** What the threads of a team do, without its types, so that the code that opens teams exists once. */
+struct TeamWork {
+    const void* context;
+    void (*prepare)(const void* context, int32_t threads);
+    void (*body)(const void* context, int32_t thread, int32_t firstRow, int32_t rowCount);
+};
+
 /**
- * Runs body(thread, firstRow, rowCount) on every thread of a team that has rows, with the floating-point modes of the
- * calling thread. The team may be smaller than what the core library asks for, so its master calls prepare(threads)
- * before any body starts.
+ * Calls the body on every thread of a team that has rows, with the floating-point modes of the calling thread. The team
+ * may be smaller than what the core library asks for, so its master calls prepare(threads) before any body starts.
  */
-template <typename Prepare, typename Body>
-void runTeam(int32_t height, Prepare prepare, Body body) {
+[[gnu::noinline]] inline void runTeam(int32_t height, TeamWork work) {
     RowStripes stripes{};
     const auto modes = FloatModes::ofThread();
     const int32_t requested = ownGetNumThreads();  // once for each team
@@ -62,25 +67,32 @@ void runTeam(int32_t height, Prepare prepare, Body body) {
 #pragma omp master
         {
             stripes = RowStripes::of(height, omp_get_num_threads());
-            prepare(stripes.threads);
+            work.prepare(work.context, stripes.threads);
         }
 #pragma omp barrier
         const int32_t thread = omp_get_thread_num();
         if (stripes.rowCount(thread) > 0) {
             const FloatModesGuard guard(modes);
-            body(thread, stripes.firstRow(thread), stripes.rowCount(thread));
+            work.body(work.context, thread, stripes.firstRow(thread), stripes.rowCount(thread));
         }
     }
 }
 
+/** Calls body(stripe...), out of line: bodies are long, and called in several places. */
+template <typename Body, typename... Stripe>
+[[gnu::noinline]] auto callBody(const Body& body, Stripe... stripe) {
+    return body(stripe...);
+}
+
 /** Runs body(thread, firstRow, rowCount): on the calling thread, or in one stripe for each thread of a team. */
 template <typename Body>
-void forThreadStripes(bool isForTeam, int32_t height, Body body) {
-    if (isForTeam)
-        runTeam(
-            height, [](int32_t) {}, body);
-    else
-        body(0, 0, height);
+void forThreadStripes(bool isForTeam, int32_t height, const Body& body) {
+    if (!isForTeam)
+        return callBody(body, int32_t{0}, int32_t{0}, height);
+    runTeam(height, {&body, [](const void*, int32_t) {},
+                     [](const void* context, int32_t thread, int32_t first, int32_t rows) {
+                         callBody(*static_cast<const Body*>(context), thread, first, rows);
+                     }});
 }
 
 /** Runs body(firstRow, rowCount) over all rows: at once, or from the threshold on in one stripe for each thread. */
@@ -90,42 +102,77 @@ void forRowStripes(RoiSize roi, ParallelFrom threshold, Body body) {
                      [&](int32_t, int32_t first, int32_t rows) { body(first, rows); });
 }
 
+/** How a reduction gives the partial result of a stripe, and joins two. */
+struct ReductionWork {
+    const void* context;
+    void (*body)(const void* context, int32_t firstRow, int32_t rowCount, void* partial);
+    void (*combine)(const void* context, void* total, const void* partial);
+};
+
+/** The team of a reduction. `total` is the result of no rows, and becomes that of all. */
+[[gnu::noinline]] inline void reduceWithTeam(int32_t height, const ReductionWork& work, void* total, size_t bytes) {
+    constexpr int32_t kFrameSlots = 32;
+    constexpr size_t kMostBytes = 32;
+    struct Team {
+        const ReductionWork& work;
+        void* total;
+        size_t bytes;
+        uint8_t* slots;
+        int32_t threads;
+
+        void* slot(int32_t thread) const { return slots + static_cast<size_t>(thread) * bytes; }
+    };
+    alignas(kMostBytes) uint8_t frameSlots[kFrameSlots * kMostBytes];
+    Team team{work, total, bytes, frameSlots, 0};
+    runTeam(height, {&team,
+                     [](const void* context, int32_t threads) {
+                         auto& t = *static_cast<Team*>(const_cast<void*>(context));
+                         t.threads = threads;
+                         if (threads > kFrameSlots)
+                             t.slots = static_cast<uint8_t*>(allocateBytes(threads * static_cast<int64_t>(t.bytes)));
+                         for (int32_t i = 0; t.slots != nullptr && i < threads; ++i)
+                             __builtin_memcpy(t.slot(i), t.total, t.bytes);
+                     },
+                     [](const void* context, int32_t thread, int32_t first, int32_t rows) {
+                         const auto& t = *static_cast<const Team*>(context);
+                         if (t.slots != nullptr)
+                             t.work.body(t.work.context, first, rows, t.slot(thread));
+                     }});
+    if (team.slots == nullptr)
+        return work.body(work.context, 0, height, total);
+    for (int32_t thread = 0; thread < team.threads; ++thread)
+        work.combine(work.context, total, team.slot(thread));
+    if (team.slots != frameSlots)
+        release(team.slots);
+}
+
 /**
  * A reduction over rows: body(firstRow, rowCount) gives the partial result of a stripe, combine(total, partial) joins
  * them in the order of the threads. Partial{} must be the result of no rows. Without memory for the slots of more than
  * 32 threads the calling thread does all the work.
  */
 template <typename Body, typename Combine, typename Partial = std::invoke_result_t<Body, int32_t, int32_t>>
-Partial reduceRows(RoiSize roi, ParallelFrom threshold, Body body, Combine combine) {
-    static_assert(std::is_trivially_copyable_v<Partial>);
+Partial reduceRows(RoiSize roi, ParallelFrom threshold, const Body& body, const Combine& combine) {
+    static_assert(std::is_trivially_copyable_v<Partial> && sizeof(Partial) <= 32 && alignof(Partial) <= 32);
     if (!isForTeam(roi, threshold))
-        return body(0, roi.height);
+        return callBody(body, int32_t{0}, roi.height);
 
-    constexpr int32_t kFrameSlots = 32;
-    Partial frameSlots[kFrameSlots];
-    Partial* slots = frameSlots;
-    int32_t team = 0;
-    runTeam(
-        roi.height,
-        [&](int32_t threads) {
-            team = threads;
-            if (threads > kFrameSlots)
-                slots = static_cast<Partial*>(allocateBytes(int64_t{threads} * int64_t{sizeof(Partial)}));
-            for (int32_t t = 0; slots != nullptr && t < threads; ++t)
-                slots[t] = Partial{};
-        },
-        [&](int32_t thread, int32_t first, int32_t rows) {
-            if (slots != nullptr)
-                slots[thread] = body(first, rows);
-        });
-    if (slots == nullptr)
-        return body(0, roi.height);
-
-    Partial total = slots[0];
-    for (int32_t t = 1; t < team; ++t)
-        combine(total, slots[t]);
-    if (slots != frameSlots)
-        release(slots);
+    struct Context {
+        const Body& body;
+        const Combine& combine;
+    };
+    const Context context{body, combine};
+    const ReductionWork work{&context,
+                             [](const void* c, int32_t first, int32_t rows, void* partial) {
+                                 *static_cast<Partial*>(partial) =
+                                     callBody(static_cast<const Context*>(c)->body, first, rows);
+                             },
+                             [](const void* c, void* total, const void* partial) {
+                                 static_cast<const Context*>(c)->combine(*static_cast<Partial*>(total),
+                                                                         *static_cast<const Partial*>(partial));
+                             }};
+    Partial total{};
+    reduceWithTeam(roi.height, work, &total, sizeof(Partial));
     return total;
 }
 
