@@ -31,7 +31,7 @@ struct AddWeighted {
     }
 };
 
-/** What a pixel contributes, as a float: the source, or the product of two. */
+/** What a pixel contributes, as a float: the value of one source, or the product of two. */
 template <typename D, typename T>
 HWY_INLINE hn::Vec<D> term(D d, const T* source) {
     return loadFloats(d, source);
@@ -59,12 +59,15 @@ HWY_INLINE hn::Vec<D> term(D d, const T* a, const T* b) {
     }
 }
 
-#if HWY_TARGET == HWY_SSSE3
 /**
- * The products of a block. Widening bytes takes several instructions here, which vectors that are loaded whole share.
+ * Whether there is a faster way to the products of a batch: with SSSE3, where widening bytes takes several
+ * instructions, one load and one multiplication of 16 bits serve several vectors of floats.
  */
+template <typename... T>
+constexpr bool kHasBatchOfProducts = HWY_TARGET == HWY_SSSE3 && sizeof...(T) == 2 && ((sizeof(T) == 1) && ...);
+
 template <typename D, typename T>
-requires(sizeof(T) == 1) HWY_INLINE std::array<hn::Vec<D>, kBlockVectors> termsOfBlock(D d, const T* a, const T* b) {
+HWY_INLINE std::array<hn::Vec<D>, kBatchVectors> productsOfBatch(D d, const T* a, const T* b) {
     const hn::Repartition<T, D> bytes;
     const auto lower = [](auto v) { return hn::LowerHalf(v); };
     const auto upper = [](auto v) { return hn::UpperHalf(hn::Half<hn::DFromV<decltype(v)>>(), v); };
@@ -73,18 +76,17 @@ requires(sizeof(T) == 1) HWY_INLINE std::array<hn::Vec<D>, kBlockVectors> termsO
     return {floatsFrom(d, lower(first)), floatsFrom(d, upper(first)), floatsFrom(d, lower(second)),
             floatsFrom(d, upper(second))};
 }
-#endif
 
 /** The rules sum = op(sum, term of the sources), row by row. */
-template <typename Op, typename... Sources>
-auto accumulation(Op op, Image<float> sum, Sources... in) {
+template <typename Op, typename... T>
+auto accumulation(Op op, Image<float> sum, Image<const T>... in) {
     return [=](int32_t y) {
         const auto rule = [=, a = sum.row(y), ... s = in.row(y)](auto d, ptrdiff_t x) {
             return op(hn::LoadU(d, a + x), term(d, (s + x)...));
         };
-        if constexpr (requires { termsOfBlock(hn::ScalableTag<float>(), in.row(y)...); })
-            return BlockRule{rule, [=, a = sum.row(y), ... s = in.row(y)](auto d, ptrdiff_t x) {
-                                 auto sums = termsOfBlock(d, (s + x)...);
+        if constexpr (kHasBatchOfProducts<T...>)
+            return BatchRule{rule, [=, a = sum.row(y), ... s = in.row(y)](auto d, ptrdiff_t x) {
+                                 auto sums = productsOfBatch(d, (s + x)...);
                                  for (size_t i = 0; i < sums.size(); ++i)
                                      sums[i] = op(hn::LoadU(d, a + x + i * hn::MaxLanes(d)), sums[i]);
                                  return sums;

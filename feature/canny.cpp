@@ -2,18 +2,18 @@
 #include "bind.h"
 #include "check.h"
 #include "pixelwise.h"
-#include "work_buffer.h"
+#include "row_ring.h"
 
 namespace VEKCV_VARIANT {
 namespace {
 
-/** Of a byte of the map: what a pixel is. An edge is what has the lowest bit set. */
+/** Bytes of the map: what a pixel is; 0 is neither. Only edges have the lowest bit set. */
 constexpr uint8_t kCandidate = 0x80, kEdge = 0xFF;
 
 /** tan(pi / 8) and tan(3 * pi / 8), between which a gradient is diagonal. */
 constexpr float kFlat = 0.41421357F, kSteep = 2.4142137F;
 
-/** How magnitudes of derivatives of T are stored: those of 16 bits 32768 lower, so that they compare as signed ones. */
+/** How magnitudes are stored: those of 16-bit derivatives minus 32768, which fits int16_t and keeps their order. */
 template <typename T>
 struct Magnitudes;
 
@@ -39,7 +39,7 @@ struct Magnitudes<int16_t> {
 
     int16_t low, high;
 
-    /** There is no magnitude above 65535: as the high threshold it leaves no edge, whatever the low one is. */
+    /** No magnitude is above 65535: a high threshold of that leaves no edge, whatever the low one is. */
     Magnitudes(float lowThreshold, float highThreshold) : low(stored(lowThreshold)), high(stored(highThreshold)) {}
 
     template <typename D>
@@ -55,7 +55,7 @@ struct Magnitudes<int16_t> {
     }
 };
 
-/** Gradients within 22.5 degrees of the row, and within that of the column. */
+/** Gradients within 22.5 degrees of the direction of rows, and those within 22.5 degrees of that of columns. */
 template <typename D>
 struct Directions {
     hn::Mask<D> horizontal, vertical;
@@ -86,12 +86,12 @@ HWY_INLINE Directions<D> directionsOf(D d, hn::Vec<D> dx, hn::Vec<D> dy) {
     }
 }
 
-/** A row of the map: candidates and edges among the pixels of a row, from the magnitudes in and around it. */
+/** Writes a row of the map: the candidates and edges of a row, from its magnitudes and those of the rows around it. */
 template <typename T>
 struct MapRule {
     using Element = typename Magnitudes<T>::Element;
 
-    const Element *above, *here, *below;  // from the one left of the row on
+    const Element *above, *here, *below;  // magnitudes, from the one left of the row on
     const T *dx, *dy;
     Element high;
 
@@ -116,7 +116,7 @@ struct MapRule {
         const auto isNotAbove = [=](const Element* neighbours) {
             const auto neighbour = hn::LoadU(d, neighbours + x);
             if constexpr (hwy::IsFloat<T>())
-                return hn::Le(neighbour, m);  // not so for NaN
+                return hn::Le(neighbour, m);  // false for NaN
             else
                 return hn::Not(hn::Lt(m, neighbour));
         };
@@ -160,10 +160,18 @@ class EdgeMap {
 
     uint8_t* row(ptrdiff_t y) const { return map_ + (y + 1) * pitch_ + 1; }
 
-    /** Makes edges of the candidates of a row that touch one. The rows above and below must be there. */
-    void touchRow(ptrdiff_t y, ptrdiff_t width) { touchVectors(hn::ScalableTag<uint8_t>(), row(y), 0, width); }
+    /** Makes edges of the candidates of a row that touch an edge. The rows above and below must be in the map. */
+    void touchRow(ptrdiff_t y, ptrdiff_t width) {
+        uint8_t* const pixels = row(y);
+        forHalves(
+            hn::ScalableTag<uint8_t>(), 0, width, [ =, this ](auto d, ptrdiff_t x) __attribute__((always_inline)) {
+                const auto isCandidate = hn::Eq(hn::LoadU(d, pixels + x), hn::Set(d, kCandidate));
+                if (!hn::AllFalse(d, isCandidate))
+                    touchVector(d, pixels + x, isCandidate);
+            });
+    }
 
-    /** Makes edges of all candidates that are connected with those of touchRow. */
+    /** Makes edges of all candidates that are connected with an edge that touchRow made. */
     void followEdges() {
         const ptrdiff_t neighbours[] = {-pitch_ - 1, -pitch_, -pitch_ + 1, -1, 1, pitch_ - 1, pitch_, pitch_ + 1};
         while (depth_ != 0) {
@@ -183,18 +191,6 @@ class EdgeMap {
     void makeEdge(uint8_t* pixel) {
         *pixel = kEdge;
         stack_[depth_++] = static_cast<Place>(pixel - map_);
-    }
-
-    template <typename D>
-    HWY_INLINE void touchVectors(D d, uint8_t* pixels, ptrdiff_t x, ptrdiff_t end) {
-        constexpr auto kLanes = static_cast<ptrdiff_t>(hn::MaxLanes(D()));
-        for (; x + kLanes <= end; x += kLanes) {
-            const auto isCandidate = hn::Eq(hn::LoadU(d, pixels + x), hn::Set(d, kCandidate));
-            if (!hn::AllFalse(d, isCandidate))
-                touchVector(d, pixels + x, isCandidate);
-        }
-        if constexpr (kLanes > 1)
-            touchVectors(hn::Half<D>(), pixels, x, end);
     }
 
     template <typename D>
@@ -221,7 +217,7 @@ class EdgeMap {
 
 int64_t bufferBytes(RoiSize roi) {
     const int64_t mapBytes = (int64_t{roi.width} + 2) * (int64_t{roi.height} + 2);
-    if (mapBytes > INT32_MAX)  // too large already, and a multiple may not fit 64 bits
+    if (mapBytes > INT32_MAX)  // too large already, and several times that may not fit 64 bits
         return mapBytes;
     const bool isWide = roi.width >= 65533 || roi.height >= 65533;
     return mapBytes * (isWide ? 9 : 5) + 16 * int64_t{roi.width} + 160;
@@ -231,46 +227,42 @@ template <typename T>
 void findEdges(Image<const T> derivativeX, Image<const T> derivativeY, Image<uint8_t> out, RoiSize roi,
                Magnitudes<T> thresholds, uint8_t* buffer) {
     using Element = typename Magnitudes<T>::Element;
-    Scratch scratch(WorkBuffer(buffer, bufferBytes(roi)).slice<uint8_t>(0));
+    Scratch scratch(buffer, bufferBytes(roi));
     const ptrdiff_t width = roi.width, pitch = width + 2;
     auto* const map = scratch.take<uint8_t>(pitch * (ptrdiff_t{roi.height} + 2));
-    Element* window[3];
-    auto* const magnitudes = scratch.take<Element>(3 * pitch);
-    for (ptrdiff_t i = 0; i < 3 * pitch; ++i)
-        magnitudes[i] = Magnitudes<T>::kNone;
-    for (ptrdiff_t i = 0; i < 3; ++i)
-        window[i] = magnitudes + i * pitch;
+    RowRing<Element> window(scratch, 3, pitch);
     EdgeMap edges(map, roi, scratch.take<EdgeMap::Place>(0));
 
-    const auto writeMagnitudes = [&](Element* row, ptrdiff_t y) {
+    const auto clear = [=](Element* row) {
+        for (ptrdiff_t x = 0; x < pitch; ++x)
+            row[x] = Magnitudes<T>::kNone;
+    };
+    const auto writeMagnitudes = [&](ptrdiff_t y) {
+        if (y == roi.height)
+            return clear(window.bottom());
         const T *const dx = derivativeX.row(y), *const dy = derivativeY.row(y);
-        writeRow<Stores::kCached>(row + 1, width, [=](auto d, ptrdiff_t x) {
+        writeRow<Stores::kCached>(window.bottom() + 1, width, [=](auto d, ptrdiff_t x) {
             const auto m = Magnitudes<T>::of(d, hn::LoadU(d, dx + x), hn::LoadU(d, dy + x));
             return hn::IfThenElse(hn::Lt(m, hn::Set(d, thresholds.low)), hn::Set(d, Magnitudes<T>::kNone), m);
         });
     };
-    writeMagnitudes(window[1], 0);
+    for (int32_t k = 0; k < 3; ++k)
+        clear(window[k]);
+    writeMagnitudes(0);
     for (ptrdiff_t y = 0; y < roi.height; ++y) {
-        if (y + 1 < roi.height) {
-            writeMagnitudes(window[2], y + 1);
-        } else {
-            for (ptrdiff_t x = 0; x < width; ++x)
-                window[2][x + 1] = Magnitudes<T>::kNone;
-        }
-        const MapRule<T> rule{window[0], window[1], window[2], derivativeX.row(y), derivativeY.row(y), thresholds.high};
-        writeRow<Stores::kCached>(edges.row(y), width, rule);
+        window.advance();
+        writeMagnitudes(y + 1);
+        writeRow<Stores::kCached>(
+            edges.row(y), width,
+            MapRule<T>{window[0], window[1], window[2], derivativeX.row(y), derivativeY.row(y), thresholds.high});
         if (y > 0)
             edges.touchRow(y - 1, width);
-        Element* const top = window[0];
-        window[0] = window[1];
-        window[1] = window[2];
-        window[2] = top;
     }
     edges.touchRow(roi.height - 1, width);
     edges.followEdges();
 
     for (ptrdiff_t y = 0; y < roi.height; ++y)
-        writeRow<Stores::kCached>(out.row(y), width, [&, row = edges.row(y)](auto d, ptrdiff_t x) {
+        writeRow<Stores::kCached>(out.row(y), width, [row = edges.row(y)](auto d, ptrdiff_t x) {
             return hn::VecFromMask(d, hn::Eq(hn::LoadU(d, row + x), hn::Set(d, kEdge)));
         });
 }

@@ -1,15 +1,16 @@
 // Sums of products of elements with 16-bit taps, exact modulo 2^32, by multiply-adds that take two taps at a time.
 #pragma once
 
+#include "batches.h"
 #include "kernel_size.h"
 #include "pair_products.h"
 #include "promote.h"
 #include "rounding.h"
-#include "runs.h"
+#include "stores.h"
 
 namespace VEKCV_VARIANT {
 
-/** Two vectors whose pairs of lanes are the elements that two taps meet, for as many results as D has lanes. */
+/** Two vectors with a pair of lanes for each of as many results as D has lanes: the elements that two taps meet. */
 template <typename D>
 struct PairVectors {
     hn::Vec<D> first, second;
@@ -40,7 +41,7 @@ struct InterleavedPairs {
     HWY_INLINE PairVectors<D> load(D d, int32_t k, ptrdiff_t x) const {
         return interleave(d, loadWidened(d, taps(k) + x), loadWidened(d, taps(k + 1) + x));
     }
-    /** Pairs that begin with the elements of the last tap, and what is multiplied with them. */
+    /** Pairs for a single last tap, whose elements come first, and the pair of factors for them. */
     template <typename D>
     HWY_INLINE PairVectors<D> loadLast(D d, int32_t k, ptrdiff_t x) const {
         const auto v = loadWidened(d, taps(k) + x);
@@ -48,7 +49,7 @@ struct InterleavedPairs {
     }
     static HWY_INLINE uint32_t lastPair(uint16_t tap) { return tap; }
 
-    /** Sums, saturated, in the order of the results: block by block, as interleaves of whole vectors have them. */
+    /** Sums, saturated, in the order of the results: interleave and demotion both work on 128 bits at a time. */
     template <typename D, typename V>
     HWY_INLINE static hn::Vec<D> narrow(D d, V first, V second) {
         return hn::ReorderDemote2To(d, first, second);
@@ -63,8 +64,8 @@ struct InterleavedPairs {
 
 /**
  * Pairs of neighbours, for taps that meet neighbouring elements: they lie in memory as they are needed, those of even
- * results from x on and those of odd ones from x + 1 on. A last single tap comes second in its pair, behind an element
- * that counts for nothing: so nothing beyond the last element is read, but there must be two taps at least.
+ * results from x on and those of odd results from x + 1 on. A single last tap comes second in its pair, behind an
+ * element whose factor is 0: so nothing beyond the last element is read, but there must be two taps at least.
  */
 template <typename T>
 struct NeighbourPairs {
@@ -84,7 +85,7 @@ struct NeighbourPairs {
     template <typename D, typename V>
     HWY_INLINE static hn::Vec<D> narrow(D d, V even, V odd) {
         const auto v = hn::ReorderDemote2To(d, even, odd);
-        // A block has those of both one after the other.
+        // Each 128 bits hold four even results and then four odd ones.
         alignas(16) static constexpr uint8_t kInTurn[] = {0, 1, 8, 9, 2, 3, 10, 11, 4, 5, 12, 13, 6, 7, 14, 15};
         const hn::Repartition<uint8_t, D> bytes;
         return hn::BitCast(d, hn::TableLookupBytes(hn::BitCast(bytes, v), hn::LoadDup128(bytes, kInTurn)));
@@ -94,13 +95,15 @@ struct NeighbourPairs {
 // What becomes of a sum before it is saturated to the type of the result.
 
 struct Unscaled {
+    constexpr explicit Unscaled(float /*factor*/ = 1) {}
+
     template <typename D>
     HWY_INLINE hn::Vec<D> operator()(D /*d*/, hn::Vec<D> sums) const {
         return sums;
     }
 };
 
-/** Times a factor of -1 to 1, to the nearest integer, to the even one of two. */
+/** Times a factor of -1 to 1, rounded to the nearest integer, of two equally near ones to the even one. */
 struct ScaledToNearest {
     float factor;
 
@@ -112,7 +115,7 @@ struct ScaledToNearest {
     }
 };
 
-/** Times a factor, saturated, towards zero. */
+/** Times a factor, saturated, then rounded towards zero. */
 template <typename Result>
 struct ScaledTowardsZero {
     float factor;
@@ -127,18 +130,7 @@ struct ScaledTowardsZero {
     }
 };
 
-/** Stores 16-bit lanes as a type that they are saturated to. */
-template <typename D, typename Result>
-HWY_INLINE void storeWords(D d, hn::Vec<D> v, Result* out) {
-    if constexpr (sizeof(Result) == 1) {
-        const hn::Rebind<Result, D> narrow;
-        hn::StoreU(hn::DemoteTo(narrow, v), narrow, out);
-    } else {
-        hn::StoreU(v, d, out);
-    }
-}
-
-/** Sums of a block of vectors. */
+/** The sums of kVectors vectors of results. */
 template <typename D, int32_t kVectors, typename Pairs, typename Size>
 struct PairSums {
     using D32 = hn::Repartition<int32_t, D>;
@@ -172,47 +164,45 @@ struct PairSums {
     }
 };
 
+/** What writeSums writes, one element at a time, for rows shorter than 16 bytes of elements. */
+template <typename Taps, typename Finish, typename Result>
+HWY_NOINLINE void writeFewSums(Taps taps, const int16_t* kernel, int32_t size, Finish finish, Result* out,
+                               ptrdiff_t begin, ptrdiff_t end) {
+    for (ptrdiff_t x = begin; x < end; ++x) {
+        uint32_t sum = 0;
+        for (int32_t k = 0; k < size; ++k)
+            sum += static_cast<uint32_t>(kernel[k] * taps(k)[x]);
+        const hn::CappedTag<int32_t, 1> one;
+        const int32_t value = hn::GetLane(finish(one, hn::Set(one, static_cast<int32_t>(sum))));
+        constexpr int32_t kLeast = hwy::LimitsMin<Result>(), kMost = hwy::LimitsMax<Result>();
+        out[x] = static_cast<Result>(value < kLeast ? kLeast : value > kMost ? kMost : value);
+    }
+}
+
 /** out[x] = finish(sum of all k of kernel[k] * taps(k)[x]), saturated, for x from begin to end. */
 template <typename Pairs, typename Size, typename Finish, typename Result>
-HWY_NOINLINE void writeSums(const Pairs& pairs, const int16_t* kernel, Size size, const Finish& finish, Result* out,
-                            ptrdiff_t begin, ptrdiff_t end) {
-    const auto factors = tapsOf<Size>(kernel);
-    forRun(
+HWY_INLINE void writeSums(Pairs pairs, const int16_t* kernel, Size size, Finish finish, Result* out, ptrdiff_t begin,
+                          ptrdiff_t end) {
+    const auto factors = tapsOf(kernel, size);
+    forBatches(
         hn::ScalableTag<int16_t>(), begin, end,
-        [&](auto d, auto count, ptrdiff_t x) __attribute__((always_inline)) {
+        [=](auto d, auto batch, ptrdiff_t x) __attribute__((always_inline)) {
             using D = decltype(d);
-            constexpr int32_t kCount = count;
+            constexpr int32_t kVectors = batch;
             constexpr auto kLanes = static_cast<ptrdiff_t>(hn::MaxLanes(D()));
             const hn::Repartition<int32_t, D> d32;
-            const PairSums<D, kCount, Pairs, Size> sums(pairs, factors, size, x);
+            const PairSums<D, kVectors, Pairs, Size> sums(pairs, factors, size, x);
 #pragma GCC unroll 8
-            for (int32_t i = 0; i < kCount; ++i)
-                storeWords(d, Pairs::narrow(d, finish(d32, sums.first[i]), finish(d32, sums.second[i])),
-                           out + x + i * kLanes);
+            for (int32_t i = 0; i < kVectors; ++i)
+                storeSaturated(d, Pairs::narrow(d, finish(d32, sums.first[i]), finish(d32, sums.second[i])),
+                               out + x + i * kLanes);
         },
-        [&](ptrdiff_t x) {
-            uint32_t sum = 0;
-            for (int32_t k = 0; k < size; ++k)
-                sum += static_cast<uint32_t>(kernel[k] * pairs.taps(k)[x]);
-            const hn::CappedTag<int32_t, 1> one;
-            const int32_t value = hn::GetLane(finish(one, hn::Set(one, static_cast<int32_t>(sum))));
-            constexpr int32_t kLeast = hwy::LimitsMin<Result>(), kMost = hwy::LimitsMax<Result>();
-            out[x] = static_cast<Result>(value < kLeast ? kLeast : value > kMost ? kMost : value);
-        });
+        [=] { writeFewSums(pairs.taps, kernel, size, finish, out, begin, end); });
 }
 
-/** 1 / divisor, as the filters take it. */
+/** 1 / divisor, rounded to float. */
 inline float reciprocal(int32_t divisor) {
     return 1.0F / static_cast<float>(divisor);
-}
-
-/** Calls body(finish) with what gives the nearest integers of sums divided by a divisor, in the shortest way. */
-template <typename Body>
-void withNearest(int32_t divisor, Body body) {
-    if (divisor == 1)
-        body(Unscaled());
-    else
-        body(ScaledToNearest{reciprocal(divisor)});
 }
 
 }  // namespace VEKCV_VARIANT

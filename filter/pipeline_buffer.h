@@ -6,10 +6,10 @@
 
 namespace VEKCV_VARIANT {
 
-/** Integer filters keep the rounding of blocks and edges apart; those of low precision do not. */
+/** Integer filters round a part of each row in another way than the rest; those of low precision do not. */
 enum class Precision { kFull, kLow };
 
-/** So many bytes for each pixel or tap, and so many more. */
+/** `each` bytes for each pixel or tap, and `more` bytes once. */
 struct LinearBytes {
     int64_t each, more;
 
@@ -41,13 +41,13 @@ constexpr int64_t rowAddressBytes(RoiSize roi, int32_t kernelSize) {
     return int64_t{sizeof(void*)} * (int64_t{roi.height} + kernelSize);
 }
 
-/** Bytes of one thread of a row filter, without the spare ones of its slice. */
+/** Bytes that a row filter needs for each thread, without those that align a slice. */
 template <typename Source, int32_t kChannels, Precision kPrecision = Precision::kFull>
 constexpr int64_t rowPipelineThreadBytes(RoiSize roi, int32_t kernelSize) {
     return rowAddressBytes(roi, kernelSize) + kRowPipelineBytes<Source, kChannels, kPrecision>.of(kernelSize);
 }
 
-/** The same for a column filter from rows of 16-bit elements. */
+/** Bytes that a column filter from rows of 16-bit elements needs for each thread, without those that align a slice. */
 template <int32_t kChannels, Precision kPrecision = Precision::kFull>
 constexpr int64_t columnPipelineThreadBytes(RoiSize roi, int32_t kernelSize) {
     constexpr int64_t kUnit = kPrecision == Precision::kLow ? 8 : 4;
@@ -60,7 +60,7 @@ int64_t rowPipelineBytes(RoiSize roi, int32_t kernelSize) {
     return WorkBuffer::bytes(rowPipelineThreadBytes<Source, kChannels, kPrecision>(roi, kernelSize));
 }
 
-/** The size of the buffer of a column filter from rows of `Source`; that from rows of floats is always the same. */
+/** The size of the buffer of a column filter from rows of `Source`; from rows of floats it is always the same. */
 template <typename Source, int32_t kChannels, Precision kPrecision = Precision::kFull>
 int64_t columnPipelineBytes(RoiSize roi, int32_t kernelSize) {
     if constexpr (std::is_same_v<Source, float>)

@@ -1,94 +1,114 @@
 // Row filters: rows of an image, extended by a border rule, to rows anywhere in memory.
 #include "bind.h"
 #include "check.h"
+#include "extended_row.h"
 #include "float_sums.h"
 #include "kernel_size.h"
 #include "pair_sums.h"
 #include "parallel.h"
 #include "pipeline_buffer.h"
-#include "row_edges.h"
 
 namespace VEKCV_VARIANT {
 namespace {
 
+template <typename Tap>
+struct RowKernel {
+    const Tap* taps;
+    int32_t size;
+    float factor;  // of the sums of integers
+};
+
+/** Computes `count` elements of a row; the first tap meets `elements[0]` for the first of them. */
+template <typename Source, typename Result, typename Tap>
+using WriteElements = void (*)(const Source* elements, RowKernel<Tap> kernel, Result* out, ptrdiff_t count);
+
 /** How an image becomes rows, whatever the arithmetic. */
 template <typename Source, int32_t kChannels, typename Result, typename Tap>
 struct RowFilter {
+    using Write = WriteElements<Source, Result, Tap>;
+
     Image<const Source, kChannels> source;
     Result* const* destinationRows;
     RoiSize roi;
-    const Tap* kernel;
-    int32_t kernelSize, anchor, borderType;
+    RowKernel<Tap> kernel;
+    int32_t anchor, borderType;
     Source borderValue;
     uint8_t* buffer;
 
     Check check() const {
         return Check()
-            .pointers(source, destinationRows, kernel, buffer)
+            .pointers(source, destinationRows, kernel.taps, buffer)
             .roi(roi)
-            .require(kernelSize >= 1, StatusSizeError)
-            .require(anchor >= 0 && anchor < kernelSize, StatusAnchorError)
+            .require(kernel.size >= 1, StatusSizeError)
+            .require(anchor >= 0 && anchor < kernel.size, StatusAnchorError)
             .steps(roi.width, source)
             .require(isBorderRule(borderType), StatusBadArgument);
     }
 
-    /**
-     * Runs write(elements, out, count, isInterior) for the edges and the interior of every row up to the first that has
-     * no destination, which is found before the threads start. `elements` are those that the first tap meets.
-     */
-    template <typename Write>
-    Status run(int64_t threadBytes, Write write) const {
+    /** Filters the rows before the first that has no destination. That row is looked for before the threads start. */
+    Status run(int64_t threadBytes, Write writeInterior, Write writeEdge) const {
         int32_t height = 0;
         while (height < roi.height && destinationRows[height] != nullptr)
             ++height;
-        const WorkBuffer scratch(buffer, threadBytes);
+        const WorkBuffer work(buffer, threadBytes);
         forThreadStripes(isForTeam(roi, ParallelFrom::perThread(32768)), height,
-                         [&](int32_t thread, int32_t first, int32_t rows) {
-                             filterRows(scratch.slice<uint8_t>(thread), first, rows, write);
+                         [=, *this](int32_t thread, int32_t first, int32_t rows) {
+                             filterRows(work.slice(thread), first, rows, writeInterior, writeEdge);
                          });
         return height < roi.height ? StatusNullPointer : StatusOk;
     }
 
   private:
-    template <typename Write>
-    void filterRows(uint8_t* scratch, int32_t first, int32_t rows, const Write& write) const {
-        const RowSpans spans = RowSpans::of(roi.width, kernelSize, anchor);
-        const RowEdges<Source, kChannels> edges(scratch, spans, roi, kernelSize, anchor,
-                                                static_cast<BorderType>(borderType), borderValue);
-        const auto writeSpan = [&](RowSpan span, const Source* elements, Result* row, auto isInterior) {
-            if (span.size() > 0)
-                write(elements, row + ptrdiff_t{span.begin} * kChannels, ptrdiff_t{span.size()} * kChannels,
-                      isInterior);
-        };
+    /** Outputs of the interior need no pixels beside the row. A row shorter than the kernel has no interior. */
+    HWY_NOINLINE void filterRows(Scratch scratch, int32_t first, int32_t rows, Write writeInterior,
+                                 Write writeEdge) const {
+        const int32_t width = roi.width, after = kernel.size - 1 - anchor;
+        const int32_t left = width < kernel.size ? width : anchor, right = width < kernel.size ? width : width - after;
+        const ExtendedRow<Source, kChannels> extended(scratch, Border<Source>::of(borderType, borderValue), width,
+                                                      anchor, after);
+        Source* const pixels =
+            scratch.take<Source>((HWY_MAX(left, width - right) + int64_t{kernel.size} - 1) * kChannels);
         for (int32_t y = first; y < first + rows; ++y) {
             const Source* const row = source.row(y);
             Result* const out = destinationRows[y];
-            writeSpan(spans.left, edges.left(row), out, std::false_type());
-            writeSpan(spans.interior, row, out, std::true_type());
-            writeSpan(spans.right, edges.right(row), out, std::false_type());
+            const auto writeFrom = [&](int32_t begin, int32_t end) {
+                if (begin == end)
+                    return;
+                extended.copy(row, int64_t{begin} - anchor, int64_t{end} + after, pixels);
+                writeEdge(pixels, kernel, out + ptrdiff_t{begin} * kChannels, ptrdiff_t{end - begin} * kChannels);
+            };
+            writeFrom(0, left);
+            if (left < right)
+                writeInterior(row, kernel, out + ptrdiff_t{left} * kChannels, ptrdiff_t{right - left} * kChannels);
+            writeFrom(right, width);
         }
     }
 };
 
-/** Neighbouring pixels of one channel are pairs as they are, for two taps and more. */
-template <int32_t kChannels, typename T, typename Size, typename Body>
-HWY_INLINE void withPairs(const T* elements, Size size, Body body) {
-    const StridedTaps<T, kChannels> taps{elements};
-    if constexpr (kChannels == 1)
-        if (size > 1)
-            return body(NeighbourPairs<T>{taps});
-    if constexpr (kChannels > 1 || std::is_same_v<Size, int32_t>)
-        body(InterleavedPairs<StridedTaps<T, kChannels>>{taps});
+/** Calls body(pairs). With one channel and two taps or more, neighbouring elements are the pairs. */
+template <typename T, int32_t kSize, typename Body>
+HWY_INLINE void withPairs(StridedTaps<T, 1> taps, KnownSize<kSize> /*size*/, Body body) {
+    body(NeighbourPairs<T>{taps});
+}
+template <typename T, typename Body>
+HWY_INLINE void withPairs(StridedTaps<T, 1> taps, int32_t size, Body body) {
+    if (size > 1)
+        body(NeighbourPairs<T>{taps});
+    else
+        body(InterleavedPairs<StridedTaps<T, 1>>{taps});
+}
+template <typename T, typename Size, typename Body>
+HWY_INLINE void withPairs(StridedTaps<T, 3> taps, Size /*size*/, Body body) {
+    body(InterleavedPairs<StridedTaps<T, 3>>{taps});
 }
 
-template <Precision kPrecision>
-using EdgeRounding = std::conditional_t<kPrecision == Precision::kLow, ScaledToNearest, ScaledTowardsZero<int16_t>>;
-
-template <int32_t kChannels, typename Source, typename Rounding>
-void writeEdge(const Source* elements, const int16_t* kernel, int32_t kernelSize, Rounding rounding, int16_t* out,
-               ptrdiff_t count) {
-    withPairs<kChannels>(elements, kernelSize,
-                         [=](auto pairs) { writeSums(pairs, kernel, kernelSize, rounding, out, 0, count); });
+template <int32_t kChannels, typename Finish, typename Size, typename Source>
+void writeRow(const Source* elements, RowKernel<int16_t> kernel, int16_t* out, ptrdiff_t count) {
+    const Size size(kernel.size);
+    withPairs(
+        StridedTaps<Source, kChannels>{elements}, size, [=](auto pairs) __attribute__((always_inline)) {
+            writeSums(pairs, kernel.taps, size, Finish{kernel.factor}, out, 0, count);
+        });
 }
 
 template <int32_t kChannels, Precision kPrecision, typename Source>
@@ -96,27 +116,25 @@ Status rowFilter(const Source* source, int32_t sourceStep, int16_t* const* desti
                  const int16_t* kernel, int32_t kernelSize, int32_t anchor, int32_t borderType, Source borderValue,
                  int32_t divisor, uint8_t* buffer) {
     const RowFilter<Source, kChannels, int16_t, int16_t> filter{
-        {source, sourceStep}, destinationRows, roi, kernel, kernelSize, anchor, borderType, borderValue, buffer};
+        {source, sourceStep}, destinationRows, roi,   {kernel, kernelSize, reciprocal(divisor)}, anchor,
+        borderType,           borderValue,     buffer};
     if (Status status = filter.check().require(divisor != 0, StatusBadArgument))
         return status;
-
-    Status status = StatusOk;
-    withKernelSize(kernelSize, [&](auto size) {
-        withNearest(divisor, [&](auto nearest) {
-            const EdgeRounding<kPrecision> edgeRounding{reciprocal(divisor)};
-            status = filter.run(rowPipelineThreadBytes<Source, kChannels, kPrecision>(roi, kernelSize),
-                                [=](const Source* elements, int16_t* out, ptrdiff_t count, auto isInterior) {
-                                    // The edges are short: one copy of the code does for all sizes of kernels.
-                                    if constexpr (isInterior)
-                                        withPairs<kChannels>(elements, size, [=](auto pairs) {
-                                            writeSums(pairs, kernel, size, nearest, out, 0, count);
-                                        });
-                                    else
-                                        writeEdge<kChannels>(elements, kernel, kernelSize, edgeRounding, out, count);
-                                });
-        });
+    using Write = WriteElements<Source, int16_t, int16_t>;
+    const Write writeInterior = withKernelSize(kernelSize, [=]<typename Size>(Size) -> Write {
+        if (divisor == 1)
+            return writeRow<kChannels, Unscaled, Size>;
+        return writeRow<kChannels, ScaledToNearest, Size>;
     });
-    return status;
+    // The edges are short: one copy of the code does for all sizes of kernels.
+    using EdgeRounding = std::conditional_t<kPrecision == Precision::kLow, ScaledToNearest, ScaledTowardsZero<int16_t>>;
+    return filter.run(rowPipelineThreadBytes<Source, kChannels, kPrecision>(roi, kernelSize), writeInterior,
+                      writeRow<kChannels, EdgeRounding, int32_t>);
+}
+
+template <int32_t kChannels, typename Size>
+void writeFloatRow(const float* elements, RowKernel<float> kernel, float* out, ptrdiff_t count) {
+    writeFloatSums(StridedTaps<float, kChannels>{elements}, kernel.taps, Size(kernel.size), out, count);
 }
 
 template <int32_t kChannels>
@@ -124,18 +142,13 @@ Status floatRowFilter(const float* source, int32_t sourceStep, float* const* des
                       const float* kernel, int32_t kernelSize, int32_t anchor, int32_t borderType, float borderValue,
                       uint8_t* buffer) {
     const RowFilter<float, kChannels, float, float> filter{
-        {source, sourceStep}, destinationRows, roi, kernel, kernelSize, anchor, borderType, borderValue, buffer};
+        {source, sourceStep}, destinationRows, roi, {kernel, kernelSize, 1}, anchor, borderType, borderValue, buffer};
     if (Status status = filter.check())
         return status;
-
-    Status status = StatusOk;
-    withKernelSize(kernelSize, [&](auto size) {
-        status = filter.run(rowPipelineThreadBytes<float, kChannels>(roi, kernelSize),
-                            [=](const float* elements, float* out, ptrdiff_t count, auto /*isInterior*/) {
-                                writeFloatSums(StridedTaps<float, kChannels>{elements}, kernel, size, out, 0, count);
-                            });
+    const auto write = withKernelSize(kernelSize, []<typename Size>(Size) -> WriteElements<float, float, float> {
+        return writeFloatRow<kChannels, Size>;
     });
-    return status;
+    return filter.run(rowPipelineThreadBytes<float, kChannels>(roi, kernelSize), write, write);
 }
 
 }  // namespace

@@ -6,7 +6,7 @@
 namespace VEKCV_VARIANT {
 namespace {
 
-// The filters by their masks, and what their work buffers have beyond rows.
+// The masks of the filters, and the parts of their work buffers that do not depend on the image.
 
 struct Buffer {
     template <typename Result>
@@ -58,29 +58,38 @@ struct ScharrVert : ScharrBuffer {
     using Small = Separable<Difference3<1>, Scharr3>;
 };
 
-/** 2 0 2 / 0 -8 0 / 2 0 2: the middle row is that of the image itself. */
+/** 2 0 2 / 0 -8 0 / 2 0 2: the middle row of the mask meets pixels that are not filtered by rows. */
 struct Laplacian3 {
-    static constexpr int32_t kTaps = 3, kParts = 1;
+    struct Outer {
+        static constexpr int32_t kTaps = 3;
 
-    template <typename V, typename At>
-    HWY_INLINE static void row(V (&parts)[1], At at) {
-        parts[0] = times<2>(hn::Add(at(0), at(2)));
-    }
+        template <typename At>
+        HWY_INLINE auto operator()(At at) const {
+            return times<2>(hn::Add(at(0), at(2)));
+        }
+    };
+    using Rows = PlainRows<Outer>;
+    static constexpr bool kNeedsMiddle = true;
+
     template <typename At, typename V>
     HWY_INLINE static auto column(At at, V middle) {
         return hn::Sub(hn::Add(at(0, 0), at(0, 2)), times<8>(middle));
     }
 };
 
-/** The second derivatives in either direction, each smoothed across. */
+/** The sum of the second derivatives along the row and the column, each smoothed across. */
 struct Laplacian5 {
-    static constexpr int32_t kTaps = 5, kParts = 2;
+    struct Rows {
+        static constexpr int32_t kTaps = 5, kParts = 2;
 
-    template <typename V, typename At>
-    HWY_INLINE static void row(V (&parts)[2], At at) {
-        parts[0] = Smooth5()(at);
-        parts[1] = Second5()(at);
-    }
+        template <typename V, typename At>
+        HWY_INLINE static void row(V (&parts)[2], At at) {
+            parts[0] = Smooth5()(at);
+            parts[1] = Second5()(at);
+        }
+    };
+    static constexpr bool kNeedsMiddle = false;
+
     template <typename At>
     HWY_INLINE static auto column(At at) {
         return hn::Add(Second5()([=](int32_t k) { return at(0, k); }), Smooth5()([=](int32_t k) { return at(1, k); }));

@@ -12,8 +12,9 @@ template <typename D, typename T>
 HWY_INLINE hn::Vec<D> promoteBytes(D d, const T* bytes) {
     const auto narrow = hn::LoadU(hn::Rebind<T, D>(), bytes);
 #if HWY_TARGET == HWY_SSSE3
-    // One shuffle, where the instructions that widen by a factor of four do not exist yet and two or three others would
-    // be needed: to the lowest byte of a lane, or to the highest for a shift that brings the sign with it.
+    // SSSE3 lacks the instructions that widen by a factor of four; one shuffle is shorter than two or three others. It
+    // moves an unsigned byte to the lowest byte of its lane, and a signed one to the highest, from where a shift takes
+    // it down with its sign.
     constexpr uint8_t k0 = 0x80;  // gives 0
     alignas(16) static constexpr uint8_t kLowest[] = {0, k0, k0, k0, 1, k0, k0, k0, 2, k0, k0, k0, 3, k0, k0, k0};
     alignas(16) static constexpr uint8_t kHighest[] = {k0, k0, k0, 0, k0, k0, k0, 1, k0, k0, k0, 2, k0, k0, k0, 3};
@@ -48,7 +49,7 @@ HWY_INLINE hn::Vec<D> loadWidened(D d, const T* elements) {
         return hn::LoadU(d, elements);
 }
 
-/** Where mask bytes are 0: true for as many pixels, of any type, as d has lanes. */
+/** For as many pixels as d has lanes, of any type: whether their mask bytes are 0. */
 template <typename D>
 HWY_INLINE hn::Mask<D> isZero(D d, const uint8_t* mask) {
     const hn::RebindToUnsigned<D> unsignedLanes;

@@ -1,4 +1,4 @@
-// What lies beside a row.
+// Which pixels stand for those beside a row.
 #pragma once
 
 #include "vekcv.h"
@@ -11,13 +11,13 @@ constexpr bool isBorderRule(int32_t rule) {
 
 /**
  * The pixel of a row of `width` pixels that stands for the one at x, which may lie beside the row at any distance; -1
- * for the constant. The reflecting rules go back and forth where the border is wider than the row, the periodic one
- * goes around. `rule` is one of the five of isBorderRule.
+ * for the constant. Where the border is wider than the row, the reflecting rules go back and forth, and the periodic
+ * one repeats the row. `rule` is one of the five of isBorderRule.
  */
 constexpr int32_t borderIndex(BorderType rule, int64_t x, int32_t width) {
     if (x >= 0 && x < width)
         return static_cast<int32_t>(x);
-    // The position in a pattern of so many pixels that repeats itself.
+    // The position of x in a pattern of `period` pixels that repeats itself.
     const auto phase = [x](int64_t period) { return (x % period + period) % period; };
     const int64_t end = width;
     switch (rule) {

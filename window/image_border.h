@@ -1,4 +1,3 @@
-// What lies outside of an image, row by row.
 #pragma once
 
 #include "border.h"
@@ -10,7 +9,7 @@ namespace VEKCV_VARIANT {
 template <typename T>
 struct Border {
     BorderType rule;
-    bool top, bottom, left, right;  // whether the pixels in memory
+    bool top, bottom, left, right;  // whether that side has the pixels in memory
     T value;
 
     static constexpr bool isValid(int32_t type) {
@@ -32,25 +31,5 @@ struct Border {
     static constexpr int32_t kInMemory =
         BorderInMemoryTop | BorderInMemoryBottom | BorderInMemoryLeft | BorderInMemoryRight;
 };
-
-/** The row of an image that stands for row y, which may lie outside of it; null for a constant one. */
-template <typename T>
-const T* rowFor(Image<const T> image, RoiSize roi, const Border<T>& border, int32_t y) {
-    if ((y < 0 && border.top) || (y >= roi.height && border.bottom))
-        return image.row(y);
-    const int32_t index = borderIndex(border.rule, y, roi.height);
-    return index < 0 ? nullptr : image.row(index);
-}
-
-/** The pixel at x, beside the pixels of a row of rowFor. */
-template <typename T>
-T pixelBeside(const T* row, int32_t width, const Border<T>& border, int32_t x) {
-    if (row == nullptr)
-        return border.value;
-    if (x < 0 ? border.left : border.right)
-        return row[x];
-    const int32_t index = borderIndex(border.rule, x, width);
-    return index < 0 ? border.value : row[index];
-}
 
 }  // namespace VEKCV_VARIANT
