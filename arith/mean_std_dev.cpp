@@ -10,7 +10,7 @@
 namespace VEKCV_VARIANT {
 namespace {
 
-/** Pixels for each thread, from which on the work is shared among the threads. */
+/** Pixels for each configured thread, from which on most exports share them among threads. */
 constexpr int64_t kPixelsPerThread = 131072;
 
 /** Sum of pixels and of their squares. */
@@ -21,7 +21,7 @@ class Moments {
 
     HWY_INLINE void add(ptrdiff_t vector, hn::Vec<hn::ScalableTag<T>> v) { sum_.add(vector, v); }
     HWY_INLINE void addSquares(ptrdiff_t vector, hn::Vec<hn::ScalableTag<T>> v) { squares_.add(vector, v); }
-    HWY_INLINE void endRun() { squares_.endRun(); }
+    HWY_INLINE void endSection() { squares_.endSection(); }
     int64_t sum() const { return static_cast<int64_t>(sum_.total()); }
     uint64_t squares() const { return squares_.total(); }
 
@@ -45,7 +45,7 @@ class Moments<int8_t> {
     HWY_INLINE void addSquares(ptrdiff_t vector, hn::Vec<D> v) {
         squares_.add(vector, hn::BitCast(hn::ScalableTag<uint8_t>(), hn::Abs(v)));
     }
-    HWY_INLINE void endRun() { squares_.endRun(); }
+    HWY_INLINE void endSection() { squares_.endSection(); }
     int64_t sum() const { return static_cast<int64_t>(moved_.total()) - 128 * vectors_ * int64_t{hn::MaxLanes(D())}; }
     uint64_t squares() const { return squares_.total(); }
 
@@ -71,7 +71,7 @@ class Moments<float> {
         squares_.add(2 * vector, hn::Mul(lower(v), lower(v)));
         squares_.add(2 * vector + 1, hn::Mul(upper(v), upper(v)));
     }
-    HWY_INLINE void endRun() {}
+    HWY_INLINE void endSection() {}
     double sum() const { return sum_.total(); }
     double squares() const { return squares_.total(); }
 
@@ -84,17 +84,17 @@ class Moments<float> {
     SixteenSums<double> sum_, squares_;
 };
 
-/** Counts the pixels that a mask selects; without a mask it counts nothing. */
-template <ptrdiff_t kBlock>
+/** Counts the pixels that a mask selects. Without a mask nothing is counted. */
+template <ptrdiff_t kChunk>
 class Count {
-    using D = hn::CappedTag<uint8_t, kBlock>;
+    using D = hn::CappedTag<uint8_t, kChunk>;
     static constexpr auto kLanes = static_cast<ptrdiff_t>(hn::MaxLanes(D()));
     using Wide = hn::Repartition<uint64_t, D>;
 
   public:
     HWY_INLINE void add(NoMask /*mask*/) {}
     HWY_INLINE void add(MaskBytes mask) {
-        for (ptrdiff_t i = 0; i < kBlock; i += kLanes)
+        for (ptrdiff_t i = 0; i < kChunk; i += kLanes)
             count_ = hn::Add(count_, hn::SumsOf8((mask + i).selectOrZero(D(), hn::Set(D(), 1))));
     }
     int64_t total() const { return static_cast<int64_t>(hn::GetLane(hn::SumOfLanes(Wide(), count_))); }
@@ -111,8 +111,8 @@ class StatisticsReduction {
     static constexpr auto kLanes = static_cast<ptrdiff_t>(hn::MaxLanes(D()));
 
   public:
-    static constexpr ptrdiff_t kBlock = kBlockPixels<T>;
-    static constexpr ptrdiff_t kRunPixels = hwy::IsFloat<T>() ? PTRDIFF_MAX : kSumRunPixels<T>;
+    static constexpr ptrdiff_t kChunk = kChunkPixels<T>;
+    static constexpr ptrdiff_t kSectionPixels = hwy::IsFloat<T>() ? PTRDIFF_MAX : kSumSectionPixels<T>;
 
     struct Totals {
         typename Moments<T>::Total sum{};
@@ -127,20 +127,25 @@ class StatisticsReduction {
     template <int32_t kStride, typename Mask>
     HWY_INLINE void add(Pixels<T, kStride> pixels, Mask mask) {
         count_.add(mask);
-        for (ptrdiff_t i = 0; i < kBlockVectorCount<T>; ++i, pixels = pixels + kLanes, mask = mask + kLanes) {
+#pragma GCC unroll 4  // accumulators are registers then
+        for (ptrdiff_t i = 0; i < kChunkVectors<T>; ++i, pixels = pixels + kLanes, mask = mask + kLanes) {
             const auto v = mask.selectOrZero(D(), pixels.load(D()));
             moments_.add(i, v);
             if constexpr (kResults == Results::kMeanAndDeviation)
                 moments_.addSquares(i, v);
         }
     }
-    HWY_INLINE void endRun() { moments_.endRun(); }
+    HWY_INLINE void endSection() {
+        moments_.endSection();
+    }
 
-    Totals totals() const { return {moments_.sum(), moments_.squares(), count_.total()}; }
+    Totals totals() const {
+        return {moments_.sum(), moments_.squares(), count_.total()};
+    }
 
   private:
     Moments<T> moments_;
-    Count<kBlock> count_;
+    Count<kChunk> count_;
 };
 
 /** The sums of the pixels that take part. */

@@ -23,13 +23,13 @@ HWY_INLINE auto ordered(V pixels) {
     }
 }
 
-/** A run of pixels in a row. */
-struct Run {
+/** Where a section begins. */
+struct Section {
     int32_t y;
     ptrdiff_t x;
 };
 
-/** The extremes of runs, and the first run that has each. */
+/** Finds the extremes, and the first section that has each. */
 template <typename T>
 class ExtremaReduction {
     using D = hn::ScalableTag<T>;
@@ -38,20 +38,21 @@ class ExtremaReduction {
     static constexpr auto kLanes = static_cast<ptrdiff_t>(hn::MaxLanes(D()));
 
   public:
-    static constexpr ptrdiff_t kBlock = kBlockPixels<T>;
-    static constexpr ptrdiff_t kRunPixels = 32 * kBlock;
+    static constexpr ptrdiff_t kChunk = kChunkPixels<T>;
+    static constexpr ptrdiff_t kSectionPixels = 32 * kChunk;
 
-    /** Begins with the first pixel of all, which is no NaN. */
-    HWY_INLINE ExtremaReduction(T pixel, Run run)
-        : pixel_(pixel), start_(ordered(hn::Set(D(), pixel))), leastRun_(run), greatestRun_(run) {}
+    /** Begins with a pixel that is no NaN, and a section that begins there. */
+    HWY_INLINE ExtremaReduction(T pixel, Section section)
+        : pixel_(pixel), start_(ordered(hn::Set(D(), pixel))), leastSection_(section), greatestSection_(section) {}
 
-    HWY_INLINE void beginRow(int32_t y) { run_ = {y, 0}; }
+    HWY_INLINE void beginRow(int32_t y) { section_ = {y, 0}; }
 
     T neutral() const { return pixel_; }
 
     template <int32_t kStride, typename Mask>
     HWY_INLINE void add(Pixels<T, kStride> pixels, Mask mask) {
-        for (ptrdiff_t i = 0; i < kBlockVectorCount<T>; ++i, pixels = pixels + kLanes, mask = mask + kLanes) {
+#pragma GCC unroll 4  // accumulators are registers then
+        for (ptrdiff_t i = 0; i < kChunkVectors<T>; ++i, pixels = pixels + kLanes, mask = mask + kLanes) {
             const V v = mask.selectOr(Ordered(), ordered(pixels.load(D())), start_);
             // The minimum of NaN and another value is the second operand on x86, so that a NaN is passed over.
             minima_[i % 2] = hn::Min(v, minima_[i % 2]);
@@ -59,26 +60,34 @@ class ExtremaReduction {
         }
     }
 
-    HWY_INLINE void endRun() {
+    HWY_INLINE void endSection() {
         const V minima = hn::Min(minima_[0], minima_[1]), maxima = hn::Max(maxima_[0], maxima_[1]);
         if (HWY_UNLIKELY(!hn::AllFalse(Ordered(), hn::Lt(minima, least_)))) {
             least_ = extreme(minima, [](auto a, auto b) { return a < b; });
-            leastRun_ = run_;
+            leastSection_ = section_;
         }
         if (HWY_UNLIKELY(!hn::AllFalse(Ordered(), hn::Gt(maxima, greatest_)))) {
             greatest_ = extreme(maxima, [](auto a, auto b) { return a > b; });
-            greatestRun_ = run_;
+            greatestSection_ = section_;
         }
-        run_.x += kRunPixels;
+        section_.x += kSectionPixels;
     }
 
-    V least() const { return least_; }
-    V greatest() const { return greatest_; }
-    Run leastRun() const { return leastRun_; }
-    Run greatestRun() const { return greatestRun_; }
+    V least() const {
+        return least_;
+    }
+    V greatest() const {
+        return greatest_;
+    }
+    Section leastSection() const {
+        return leastSection_;
+    }
+    Section greatestSection() const {
+        return greatestSection_;
+    }
 
   private:
-    /** The lane that is before all others, in all lanes. */
+    /** The least or greatest lane, which before(lane, other) tells, in all lanes. */
     template <typename Before>
     static V extreme(V v, Before before) {
         hn::TFromV<V> lanes[hn::MaxLanes(Ordered())];
@@ -93,10 +102,10 @@ class ExtremaReduction {
     V start_;
     V minima_[2] = {start_, start_}, maxima_[2] = {start_, start_};
     V least_ = start_, greatest_ = start_;
-    Run run_{}, leastRun_, greatestRun_;
+    Section section_{}, leastSection_, greatestSection_;
 };
 
-/** The first pixel that takes part and for which holds(vector of pixels) is true, or -1. */
+/** The index of the first pixel that takes part and for which holds(vector of pixels) is true; -1 if there is none. */
 template <typename T, int32_t kStride, typename Mask, typename Condition>
 HWY_INLINE ptrdiff_t findFirst(ptrdiff_t width, Pixels<T, kStride> pixels, Mask mask, Condition holds) {
     const hn::ScalableTag<T> d;
@@ -104,7 +113,7 @@ HWY_INLINE ptrdiff_t findFirst(ptrdiff_t width, Pixels<T, kStride> pixels, Mask 
     const auto find = [&](Pixels<T, kStride> from, Mask fromMask) {
         const auto condition = holds(from.load(d));
         const hn::DFromV<decltype(ordered(from.load(d)))> lanes;
-        // By bytes, for with AVX2 the search of 16-bit lanes needs instructions that the variant does without.
+        // The search is one of bytes: with AVX2 that of 16-bit lanes needs instructions that the variant does without.
         const hn::Repartition<uint8_t, decltype(d)> bytes;
         const auto selected = hn::BitCast(bytes, hn::VecFromMask(lanes, fromMask.select(lanes, condition)));
         const intptr_t byte = hn::FindFirstTrue(bytes, hn::MaskFromVec(selected));
@@ -113,9 +122,11 @@ HWY_INLINE ptrdiff_t findFirst(ptrdiff_t width, Pixels<T, kStride> pixels, Mask 
     for (ptrdiff_t x = 0; x < width; x += kLanes) {
         const ptrdiff_t count = HWY_MIN(kLanes, width - x);
         const bool isInside = x + kLanes + (kStride > 1 ? 1 : 0) <= width;
-        const ptrdiff_t found = isInside ? find(pixels + x, mask + x)
-                                         : find(typename Pixels<T, kStride>::Rest(pixels + x, count, T{}),
-                                                typename Mask::Rest(mask + x, count, T{}));
+        typename Pixels<T, kStride>::Rest pixelRest;
+        typename Mask::Rest maskRest;
+        const ptrdiff_t found = isInside
+                                    ? find(pixels + x, mask + x)
+                                    : find(pixelRest.copy(pixels + x, count, T{}), maskRest.copy(mask + x, count, T{}));
         if (found >= 0)
             return found < count ? x + found : -1;
     }
@@ -134,7 +145,7 @@ struct Extrema {
     bool areFound = false;
     Extreme<T> least{}, greatest{};
 
-    /** Of two stripes; the earlier one keeps what is equal. */
+    /** Joins the extrema of a later stripe, b, to a; of equal ones those of a stay. */
     static void join(Extrema& a, const Extrema& b) {
         if (!a.areFound)
             a = b;
@@ -147,7 +158,7 @@ struct Extrema {
     }
 };
 
-/** The extrema of a stripe: one pass over all pixels, and a search in the run of each extreme. */
+/** The extrema of a stripe: one pass over all pixels, then a search in the two sections that have them. */
 template <typename T, int32_t kChannels, typename Mask>
 Extrema<T> extremaOf(Image<const T, kChannels> source, Mask mask, RoiSize roi, int32_t firstRow, int32_t rows) {
     using Reduction = ExtremaReduction<T>;
@@ -169,21 +180,23 @@ Extrema<T> extremaOf(Image<const T, kChannels> source, Mask mask, RoiSize roi, i
     if (start < 0)
         return {};
 
-    constexpr ptrdiff_t kRun = Reduction::kRunPixels;
+    constexpr ptrdiff_t kSection = Reduction::kSectionPixels;
     Reduction reduction(valueAt(y, start), {y, start});
     for (; y < lines.end; ++y) {
         reduction.beginRow(y);
         reduceRow(reduction, lines.width, pixelRow(source, y), maskRow(mask, y));
     }
 
-    const auto locate = [&](auto value, Run run) -> Extreme<T> {
+    const auto locate = [&](auto value, Section section) -> Extreme<T> {
         const ptrdiff_t x =
-            run.x + findFirst(HWY_MIN(kRun, lines.width - run.x), pixelRow(source, run.y) + run.x,
-                              maskRow(mask, run.y) + run.x, [=](auto v) { return hn::Eq(ordered(v), value); });
-        return {valueAt(run.y, x), {static_cast<int32_t>(x % roi.width), run.y + static_cast<int32_t>(x / roi.width)}};
+            section.x + findFirst(HWY_MIN(kSection, lines.width - section.x), pixelRow(source, section.y) + section.x,
+                                  maskRow(mask, section.y) + section.x,
+                                  [=](auto v) { return hn::Eq(ordered(v), value); });
+        return {valueAt(section.y, x),
+                {static_cast<int32_t>(x % roi.width), section.y + static_cast<int32_t>(x / roi.width)}};
     };
-    return {true, locate(reduction.least(), reduction.leastRun()),
-            locate(reduction.greatest(), reduction.greatestRun())};
+    return {true, locate(reduction.least(), reduction.leastSection()),
+            locate(reduction.greatest(), reduction.greatestSection())};
 }
 
 struct MinMaxIndx {

@@ -22,14 +22,14 @@ HWY_INLINE hn::Vec<hn::ScalableTag<Magnitude<T>>> magnitude(hn::Vec<hn::Scalable
         return hn::BitCast(hn::ScalableTag<Magnitude<T>>(), hn::Abs(a));
 }
 
-/** Sums of floats: those of a row in single precision, those of the rows in double. */
+/** Sums of floats: within a row in single precision, over the rows in double. */
 template <bool kSquares>
 class RowSums {
   public:
     HWY_INLINE void add(ptrdiff_t vector, hn::Vec<hn::ScalableTag<float>> v) {
         row_.add(vector, kSquares ? hn::Mul(v, v) : v);
     }
-    HWY_INLINE void endRun() {
+    HWY_INLINE void endSection() {
         total_ += static_cast<double>(row_.total());
         row_ = {};
     }
@@ -47,7 +47,7 @@ class Maximum {
   public:
     // The maximum of NaN and another value is the second operand on x86, so that a NaN is passed over.
     HWY_INLINE void add(ptrdiff_t /*vector*/, hn::Vec<D> v) { most_ = hn::Max(v, most_); }
-    HWY_INLINE void endRun() {}
+    HWY_INLINE void endSection() {}
     M total() const {
         M lanes[hn::MaxLanes(D())];
         hn::StoreU(most_, D(), lanes);
@@ -88,7 +88,7 @@ struct L2 : L1 {
     static double norm(double total) { return std::sqrt(total); }
 };
 
-/** The magnitudes of blocks: of one image, or of a difference and, for relative norms, of the second image. */
+/** Reduces the magnitudes of one image, or of a difference and, for relative norms, those of the second image. */
 template <typename Norm, typename T, bool kRelative>
 class NormReduction {
     using M = Magnitude<T>;
@@ -98,9 +98,9 @@ class NormReduction {
     static constexpr auto kLanes = static_cast<ptrdiff_t>(hn::MaxLanes(D()));
 
   public:
-    static constexpr ptrdiff_t kBlock = kBlockPixels<T>;
-    // The sums of floats are those of rows.
-    static constexpr ptrdiff_t kRunPixels = hwy::IsFloat<T>() ? PTRDIFF_MAX : kSumRunPixels<M>;
+    static constexpr ptrdiff_t kChunk = kChunkPixels<T>;
+    // A row of floats is one section.
+    static constexpr ptrdiff_t kSectionPixels = hwy::IsFloat<T>() ? PTRDIFF_MAX : kSumSectionPixels<M>;
 
     struct Totals {
         Total difference{}, second{};
@@ -114,72 +114,50 @@ class NormReduction {
 
     template <int32_t kStride>
     HWY_INLINE void add(Pixels<T, kStride> a, MaskBytes mask) {
-        for (ptrdiff_t i = 0; i < kBlockVectorCount<T>; ++i, a = a + kLanes, mask = mask + kLanes)
+#pragma GCC unroll 4  // accumulators are registers then
+        for (ptrdiff_t i = 0; i < kChunkVectors<T>; ++i, a = a + kLanes, mask = mask + kLanes)
             difference_.add(i, mask.selectOrZero(hn::ScalableTag<M>(), magnitude<T>(a.load(D()))));
     }
     template <int32_t kStride>
     HWY_INLINE void add(Pixels<T, kStride> a, Pixels<T, kStride> b, MaskBytes mask) {
         const hn::ScalableTag<M> d;
-        for (ptrdiff_t i = 0; i < kBlockVectorCount<T>; ++i, a = a + kLanes, b = b + kLanes, mask = mask + kLanes) {
+#pragma GCC unroll 4  // accumulators are registers then
+        for (ptrdiff_t i = 0; i < kChunkVectors<T>; ++i, a = a + kLanes, b = b + kLanes, mask = mask + kLanes) {
             const auto second = b.load(D());
             difference_.add(i, mask.selectOrZero(d, absoluteDifference(a.load(D()), second)));
             if constexpr (kRelative)
                 second_.add(i, mask.selectOrZero(d, magnitude<T>(second)));
         }
     }
-    HWY_INLINE void endRun() {
-        difference_.endRun();
+    HWY_INLINE void endSection() {
+        difference_.endSection();
         if constexpr (kRelative)
-            second_.endRun();
+            second_.endSection();
     }
 
-    Totals totals() const { return {difference_.total(), second_.total()}; }
+    Totals totals() const {
+        return {difference_.total(), second_.total()};
+    }
 
   private:
     Accumulator difference_;
     Accumulator second_;
 };
 
-/** Pixels for each thread, from which on an export is shared among the threads. */
-template <auto Export>
+enum Kind { kDiff, kRel };
+
+/** Pixels for each configured thread, from which on most exports share them among threads. */
 constexpr int64_t kPixelsPerThread = 131072;
+/** In the place of a threshold: the calling thread does all the work. */
 constexpr int64_t kAlone = 0;
 
-template <>
-constexpr int64_t kPixelsPerThread<&vekiNorm_Inf_8u_C1MR> = 524288;
-template <>
-constexpr int64_t kPixelsPerThread<&vekiNorm_Inf_8s_C1MR> = 524288;
-template <>
-constexpr int64_t kPixelsPerThread<&vekiNorm_Inf_16u_C1MR> = 524288;
-template <>
-constexpr int64_t kPixelsPerThread<&vekiNorm_Inf_32f_C3CMR> = 32768;
-template <>
-constexpr int64_t kPixelsPerThread<&vekiNormDiff_L1_8s_C3CMR> = 32768;
-template <>
-constexpr int64_t kPixelsPerThread<&vekiNormDiff_L1_16u_C3CMR> = 32768;
-template <>
-constexpr int64_t kPixelsPerThread<&vekiNormRel_Inf_16u_C3CMR> = 32768;
-template <>
-constexpr int64_t kPixelsPerThread<&vekiNormRel_Inf_32f_C1MR> = 32768;
-template <>
-constexpr int64_t kPixelsPerThread<&vekiNormRel_Inf_32f_C3CMR> = 32768;
-template <>
-constexpr int64_t kPixelsPerThread<&vekiNormRel_L1_16u_C3CMR> = 32768;
-template <>
-constexpr int64_t kPixelsPerThread<&vekiNormRel_L2_16u_C3CMR> = 32768;
-template <>
-constexpr int64_t kPixelsPerThread<&vekiNormDiff_Inf_16u_C1MR> = kAlone;
-template <>
-constexpr int64_t kPixelsPerThread<&vekiNormDiff_Inf_16u_C3CMR> = kAlone;
-
-/** Checks, and the norm of one channel of the sources. */
-template <auto Export, typename Norm, bool kRelative, typename... Sources>
+/** Checks, and computes the norm of one channel of the sources. */
+template <typename Norm, bool kRelative, int64_t kPixels, typename... Sources>
 Status reduce(Image<const uint8_t> mask, RoiSize roi, int32_t channel, double* result, Sources... sources) {
     if (Status status = Check().pointers(sources..., mask, result).channelImages(roi, channel, sources..., mask))
         return status;
 
     using T = std::common_type_t<typename Sources::Element...>;
-    constexpr int64_t kPixels = kPixelsPerThread<Export>;
     const ParallelFrom threshold = kPixels == kAlone ? ParallelFrom::never() : ParallelFrom::perThread(kPixels);
     const auto totals = reducePixels<NormReduction<Norm, T, kRelative>>(roi, threshold, channel, mask, sources...);
 
@@ -193,109 +171,109 @@ Status reduce(Image<const uint8_t> mask, RoiSize roi, int32_t channel, double* r
     return divisor == 0 ? StatusDivideByZeroWarning : StatusOk;
 }
 
-template <auto Export, typename Norm>
+template <typename Norm, int64_t kPixels = kPixelsPerThread>
 struct NormOfOne {
     template <typename Source>
     static Status run(Source source, Image<const uint8_t> mask, RoiSize roi, int32_t channel, double* result) {
-        return reduce<Export, Norm, false>(mask, roi, channel, result, source);
+        return reduce<Norm, false, kPixels>(mask, roi, channel, result, source);
     }
 };
 
-template <auto Export, typename Norm, bool kRelative, typename T>
+template <typename Norm, Kind kKind, int64_t kPixels = kPixelsPerThread, typename T>
 Status normOfTwo(const T* source1, int32_t source1Step, const T* source2, int32_t source2Step, const uint8_t* mask,
                  int32_t maskStep, RoiSize roi, double* result) {
-    return reduce<Export, Norm, kRelative>({mask, maskStep}, roi, 1, result, Image<const T>{source1, source1Step},
-                                           Image<const T>{source2, source2Step});
+    return reduce<Norm, kKind == kRel, kPixels>({mask, maskStep}, roi, 1, result, Image<const T>{source1, source1Step},
+                                                Image<const T>{source2, source2Step});
 }
 
-template <auto Export, typename Norm, bool kRelative, typename T>
+template <typename Norm, Kind kKind, int64_t kPixels = kPixelsPerThread, typename T>
 Status normOfTwo(const T* source1, int32_t source1Step, const T* source2, int32_t source2Step, const uint8_t* mask,
                  int32_t maskStep, RoiSize roi, int32_t channel, double* result) {
-    return reduce<Export, Norm, kRelative>({mask, maskStep}, roi, channel, result,
-                                           Image<const T, 3>{source1, source1Step},
-                                           Image<const T, 3>{source2, source2Step});
+    return reduce<Norm, kKind == kRel, kPixels>({mask, maskStep}, roi, channel, result,
+                                                Image<const T, 3>{source1, source1Step},
+                                                Image<const T, 3>{source2, source2Step});
 }
 
 }  // namespace
 
-VEKCV_BIND(vekiNorm_Inf_8u_C1MR, onChannel<NormOfOne<kExport, Inf>>);
-VEKCV_BIND(vekiNorm_Inf_8s_C1MR, onChannel<NormOfOne<kExport, Inf>>);
-VEKCV_BIND(vekiNorm_Inf_16u_C1MR, onChannel<NormOfOne<kExport, Inf>>);
-VEKCV_BIND(vekiNorm_Inf_32f_C1MR, onChannel<NormOfOne<kExport, Inf>>);
-VEKCV_BIND(vekiNorm_Inf_8u_C3CMR, onChannel<NormOfOne<kExport, Inf>>);
-VEKCV_BIND(vekiNorm_Inf_8s_C3CMR, onChannel<NormOfOne<kExport, Inf>>);
-VEKCV_BIND(vekiNorm_Inf_16u_C3CMR, onChannel<NormOfOne<kExport, Inf>>);
-VEKCV_BIND(vekiNorm_Inf_32f_C3CMR, onChannel<NormOfOne<kExport, Inf>>);
+VEKCV_BIND(vekiNorm_Inf_8u_C1MR, onChannel<NormOfOne<Inf, 524288>>);
+VEKCV_BIND(vekiNorm_Inf_8s_C1MR, onChannel<NormOfOne<Inf, 524288>>);
+VEKCV_BIND(vekiNorm_Inf_16u_C1MR, onChannel<NormOfOne<Inf, 524288>>);
+VEKCV_BIND(vekiNorm_Inf_32f_C1MR, onChannel<NormOfOne<Inf>>);
+VEKCV_BIND(vekiNorm_Inf_8u_C3CMR, onChannel<NormOfOne<Inf>>);
+VEKCV_BIND(vekiNorm_Inf_8s_C3CMR, onChannel<NormOfOne<Inf>>);
+VEKCV_BIND(vekiNorm_Inf_16u_C3CMR, onChannel<NormOfOne<Inf>>);
+VEKCV_BIND(vekiNorm_Inf_32f_C3CMR, onChannel<NormOfOne<Inf, 32768>>);
 
-VEKCV_BIND(vekiNorm_L1_8u_C1MR, onChannel<NormOfOne<kExport, L1>>);
-VEKCV_BIND(vekiNorm_L1_8s_C1MR, onChannel<NormOfOne<kExport, L1>>);
-VEKCV_BIND(vekiNorm_L1_16u_C1MR, onChannel<NormOfOne<kExport, L1>>);
-VEKCV_BIND(vekiNorm_L1_32f_C1MR, onChannel<NormOfOne<kExport, L1>>);
-VEKCV_BIND(vekiNorm_L1_8u_C3CMR, onChannel<NormOfOne<kExport, L1>>);
-VEKCV_BIND(vekiNorm_L1_8s_C3CMR, onChannel<NormOfOne<kExport, L1>>);
-VEKCV_BIND(vekiNorm_L1_16u_C3CMR, onChannel<NormOfOne<kExport, L1>>);
-VEKCV_BIND(vekiNorm_L1_32f_C3CMR, onChannel<NormOfOne<kExport, L1>>);
+VEKCV_BIND(vekiNorm_L1_8u_C1MR, onChannel<NormOfOne<L1>>);
+VEKCV_BIND(vekiNorm_L1_8s_C1MR, onChannel<NormOfOne<L1>>);
+VEKCV_BIND(vekiNorm_L1_16u_C1MR, onChannel<NormOfOne<L1>>);
+VEKCV_BIND(vekiNorm_L1_32f_C1MR, onChannel<NormOfOne<L1>>);
+VEKCV_BIND(vekiNorm_L1_8u_C3CMR, onChannel<NormOfOne<L1>>);
+VEKCV_BIND(vekiNorm_L1_8s_C3CMR, onChannel<NormOfOne<L1>>);
+VEKCV_BIND(vekiNorm_L1_16u_C3CMR, onChannel<NormOfOne<L1>>);
+VEKCV_BIND(vekiNorm_L1_32f_C3CMR, onChannel<NormOfOne<L1>>);
 
-VEKCV_BIND(vekiNorm_L2_8u_C1MR, onChannel<NormOfOne<kExport, L2>>);
-VEKCV_BIND(vekiNorm_L2_8s_C1MR, onChannel<NormOfOne<kExport, L2>>);
-VEKCV_BIND(vekiNorm_L2_16u_C1MR, onChannel<NormOfOne<kExport, L2>>);
-VEKCV_BIND(vekiNorm_L2_32f_C1MR, onChannel<NormOfOne<kExport, L2>>);
-VEKCV_BIND(vekiNorm_L2_8u_C3CMR, onChannel<NormOfOne<kExport, L2>>);
-VEKCV_BIND(vekiNorm_L2_8s_C3CMR, onChannel<NormOfOne<kExport, L2>>);
-VEKCV_BIND(vekiNorm_L2_16u_C3CMR, onChannel<NormOfOne<kExport, L2>>);
-VEKCV_BIND(vekiNorm_L2_32f_C3CMR, onChannel<NormOfOne<kExport, L2>>);
+VEKCV_BIND(vekiNorm_L2_8u_C1MR, onChannel<NormOfOne<L2>>);
+VEKCV_BIND(vekiNorm_L2_8s_C1MR, onChannel<NormOfOne<L2>>);
+VEKCV_BIND(vekiNorm_L2_16u_C1MR, onChannel<NormOfOne<L2>>);
+VEKCV_BIND(vekiNorm_L2_32f_C1MR, onChannel<NormOfOne<L2>>);
+VEKCV_BIND(vekiNorm_L2_8u_C3CMR, onChannel<NormOfOne<L2>>);
+VEKCV_BIND(vekiNorm_L2_8s_C3CMR, onChannel<NormOfOne<L2>>);
+VEKCV_BIND(vekiNorm_L2_16u_C3CMR, onChannel<NormOfOne<L2>>);
+VEKCV_BIND(vekiNorm_L2_32f_C3CMR, onChannel<NormOfOne<L2>>);
 
-VEKCV_BIND(vekiNormDiff_Inf_8u_C1MR, normOfTwo<kExport, Inf, false>);
-VEKCV_BIND(vekiNormDiff_Inf_8s_C1MR, normOfTwo<kExport, Inf, false>);
-VEKCV_BIND(vekiNormDiff_Inf_16u_C1MR, normOfTwo<kExport, Inf, false>);
-VEKCV_BIND(vekiNormDiff_Inf_32f_C1MR, normOfTwo<kExport, Inf, false>);
-VEKCV_BIND(vekiNormDiff_Inf_8u_C3CMR, normOfTwo<kExport, Inf, false>);
-VEKCV_BIND(vekiNormDiff_Inf_8s_C3CMR, normOfTwo<kExport, Inf, false>);
-VEKCV_BIND(vekiNormDiff_Inf_16u_C3CMR, normOfTwo<kExport, Inf, false>);
-VEKCV_BIND(vekiNormDiff_Inf_32f_C3CMR, normOfTwo<kExport, Inf, false>);
+VEKCV_BIND(vekiNormDiff_Inf_8u_C1MR, normOfTwo<Inf, kDiff>);
+VEKCV_BIND(vekiNormDiff_Inf_8s_C1MR, normOfTwo<Inf, kDiff>);
+VEKCV_BIND(vekiNormDiff_Inf_16u_C1MR, normOfTwo<Inf, kDiff, kAlone>);
+VEKCV_BIND(vekiNormDiff_Inf_32f_C1MR, normOfTwo<Inf, kDiff>);
+VEKCV_BIND(vekiNormDiff_Inf_8u_C3CMR, normOfTwo<Inf, kDiff>);
+VEKCV_BIND(vekiNormDiff_Inf_8s_C3CMR, normOfTwo<Inf, kDiff>);
+VEKCV_BIND(vekiNormDiff_Inf_16u_C3CMR, normOfTwo<Inf, kDiff, kAlone>);
+VEKCV_BIND(vekiNormDiff_Inf_32f_C3CMR, normOfTwo<Inf, kDiff>);
 
-VEKCV_BIND(vekiNormDiff_L1_8u_C1MR, normOfTwo<kExport, L1, false>);
-VEKCV_BIND(vekiNormDiff_L1_8s_C1MR, normOfTwo<kExport, L1, false>);
-VEKCV_BIND(vekiNormDiff_L1_16u_C1MR, normOfTwo<kExport, L1, false>);
-VEKCV_BIND(vekiNormDiff_L1_32f_C1MR, normOfTwo<kExport, L1, false>);
-VEKCV_BIND(vekiNormDiff_L1_8u_C3CMR, normOfTwo<kExport, L1, false>);
-VEKCV_BIND(vekiNormDiff_L1_8s_C3CMR, normOfTwo<kExport, L1, false>);
-VEKCV_BIND(vekiNormDiff_L1_16u_C3CMR, normOfTwo<kExport, L1, false>);
-VEKCV_BIND(vekiNormDiff_L1_32f_C3CMR, normOfTwo<kExport, L1, false>);
+VEKCV_BIND(vekiNormDiff_L1_8u_C1MR, normOfTwo<L1, kDiff>);
+VEKCV_BIND(vekiNormDiff_L1_8s_C1MR, normOfTwo<L1, kDiff>);
+VEKCV_BIND(vekiNormDiff_L1_16u_C1MR, normOfTwo<L1, kDiff>);
+VEKCV_BIND(vekiNormDiff_L1_32f_C1MR, normOfTwo<L1, kDiff>);
+VEKCV_BIND(vekiNormDiff_L1_8u_C3CMR, normOfTwo<L1, kDiff>);
+VEKCV_BIND(vekiNormDiff_L1_8s_C3CMR, normOfTwo<L1, kDiff, 32768>);
+VEKCV_BIND(vekiNormDiff_L1_16u_C3CMR, normOfTwo<L1, kDiff, 32768>);
+VEKCV_BIND(vekiNormDiff_L1_32f_C3CMR, normOfTwo<L1, kDiff>);
 
-VEKCV_BIND(vekiNormDiff_L2_8u_C1MR, normOfTwo<kExport, L2, false>);
-VEKCV_BIND(vekiNormDiff_L2_8s_C1MR, normOfTwo<kExport, L2, false>);
-VEKCV_BIND(vekiNormDiff_L2_16u_C1MR, normOfTwo<kExport, L2, false>);
-VEKCV_BIND(vekiNormDiff_L2_32f_C1MR, normOfTwo<kExport, L2, false>);
-VEKCV_BIND(vekiNormDiff_L2_8u_C3CMR, normOfTwo<kExport, L2, false>);
-VEKCV_BIND(vekiNormDiff_L2_8s_C3CMR, normOfTwo<kExport, L2, false>);
-VEKCV_BIND(vekiNormDiff_L2_16u_C3CMR, normOfTwo<kExport, L2, false>);
-VEKCV_BIND(vekiNormDiff_L2_32f_C3CMR, normOfTwo<kExport, L2, false>);
+VEKCV_BIND(vekiNormDiff_L2_8u_C1MR, normOfTwo<L2, kDiff>);
+VEKCV_BIND(vekiNormDiff_L2_8s_C1MR, normOfTwo<L2, kDiff>);
+VEKCV_BIND(vekiNormDiff_L2_16u_C1MR, normOfTwo<L2, kDiff>);
+VEKCV_BIND(vekiNormDiff_L2_32f_C1MR, normOfTwo<L2, kDiff>);
+VEKCV_BIND(vekiNormDiff_L2_8u_C3CMR, normOfTwo<L2, kDiff>);
+VEKCV_BIND(vekiNormDiff_L2_8s_C3CMR, normOfTwo<L2, kDiff>);
+VEKCV_BIND(vekiNormDiff_L2_16u_C3CMR, normOfTwo<L2, kDiff>);
+VEKCV_BIND(vekiNormDiff_L2_32f_C3CMR, normOfTwo<L2, kDiff>);
 
-VEKCV_BIND(vekiNormRel_Inf_8u_C1MR, normOfTwo<kExport, Inf, true>);
-VEKCV_BIND(vekiNormRel_Inf_8s_C1MR, normOfTwo<kExport, Inf, true>);
-VEKCV_BIND(vekiNormRel_Inf_16u_C1MR, normOfTwo<kExport, Inf, true>);
-VEKCV_BIND(vekiNormRel_Inf_32f_C1MR, normOfTwo<kExport, Inf, true>);
-VEKCV_BIND(vekiNormRel_Inf_8u_C3CMR, normOfTwo<kExport, Inf, true>);
-VEKCV_BIND(vekiNormRel_Inf_8s_C3CMR, normOfTwo<kExport, Inf, true>);
-VEKCV_BIND(vekiNormRel_Inf_16u_C3CMR, normOfTwo<kExport, Inf, true>);
-VEKCV_BIND(vekiNormRel_Inf_32f_C3CMR, normOfTwo<kExport, Inf, true>);
+VEKCV_BIND(vekiNormRel_Inf_8u_C1MR, normOfTwo<Inf, kRel>);
+VEKCV_BIND(vekiNormRel_Inf_8s_C1MR, normOfTwo<Inf, kRel>);
+VEKCV_BIND(vekiNormRel_Inf_16u_C1MR, normOfTwo<Inf, kRel>);
+VEKCV_BIND(vekiNormRel_Inf_32f_C1MR, normOfTwo<Inf, kRel, 32768>);
+VEKCV_BIND(vekiNormRel_Inf_8u_C3CMR, normOfTwo<Inf, kRel>);
+VEKCV_BIND(vekiNormRel_Inf_8s_C3CMR, normOfTwo<Inf, kRel>);
+VEKCV_BIND(vekiNormRel_Inf_16u_C3CMR, normOfTwo<Inf, kRel, 32768>);
+VEKCV_BIND(vekiNormRel_Inf_32f_C3CMR, normOfTwo<Inf, kRel, 32768>);
 
-VEKCV_BIND(vekiNormRel_L1_8u_C1MR, normOfTwo<kExport, L1, true>);
-VEKCV_BIND(vekiNormRel_L1_8s_C1MR, normOfTwo<kExport, L1, true>);
-VEKCV_BIND(vekiNormRel_L1_16u_C1MR, normOfTwo<kExport, L1, true>);
-VEKCV_BIND(vekiNormRel_L1_32f_C1MR, normOfTwo<kExport, L1, true>);
-VEKCV_BIND(vekiNormRel_L1_8u_C3CMR, normOfTwo<kExport, L1, true>);
-VEKCV_BIND(vekiNormRel_L1_8s_C3CMR, normOfTwo<kExport, L1, true>);
-VEKCV_BIND(vekiNormRel_L1_16u_C3CMR, normOfTwo<kExport, L1, true>);
-VEKCV_BIND(vekiNormRel_L1_32f_C3CMR, normOfTwo<kExport, L1, true>);
+VEKCV_BIND(vekiNormRel_L1_8u_C1MR, normOfTwo<L1, kRel>);
+VEKCV_BIND(vekiNormRel_L1_8s_C1MR, normOfTwo<L1, kRel>);
+VEKCV_BIND(vekiNormRel_L1_16u_C1MR, normOfTwo<L1, kRel>);
+VEKCV_BIND(vekiNormRel_L1_32f_C1MR, normOfTwo<L1, kRel>);
+VEKCV_BIND(vekiNormRel_L1_8u_C3CMR, normOfTwo<L1, kRel>);
+VEKCV_BIND(vekiNormRel_L1_8s_C3CMR, normOfTwo<L1, kRel>);
+VEKCV_BIND(vekiNormRel_L1_16u_C3CMR, normOfTwo<L1, kRel, 32768>);
+VEKCV_BIND(vekiNormRel_L1_32f_C3CMR, normOfTwo<L1, kRel>);
 
-VEKCV_BIND(vekiNormRel_L2_8u_C1MR, normOfTwo<kExport, L2, true>);
-VEKCV_BIND(vekiNormRel_L2_8s_C1MR, normOfTwo<kExport, L2, true>);
-VEKCV_BIND(vekiNormRel_L2_16u_C1MR, normOfTwo<kExport, L2, true>);
-VEKCV_BIND(vekiNormRel_L2_32f_C1MR, normOfTwo<kExport, L2, true>);
-VEKCV_BIND(vekiNormRel_L2_8u_C3CMR, normOfTwo<kExport, L2, true>);
-VEKCV_BIND(vekiNormRel_L2_8s_C3CMR, normOfTwo<kExport, L2, true>);
-VEKCV_BIND(vekiNormRel_L2_16u_C3CMR, normOfTwo<kExport, L2, true>);
-VEKCV_BIND(vekiNormRel_L2_32f_C3CMR, normOfTwo<kExport, L2, true>);
+VEKCV_BIND(vekiNormRel_L2_8u_C1MR, normOfTwo<L2, kRel>);
+VEKCV_BIND(vekiNormRel_L2_8s_C1MR, normOfTwo<L2, kRel>);
+VEKCV_BIND(vekiNormRel_L2_16u_C1MR, normOfTwo<L2, kRel>);
+VEKCV_BIND(vekiNormRel_L2_32f_C1MR, normOfTwo<L2, kRel>);
+VEKCV_BIND(vekiNormRel_L2_8u_C3CMR, normOfTwo<L2, kRel>);
+VEKCV_BIND(vekiNormRel_L2_8s_C3CMR, normOfTwo<L2, kRel>);
+VEKCV_BIND(vekiNormRel_L2_16u_C3CMR, normOfTwo<L2, kRel, 32768>);
+VEKCV_BIND(vekiNormRel_L2_32f_C3CMR, normOfTwo<L2, kRel>);
 }  // namespace VEKCV_VARIANT

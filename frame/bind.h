@@ -6,12 +6,12 @@ VEKCV_DECLARE_ENTRIES(VEKCV_VARIANT)
 
 namespace VEKCV_VARIANT {
 
-/** What an export runs: `function`, of the type of the export. */
+/** `function` is what an export does in this variant; it has the type of the export. */
 template <auto Export>
 struct Implementation;
 
 #if defined(__i386__)
-// Callers of older compilers and other languages align the stack to 4 bytes only.
+// Callers from older compilers and other languages align the stack to 4 bytes only.
 #define VEKCV_ALIGN_STACK __attribute__((force_align_arg_pointer))
 #else
 #define VEKCV_ALIGN_STACK
@@ -26,13 +26,11 @@ VEKCV_ALIGN_STACK Result VEKCV_CALL Entry<Export, Result(VEKCV_CALL*)(Arguments.
 
 /**
  * Makes a function, or a function template whose last arguments follow from the declaration, the implementation of an
- * export: VEKCV_BIND(vekiAbsDiff_8u_C1R, absDiff). Used once for every export, inside namespace VEKCV_VARIANT. The
- * template arguments may name the export itself, kExport.
+ * export: VEKCV_BIND(vekiAbsDiff_8u_C1R, absDiff). Used once for every export, inside namespace VEKCV_VARIANT.
  */
 #define VEKCV_BIND(name, ...)                                      \
     template <>                                                    \
     struct Implementation<&::name> {                               \
-        static constexpr auto kExport = &::name;                   \
         static constexpr decltype(&::name) function = __VA_ARGS__; \
     };                                                             \
     template struct Entry<&::name>

@@ -1,5 +1,5 @@
-// Reductions of the pixels of rows. They take a row in blocks of 64 bytes of pixels, whatever the width of a vector, so
-// that all variants add floats in the same order.
+// Reductions of the pixels of rows. They process a row in chunks of 64 bytes of pixels, whatever the width of a vector,
+// so that all variants add floats in the same order.
 #pragma once
 
 #include "parallel.h"
@@ -9,30 +9,66 @@
 namespace VEKCV_VARIANT {
 
 /**
- * How far ahead an image is asked for that is read alone. Processors do not look beyond the page that they are in; with
- * two images and more there is always one that they can go on with.
+ * How far ahead a reduction without a mask prefetches. Processors by themselves do not prefetch beyond the page that
+ * they read; where there is a mask, too, they go on with one image while the next page of the other arrives.
  */
 constexpr ptrdiff_t kPrefetchBytes = 512;
 
-/** So many pixels fill a block. */
+/** Pixels of a chunk. */
 template <typename T>
-constexpr ptrdiff_t kBlockPixels = 64 / sizeof(T);
+constexpr ptrdiff_t kChunkPixels = 64 / sizeof(T);
 
-/** The vectors of a block. */
+/** Vectors of a chunk. */
 template <typename T>
-constexpr ptrdiff_t kBlockVectorCount = kBlockPixels<T> / static_cast<ptrdiff_t>(hn::MaxLanes(hn::ScalableTag<T>()));
+constexpr ptrdiff_t kChunkVectors = kChunkPixels<T> / static_cast<ptrdiff_t>(hn::MaxLanes(hn::ScalableTag<T>()));
+
+/**
+ * Copies `count` elements, at most kMost, and fills the rest of the chunk with the neutral one. The code calls nothing,
+ * as no accumulator stays in a register across a call, and is short, as it is inlined in every reduction.
+ */
+template <ptrdiff_t kMost, typename T, size_t kRoom>
+HWY_INLINE void copyRest(T (&to)[kRoom], const T* from, ptrdiff_t count, T neutral) {
+    if (count == kMost) {  // a copy of constant size is quick
+        __builtin_memcpy(to, from, kMost * sizeof(T));
+        return;
+    }
+    const hn::ScalableTag<T> d;
+    constexpr auto kLanes = static_cast<ptrdiff_t>(hn::MaxLanes(hn::ScalableTag<T>()));
+#pragma GCC unroll 1
+    for (ptrdiff_t i = count / kLanes * kLanes; i < static_cast<ptrdiff_t>(kRoom); i += kLanes)
+        hn::Store(hn::Set(d, neutral), d, to + i);
+
+    auto* const out = reinterpret_cast<uint8_t*>(to);
+    const auto* const in = reinterpret_cast<const uint8_t*>(from);
+    const ptrdiff_t bytes = count * static_cast<ptrdiff_t>(sizeof(T));
+    ptrdiff_t i = 0;
+#pragma GCC unroll 1
+    for (; i + 16 <= bytes; i += 16)
+        __builtin_memcpy(out + i, in + i, 16);
+    if (bytes >= 16) {
+        __builtin_memcpy(out + bytes - 16, in + bytes - 16, 16);
+    } else if (bytes >= 8) {
+        __builtin_memcpy(out, in, 8);
+        __builtin_memcpy(out + bytes - 8, in + bytes - 8, 8);
+    } else {
+        for (; i < bytes; ++i) {
+            out[i] = in[i];
+            asm("" : "+r"(i));  // keeps this a loop: there are 7 bytes at most
+        }
+    }
+}
 
 /** Pixels of one channel: every kStride-th element. */
 template <typename T, int32_t kStride = 1>
 struct Pixels {
-    /** How many elements a block reads beyond its last pixel. */
+    /** Elements that a chunk reads behind the last one of the channel. */
     static constexpr ptrdiff_t kBeyond = kStride - 1;
 
     const T* first;
 
     HWY_INLINE Pixels operator+(ptrdiff_t x) const { return {first + x * kStride}; }
 
-    /** Asks for the block that is `bytes` ahead, whether or not the row goes on as far as there. */
+    /** Prefetches the chunk that is `bytes` ahead, even where the row ends before it. */
     HWY_INLINE void prefetch(ptrdiff_t bytes) const {
         for (ptrdiff_t line = 0; line < kStride; ++line)
             __builtin_prefetch(reinterpret_cast<const uint8_t*>(first) + bytes + 64 * line);
@@ -42,34 +78,32 @@ struct Pixels {
     HWY_INLINE hn::Vec<D> load(D d) const {
         if constexpr (kStride == 1) {
             return hn::LoadU(d, first);
-        } else {
+        } else if constexpr (kStride == 3) {
             hn::Vec<D> channel, second, third;
             hn::LoadInterleaved3(d, first, channel, second, third);
+            return channel;
+        } else {
+            static_assert(kStride == 4);
+            hn::Vec<D> channel, second, third, fourth;
+            hn::LoadInterleaved4(d, first, channel, second, third, fourth);
             return channel;
         }
     }
 
-    /** The last pixels of a row, and a neutral value in all that the row is short of a block. */
+    /** Memory for a chunk: the last pixels of a row, with a neutral value in the place of those that it lacks. */
     struct Rest {
-        alignas(64) T elements[kBlockPixels<T> * kStride];
+        alignas(64) T elements[kChunkPixels<T> * kStride];
 
-        Rest(Pixels pixels, ptrdiff_t count, T neutral) {
-            const auto copy = [&](ptrdiff_t copied) {
-                __builtin_memcpy(elements, pixels.first, static_cast<size_t>((copied - 1) * kStride + 1) * sizeof(T));
-            };
-            if (count == kBlockPixels<T>) {  // only the last pixel makes it a rest; a copy of constant size is quick
-                copy(kBlockPixels<T>);
-                return;
-            }
-            for (T& element : elements)
-                element = neutral;
-            copy(count);
+        Rest() {}  // leaves them uninitialised
+
+        HWY_INLINE Pixels copy(Pixels pixels, ptrdiff_t count, T neutral) {
+            copyRest<(kChunkPixels<T> - 1) * kStride + 1>(elements, pixels.first, (count - 1) * kStride + 1, neutral);
+            return {elements};
         }
-        operator Pixels() const { return {elements}; }
     };
 };
 
-/** The mask bytes of the pixels: those whose byte is 0 are left out. */
+/** The mask bytes of pixels: pixels whose byte is 0 take no part. */
 struct MaskBytes {
     static constexpr ptrdiff_t kBeyond = 0;
 
@@ -93,13 +127,15 @@ struct MaskBytes {
     }
 
     struct Rest {
-        alignas(64) uint8_t bytes[64] = {};
+        alignas(64) uint8_t bytes[64];
+
+        Rest() {}  // leaves them uninitialised
 
         template <typename T>
-        Rest(MaskBytes mask, ptrdiff_t count, T /*neutral*/) {
-            __builtin_memcpy(bytes, mask.first, static_cast<size_t>(count));
+        HWY_INLINE MaskBytes copy(MaskBytes mask, ptrdiff_t count, T /*neutral*/) {
+            copyRest<kChunkPixels<T>>(bytes, mask.first, count, uint8_t{0});
+            return {bytes};
         }
-        operator MaskBytes() const { return {bytes}; }
     };
 };
 
@@ -125,8 +161,9 @@ struct NoMask {
 
     struct Rest {
         template <typename T>
-        Rest(NoMask /*mask*/, ptrdiff_t /*count*/, T /*neutral*/) {}
-        operator NoMask() const { return {}; }
+        NoMask copy(NoMask mask, ptrdiff_t /*count*/, T /*neutral*/) {
+            return mask;
+        }
     };
 };
 
@@ -141,29 +178,46 @@ inline NoMask maskRow(NoImage /*mask*/, ptrdiff_t /*y*/) {
     return {};
 }
 
+/** The position in a row of a source, and memory for its rest, which lies apart so that a cursor stays in registers. */
+template <typename Source>
+struct Cursor {
+    Source at;
+    typename Source::Rest* rest;
+
+    HWY_INLINE Cursor(Source source, typename Source::Rest&& room) : at(source), rest(&room) {}
+};
+
+template <typename Op, typename... Sources>
+HWY_INLINE void reduceRow(Op& op, ptrdiff_t width, Cursor<Sources>... cursors) {
+    // With several channels a chunk reads behind the last element of its channel, so another pixel must follow it.
+    constexpr ptrdiff_t kChunk = Op::kChunk, kFollowing = ((Sources::kBeyond > 0) || ...) ? 1 : 0;
+    for (ptrdiff_t x = 0; x < width; op.endSection()) {
+        const bool isLast = width - x <= Op::kSectionPixels;
+        ptrdiff_t end = x + (isLast ? (width - x - kFollowing) / kChunk * kChunk : Op::kSectionPixels);
+        for (;;) {
+            for (; x < end; x += kChunk) {
+                if constexpr ((std::is_same_v<Sources, NoMask> || ...))
+                    ((cursors.at + x).prefetch(kPrefetchBytes), ...);
+                op.add((cursors.at + x)...);
+            }
+            if (!isLast || x >= width)
+                break;
+            // The rest, as a whole chunk, goes through the same loop, as if the row began there.
+            ((cursors.at = cursors.rest->copy(cursors.at + x, width - x, op.neutral())), ...);
+            x = 0;
+            end = width = kChunk;
+        }
+    }
+}
+
 /**
- * Reduces a row: op.add(sources + x...) for each block, the last one with op.neutral() in the place of the pixels that
- * it lacks, and op.endRun() after each run of Op::kRunPixels pixels, a multiple of a block, and at the end of the row.
+ * Reduces a row: op.add(sources + x...) for each chunk, the last one with op.neutral() in the place of the pixels that
+ * it lacks, and op.endSection() at the end of each section. A section has Op::kSectionPixels pixels, a whole number of
+ * chunks; the last one ends with the row.
  */
 template <typename Op, typename... Sources>
 HWY_INLINE void reduceRow(Op& op, ptrdiff_t width, Sources... sources) {
-    constexpr ptrdiff_t kBlock = Op::kBlock;
-    // With three channels a block reads beyond its last pixel, which another pixel must follow then.
-    constexpr ptrdiff_t kFollowing = ((Sources::kBeyond > 0) || ...) ? 1 : 0;
-    for (ptrdiff_t x = 0; x < width;) {
-        const ptrdiff_t end = width - x > Op::kRunPixels ? x + Op::kRunPixels : width;
-        const ptrdiff_t lastBlock = HWY_MIN(end, width - kFollowing) - kBlock;
-        for (; x <= lastBlock; x += kBlock) {
-            if constexpr ((std::is_same_v<Sources, NoMask> || ...))
-                ((sources + x).prefetch(kPrefetchBytes), ...);
-            op.add((sources + x)...);
-        }
-        if (end == width && x < width) {
-            op.add(Sources(typename Sources::Rest(sources + x, width - x, op.neutral()))...);
-            x = width;
-        }
-        op.endRun();
-    }
+    reduceRow(op, width, Cursor<Sources>(sources, typename Sources::Rest())...);
 }
 
 /** The totals of Reduction over one channel of the sources, from the threshold on in one stripe for each thread. */

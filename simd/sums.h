@@ -1,4 +1,4 @@
-// Sums over the pixels of blocks: exact ones of unsigned integers and of their squares, and running ones of floats.
+// Sums over the pixels of chunks: exact ones of unsigned integers and of their squares, and running ones of floats.
 #pragma once
 
 #include "pair_products.h"
@@ -6,11 +6,11 @@
 
 namespace VEKCV_VARIANT {
 
-/** Pixels between two calls of endRun: so many that the 32-bit sums below cannot overflow. */
+/** Pixels of a section: few enough that the 32-bit sums below cannot overflow. */
 template <typename T>
-constexpr ptrdiff_t kSumRunPixels = 1024 * kBlockPixels<T>;
+constexpr ptrdiff_t kSumSectionPixels = 1024 * kChunkPixels<T>;
 
-/** Sums of products of 16-bit lanes: 32-bit sums of a run, and 64-bit sums of the runs. */
+/** Sums of products of 16-bit lanes: 32-bit sums of a section, and 64-bit sums of the sections. */
 class ProductSums {
     using Narrow = hn::ScalableTag<int32_t>;
     using Wide = hn::ScalableTag<uint64_t>;
@@ -18,19 +18,19 @@ class ProductSums {
   public:
     template <typename V>
     HWY_INLINE void add(V a, V b) {
-        run_ = addPairProducts(Narrow(), a, b, run_);
+        section_ = addPairProducts(Narrow(), a, b, section_);
     }
-    HWY_INLINE void endRun() {
+    HWY_INLINE void endSection() {
         const Wide d;
-        const auto pairs = hn::BitCast(d, run_);
-        runs_ = hn::Add(runs_, hn::Add(hn::And(pairs, hn::Set(d, 0xFFFFFFFF)), hn::ShiftRight<32>(pairs)));
-        run_ = hn::Zero(Narrow());
+        const auto pairs = hn::BitCast(d, section_);
+        sections_ = hn::Add(sections_, hn::Add(hn::And(pairs, hn::Set(d, 0xFFFFFFFF)), hn::ShiftRight<32>(pairs)));
+        section_ = hn::Zero(Narrow());
     }
-    uint64_t total() const { return hn::GetLane(hn::SumOfLanes(Wide(), runs_)); }
+    uint64_t total() const { return hn::GetLane(hn::SumOfLanes(Wide(), sections_)); }
 
   private:
-    hn::Vec<Narrow> run_ = hn::Zero(Narrow());
-    hn::Vec<Wide> runs_ = hn::Zero(Wide());
+    hn::Vec<Narrow> section_ = hn::Zero(Narrow());
+    hn::Vec<Wide> sections_ = hn::Zero(Wide());
 };
 
 /** Sums of bytes. */
@@ -65,7 +65,7 @@ template <>
 class Sum<uint8_t> {
   public:
     HWY_INLINE void add(ptrdiff_t /*vector*/, hn::Vec<hn::ScalableTag<uint8_t>> v) { sums_.add(v); }
-    HWY_INLINE void endRun() {}
+    HWY_INLINE void endSection() {}
     uint64_t total() const { return sums_.total(); }
 
   private:
@@ -82,7 +82,7 @@ class Sum<uint16_t> {
         low_.add(hn::BitCast(Bytes(), lowBytes(D(), v)));
         high_.add(hn::BitCast(Bytes(), highBytes(v)));
     }
-    HWY_INLINE void endRun() {}
+    HWY_INLINE void endSection() {}
     uint64_t total() const { return low_.total() + 256 * high_.total(); }
 
   private:
@@ -104,7 +104,7 @@ class SumOfSquares<uint8_t> {
         sums_.add(lower, lower);
         sums_.add(upper, upper);
     }
-    HWY_INLINE void endRun() { sums_.endRun(); }
+    HWY_INLINE void endSection() { sums_.endSection(); }
     uint64_t total() const { return sums_.total(); }
 
   private:
@@ -124,10 +124,10 @@ class SumOfSquares<uint16_t> {
         products_.add(low, high);
         highSquares_.add(high, high);
     }
-    HWY_INLINE void endRun() {
-        lowSquares_.endRun();
-        products_.endRun();
-        highSquares_.endRun();
+    HWY_INLINE void endSection() {
+        lowSquares_.endSection();
+        products_.endSection();
+        highSquares_.endSection();
     }
     uint64_t total() const { return (highSquares_.total() << 16) + (products_.total() << 9) + lowSquares_.total(); }
 
@@ -135,7 +135,7 @@ class SumOfSquares<uint16_t> {
     ProductSums lowSquares_, products_, highSquares_;
 };
 
-/** Sixteen running sums of floats or doubles, in whatever number of vectors, whose total adds them in pairs. */
+/** Sixteen running sums of floats or doubles, in as many vectors as they take. total() adds them in pairs. */
 template <typename T>
 class SixteenSums {
     using D = hn::ScalableTag<T>;
