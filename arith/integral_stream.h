@@ -1,8 +1,9 @@
 // Upright integral images that are larger than the cache.
 //
-// They are written past it. What is written past the cache is not there when the next row is made from it: so rows are
-// made in bands, a strip of columns at a time, in a copy of the strip, and only the last row of a band is written
-// through the cache.
+// They are written past it. But each row is made from the one above, which would then have to be read back from memory.
+// So rows are made in bands, and a band one strip of columns after the other: the rows of a strip are made one from the
+// other in a buffer that stays in the cache, and are copied from there past the cache. Only the last row of a band is
+// written through the cache, for the band below.
 #pragma once
 
 #include <hwy/cache_control.h>
@@ -12,17 +13,17 @@
 namespace VEKCV_VARIANT {
 
 constexpr int32_t kBandRows = 16;
-// The copies of a strip lie on the stack.
+// For the buffers of a strip, one for each table, which lie on the stack.
 constexpr ptrdiff_t kStripBytes = 12288;
-// Entries are streamed in portions, as many as the processor can keep waiting while it makes the next ones.
+// Entries are copied in portions, few enough that the processor can hold them back while it makes the next ones.
 constexpr ptrdiff_t kPortionPixels = 256;
 
-/** Columns of a strip, in whole portions, of tables of these entries. */
+/** Columns of a strip of tables with these types of entries: whole portions. */
 template <typename... Entries>
 constexpr ptrdiff_t kStripPixels = kStripBytes /
                                    static_cast<ptrdiff_t>((0 + ... + sizeof(Entries))) / kPortionPixels* kPortionPixels;
 
-/** Copies entries past the cache: whole lines of it alone, for one that is written both ways has to be read first. */
+/** Copies whole cache lines of entries past the cache: one that is written both ways would have to be read first. */
 template <typename T>
 class CacheLineStream {
     static constexpr auto kLineEntries = static_cast<ptrdiff_t>(64 / sizeof(T));
@@ -32,14 +33,14 @@ class CacheLineStream {
     CacheLineStream(const T* entries, T* row, ptrdiff_t count)
         : entries_(entries), row_(row), lines_(HWY_MIN(entriesToLine(row), count)), done_(lines_) {}
 
-    /** Copies the lines among the first `count` entries. */
+    /** Copies the whole lines among the first `count` entries. */
     HWY_INLINE void advance(ptrdiff_t count) {
         for (; done_ + kLineEntries <= count; done_ += kLineEntries)
             for (ptrdiff_t i = 0; i < kLineEntries; i += static_cast<ptrdiff_t>(hn::MaxLanes(D())))
                 hn::Stream(hn::LoadU(D(), entries_ + done_ + i), D(), row_ + done_ + i);
     }
 
-    /** Copies the entries before the first line and behind the last one. */
+    /** Copies the entries before the first whole line and behind the last one, through the cache. */
     HWY_INLINE void finish(ptrdiff_t count) {
         for (ptrdiff_t x = 0; x < lines_; ++x)
             row_[x] = entries_[x];
@@ -66,7 +67,7 @@ struct Strip {
 template <typename Running>
 struct StripRow : TableRow<Running> {
     CacheLineStream<typename Running::Entry> stream;
-    Running* continued;  // by the next strip
+    Running* continued;  // where the next strip finds the running sum
 };
 
 /** A table that is made a band at a time. */
@@ -98,14 +99,14 @@ class BandTable {
     Entry strip_[kPixels];
 };
 
-/** Makes a row of a strip, from its pixels. */
-template <ptrdiff_t kPixels, typename... Rows>
-void streamRow(const uint8_t* pixels, Strip strip, bool isLast, Rows... rows) {
+/** Makes a row of a strip, from its pixels; those below come next. */
+template <typename... Rows>
+void streamRow(const uint8_t* pixels, const uint8_t* below, Strip strip, bool isLast, Rows... rows) {
     for (ptrdiff_t x = 0; x < strip.count; x += kPortionPixels) {
         const ptrdiff_t end = HWY_MIN(x + kPortionPixels, strip.count);
-        // The strip of this row that comes after those of the other rows of the band.
-        for (ptrdiff_t i = 0; i < kPortionPixels; i += 64)
-            __builtin_prefetch(pixels + x + kPixels + i);
+        // By itself the processor fetches ahead along a row, not to the row below.
+        for (ptrdiff_t i = x; i < end; i += 64)
+            __builtin_prefetch(below + i);
         integrate(pixels, x, end, rows...);
         if (!isLast)
             (rows.stream.advance(end), ...);
@@ -124,13 +125,14 @@ void streamBands(Image<const uint8_t> in, RoiSize roi, Tables&&... tables) {
             for (int32_t k = 0; k < rows; ++k) {
                 const Strip strip{x, HWY_MIN(kPixels, roi.width - x)};
                 const bool isLast = k == rows - 1;
-                streamRow<kPixels>(in.row(first + k) + x, strip, isLast, tables.row(strip, k, isLast)...);
+                const int32_t y = first + k, below = HWY_MIN(y + 1, roi.height - 1);
+                streamRow(in.row(y) + x, in.row(below) + x, strip, isLast, tables.row(strip, k, isLast)...);
             }
     }
     hwy::FlushStream();
 }
 
-/** All entries behind the border. A function of its own, so that no smaller image needs the stack of the strips. */
+/** Writes all entries behind the border. Not inlined, so that only large images need the stack of the strips. */
 template <typename... Runnings>
 HWY_NOINLINE void streamTables(Image<const uint8_t> in, RoiSize roi, Image<typename Runnings::Entry>... tables) {
     constexpr ptrdiff_t kPixels = kStripPixels<typename Runnings::Entry...>;
