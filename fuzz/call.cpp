@@ -56,7 +56,7 @@ std::string Call::describe() const {
             all += "{" + std::to_string(r.x) + ", " + std::to_string(r.y) + ", " + std::to_string(r.width) + ", " +
                    std::to_string(r.height) + "}";
         } else {
-            all += isNull[i] ? "null" : operands[i] == nullptr ? "made by the run" : text(*operands[i]);
+            all += isNull[i] ? "null" : operands[i] == nullptr ? "made for the call" : text(*operands[i]);
         }
     }
     all += ")";

@@ -20,7 +20,7 @@ struct Call {
     std::vector<Value> plainValues;     // before faults were put in
     std::vector<bool> isNull;           // what is a null pointer on purpose
     std::string fault{};                // why the call must fail; empty where it need not
-    bool writesInSpiteOfError = false;  // what comes before a null address among the destination rows
+    bool writesInSpiteOfError = false;  // the destination rows before a null address
     int allowedAllocations = 0;         // of memory from the core library
     bool hasTinyCache = false;
     uint32_t otherVariant = 1;  // the one that is compared with variant 0

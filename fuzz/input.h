@@ -26,7 +26,7 @@ class Input {
     /** 0 to count - 1. */
     uint32_t below(uint32_t count) { return count <= 256 ? take<uint8_t>() % count : take<uint32_t>() % count; }
 
-    /** True for one value in `count` of a byte, and never without input. */
+    /** True once in `count` values of the input; false where the input has run out. */
     bool oneIn(uint32_t count) { return below(count) == count - 1; }
 
     template <typename T, size_t kCount>

@@ -50,7 +50,7 @@ Operand::Operand(Element element, Extent extent, int64_t step, Place place)
         first_ = begin + step_ - page() - rowBytes();
         for (int64_t y = 0; y < extent.rows(); ++y) {
             segments_.push_back({begin + y * step_, static_cast<size_t>(step_ - page())});
-            GuardedMemory::forbidPage(begin + (y + 1) * step_ - page());
+            memory_.forbidPage(begin + (y + 1) * step_ - page());
         }
     } else {
         first_ = place.guard == Place::kBefore

@@ -9,7 +9,7 @@
 
 namespace fuzz {
 
-/** The elements of an operand that exist: columns and rows from its pointer on, the last ones not included. */
+/** The elements of an operand that exist: columns left to right - 1 and rows top to bottom - 1, from its pointer on. */
 struct Extent {
     int64_t left = 0, top = 0, right = 1, bottom = 1;
 
@@ -48,7 +48,7 @@ class Operand {
 
     void fill(Content content) const;
 
-    /** What memory holds from now on counts as its initial content. */
+    /** Keeps the present content as the initial one; restore() brings it back. */
     void save();
     void restore() const;
 

@@ -11,7 +11,7 @@ namespace fuzz {
 
 /** The values of a number. */
 struct NumberRule {
-    enum Others { kNone, kBelowOne, kAny };  // kBelowOne: memory is needed for all larger ones
+    enum Others { kNone, kBelowOne, kAny };  // kBelowOne: larger ones would need that much memory
 
     std::string_view parameter;
     std::vector<double> usual;

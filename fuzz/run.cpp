@@ -20,10 +20,10 @@ struct Results {
     std::vector<Elements> objects;   // what each object tells
 };
 
-/** One run of a call. */
-class Run {
+/** A call that is made once, in a variant and with a number of threads. */
+class SingleCall {
   public:
-    Run(const Call& call, uint32_t variant, int threads)
+    SingleCall(const Call& call, uint32_t variant, int threads)
         : call_(call),
           target_(*call.target),
           variant_(variant),
@@ -63,7 +63,7 @@ class Run {
     }
 
   private:
-    /** Of as many bytes as its query gives for the arguments without faults. What it holds differs from run to run. */
+    /** Has as many bytes as its query gives for the arguments without faults. Its content differs in every call. */
     void makeBuffer() {
         const size_t i = target_.indexOf("buffer");
         if (i == Export::kNone)
@@ -112,7 +112,7 @@ class Run {
                 objects_[i] = object;
             else if (object != nullptr && !slot.isUntouched())
                 fail("an object was given in spite of status " + std::to_string(results.status));
-            // Addresses differ from run to run.
+            // Not the address, which differs in every call.
             results.elements[i] = {object == nullptr, slot.isUntouched()};
         }
     }
@@ -229,8 +229,8 @@ Status runAndCompare(const Call& call) {
     constexpr int kThreads[] = {1, 3};
     Results alone{};
     for (const int threads : kThreads) {
-        const Results expected = Run(call, 0, threads).results();
-        Run other(call, call.otherVariant, threads);
+        const Results expected = SingleCall(call, 0, threads).results();
+        SingleCall other(call, call.otherVariant, threads);
         if (const std::string text = difference(call, expected, other.results(), true); !text.empty())
             other.fail("not as in variant 0: " + text);
         if (threads == 1) {
@@ -242,7 +242,7 @@ Status runAndCompare(const Call& call) {
             expected.status == StatusMemoryAllocation)
             continue;
         if (const std::string text = difference(call, alone, expected, false); !text.empty())
-            Run(call, 0, threads).fail("not as with one thread: " + text);
+            SingleCall(call, 0, threads).fail("not as with one thread: " + text);
     }
     return alone.status;
 }

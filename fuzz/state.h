@@ -16,14 +16,14 @@ namespace fuzz {
 
 struct Call;
 
-/** What an object is made from. Every run of a call makes an object of its own. */
+/** What an object is made from. A call that is made several times makes a new object each time. */
 class State {
   public:
     virtual ~State() = default;
 
     virtual void* build() const = 0;
     virtual void release(void* object) const = 0;
-    /** What the library tells of an object, to compare it with that of another run. */
+    /** What the library tells of an object, to compare it with that of another variant or number of threads. */
     virtual std::vector<uint8_t> observe(const void* object) const = 0;
     virtual std::string describe() const = 0;
 

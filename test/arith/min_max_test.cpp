@@ -72,7 +72,7 @@ TYPED_TEST(MinMaxIndx, MatchesItsDefinition) {
                                          [](const auto& operands) { TypeParam::check(operands); });
 }
 
-// The first of equal extremes is in another stripe than the last; rows are longer than a run of vectors, too.
+// The first of equal extremes is in another stripe than the last; rows are longer than a section, too.
 TYPED_TEST(MinMaxIndx, FindsTheFirstOfEqualOnesInParallel) {
     using T = typename TypeParam::T;
     forThreadCounts([](int) {
@@ -127,15 +127,6 @@ TYPED_TEST(MinMaxIndx, FindsEveryPlace) {
             }
             pixel = 50;
         }
-}
-
-TYPED_TEST(MinMaxIndx, ReportsTheFirstFault) {
-    Extrema result{77, 77, {77, 77}, {77, 77}};
-    TypeParam::template checkStatuses<true>(
-        [&] {
-            return result.least == 77 && result.greatest == 77 && result.leastAt.x == 77 && result.greatestAt.x == 77;
-        },
-        &result.least, &result.greatest, &result.leastAt, &result.greatestAt);
 }
 
 // NaN takes no part; zeros of either sign are equal.

@@ -108,14 +108,6 @@ struct Form {
         for (const auto& norm : norms())
             norm.check(operands, bound);
     }
-
-    static void checkStatuses() {
-        const auto checkOne = [](auto form) {
-            double result = 77;
-            decltype(form)::template checkStatuses<true>([&] { return result == 77; }, &result);
-        };
-        (checkOne(ExportForm<kExports>()), ...);
-    }
 };
 
 template <typename FormType>
@@ -175,10 +167,6 @@ TYPED_TEST(Norms, FindTheMaximumOfEveryStripeInParallel) {
             }
         operands.at(0, 500, y) = 1;
     }
-}
-
-TYPED_TEST(Norms, ReportTheFirstFault) {
-    TypeParam::checkStatuses();
 }
 
 // The last image is 0 where the norms are 0, so that the relative ones divide by it.

@@ -5,7 +5,7 @@
 
 #include "arguments.h"
 #include "regions.h"
-#include "status_order.h"
+#include "test/exports/faults.h"
 #include "test_image.h"
 
 namespace {
@@ -50,16 +50,10 @@ struct Member<Export, kShapeName> {
     using Result = R;
     static constexpr bool kIsScaled = sizeof...(Rest) == 1;
     static constexpr Shape kShape = kShapeName;
-    static constexpr auto kFunction = Export;
 
-    static auto arguments(const TestImage<E>& sums, const TestImage<Q>& squares, const TestImage<R>& out,
-                          ImageRect rect, int32_t scaleFactor) {
-        return std::tuple_cat(argumentsOf(sums), argumentsOf(squares), argumentsOf(out), std::tuple(out.roi(), rect),
-                              only<kIsScaled>(std::tuple(scaleFactor)));
-    }
     static Status call(const TestImage<E>& sums, const TestImage<Q>& squares, const TestImage<R>& out, ImageRect rect,
                        int32_t scaleFactor) {
-        return std::apply(Export, arguments(sums, squares, out, rect, scaleFactor));
+        return callWith(Export, sums, squares, out, out.roi(), rect, only<kIsScaled>(scaleFactor));
     }
 
     template <typename Table>
@@ -243,28 +237,14 @@ TYPED_TEST(RectStdDev, TakesAnyScaleFactor) {
     }
 }
 
-TYPED_TEST(RectStdDev, ReportsTheFirstFault) {
-    const RoiSize roi{9, 4};
-    const ImageRect rect{5, 2, 3, 6};
-    // Tables whose steps hold exactly x + width + w entries.
-    const TestImage<typename TypeParam::Entry> sums({17, 20});
-    const TestImage<typename TypeParam::SquareEntry> squares({17, 20});
-    const auto out = TestImage<typename TypeParam::Result>::random(roi, {}, 1);
-    const auto before = out.copy({});
-    StatusOrder order(TypeParam::kFunction, TypeParam::arguments(sums, squares, out, rect, 0));
-    order.nullImages()
-        .badSizes()
-        .shortSteps({17, 17})
-        .template fault<7>("rectangle beyond all", StatusStepError, ImageRect{INT32_MAX, 0, INT32_MAX, 1})
-        .oddSteps({17, 17})
-        .template fault<7>("x -1", StatusSizeError, ImageRect{-1, 2, 9, 1})
-        .template fault<7>("y -1", StatusSizeError, ImageRect{5, -1, 3, 6})
-        .template fault<7>("rectangle width 0", StatusSizeError, ImageRect{8, 2, 0, 6})
-        .template fault<7>("rectangle height 0", StatusSizeError, ImageRect{5, 2, 3, 0});
-    if (TypeParam::kShape == kTilted)
-        order.template fault<7>("left of the table", StatusSizeError, ImageRect{4, 2, 4, 6})
-            .template fault<7>("left of all", StatusSizeError, ImageRect{5, 2, 3, INT32_MAX});
-    order.check([&] { return bool(samePixels(before, out)); });
-}
+// Of calls with the rectangle {1, 0, 1, 2} that are otherwise valid.
+using Rectangles = std::initializer_list<ImageRect>;
+const exports::FaultRule kBeyondAll("rect", StatusStepError, Rectangles{{INT32_MAX, 0, INT32_MAX, 1}},
+                                    exports::Behind::kStepLengths);
+const exports::FaultRule kNoWindow("rect", StatusSizeError,
+                                   Rectangles{{-1, 0, 3, 2}, {1, -1, 1, 2}, {2, 0, 0, 2}, {1, 0, 1, 0}});
+const exports::FaultRule kLeftOfTable("rect", StatusSizeError, Rectangles{{1, 0, 1, 3}, {1, 0, 1, INT32_MAX}});
+const exports::FamilyFaults kUprightFaults("vekiRectStdDev", {kBeyondAll, kNoWindow});
+const exports::FamilyFaults kTiltedFaults("vekiTiltedRectStdDev", {kBeyondAll, kNoWindow, kLeftOfTable});
 
 }  // namespace

@@ -1,7 +1,11 @@
 #include "export_call.h"
 
 #include <algorithm>
+#include <climits>
 #include <cstring>
+#include <stdexcept>
+
+#include "fuzz/preconditions.h"
 
 namespace exports {
 namespace {
@@ -36,30 +40,55 @@ T element(Random& random) {
 
 }  // namespace
 
-ExportCall::ExportCall(const Export& target, RoiSize roi, Address address)
-    : target_(target), roi_(roi), address_(address) {
+ExportCall::ExportCall(const Export& target, RoiSize roi, Address address) : roi_(roi), address_(address) {
+    call_.target = &target;
+    call_.rules = fuzz::findPrecondition(target);
+    if (call_.rules == nullptr)
+        throw std::runtime_error(std::string(target.name) + " belongs to no family of fuzz/families");
+    call_.allowedAllocations = INT_MAX;
+    call_.operands.resize(target.parameters.size());
     for (size_t i = 0; i < target.parameters.size(); ++i)
-        values_.push_back(valueOf(target.parameters[i], i));
+        call_.values.push_back(valueOf(target.parameters[i], i));
+    for (size_t i = 0; i < target.parameters.size(); ++i)
+        if (target.isStep(i))
+            call_.values[i].set(int32_t(fuzz::checkedRowBytes(call_, i - 1)));
+    call_.plainValues = call_.values;
+    setFaults({});
+}
+
+void ExportCall::setFaults(std::initializer_list<Fault> faults) {
+    call_.values = call_.plainValues;
+    for (const Fault& fault : faults)
+        call_.values[fault.parameter] = fault.value;
+    call_.isNull.clear();
+    for (const Value& value : call_.values)
+        call_.isNull.push_back(value.as<void*>() == nullptr);
+}
+
+bool ExportCall::changesObjects() const {
+    return std::ranges::any_of(call_.target->parameters, [](const Parameter& p) { return p.isObject() && !p.isConst; });
 }
 
 Value ExportCall::valueOf(const Parameter& parameter, size_t index) {
-    const auto& parameters = target_.parameters;
     switch (parameter.kind) {
         case Kind::kSize:
             return valueWith(roi_);
         case Kind::kRectangle:
-            return valueWith(ImageRect{1, 0, 1, 1});
+            return valueWith(ImageRect{1, 0, 1, 2});
         case Kind::kRows:
             return valueWith(addRows(parameter));
         case Kind::kState:
             return valueWith(addClassifier());
+        case Kind::kStateSlot:
+            return valueWith(addOperand(parameter, sizeof(void*), Address::kAligned).data);
         case Kind::kPointer:
-            if (index + 1 < parameters.size() && target_.isStep(index + 1))
-                return valueWith(addOperand(parameter, stepOf(parameter) * size_t(roi_.height + kMore), address_).data);
+            if (call_.isImage(index))
+                return valueWith(
+                    addOperand(parameter, rowBytesOf(parameter) * size_t(roi_.height + kMore), address_).data);
             return valueWith(parameter.name == "buffer" ? addOperand(parameter, kBufferBytes, address_).data
                                                         : addOperand(parameter, kOtherBytes, Address::kAligned).data);
         default:
-            return target_.isStep(index) ? valueWith(int32_t(stepOf(parameters[index - 1]))) : number(parameter);
+            return number(parameter);
     }
 }
 
@@ -71,8 +100,8 @@ Value ExportCall::number(const Parameter& parameter) const {
     return fuzz::withType(parameter.element, [=](auto type) { return valueWith(decltype(type)(value)); });
 }
 
-size_t ExportCall::stepOf(const Parameter& image) const {
-    const size_t channels = target_.name.find("_C3") != target_.name.npos ? 3 : 1;
+size_t ExportCall::rowBytesOf(const Parameter& image) const {
+    const size_t channels = call_.target->name.find("_C3") != std::string_view::npos ? 3 : 1;
     return size_t(roi_.width + kMore) * channels * size_t(bytesOf(image.element));
 }
 
@@ -85,7 +114,7 @@ ExportCall::Operand& ExportCall::addOperand(const Parameter& parameter, size_t b
 }
 
 void* ExportCall::addRows(const Parameter& parameter) {
-    const size_t step = stepOf(parameter), count = size_t(roi_.height + kTaps - 1);
+    const size_t step = rowBytesOf(parameter), count = size_t(roi_.height + kTaps - 1);
     uint8_t* const first = addOperand(parameter, step * count, address_).data;
     auto& rows = rows_.emplace_back();
     for (size_t y = 0; y < count; ++y)
@@ -99,7 +128,7 @@ const HaarClassifier* ExportCall::addClassifier() {
         features.add({{1, 0, 1, 1}, {1, 1, 2, 1}}, {1, 2}, 0, 0, 1);
         return classifiers_.emplace_back(haar::build(features, haar::Shape::kUpright)).get();
     };
-    const bool isFloat = target_.parameters[target_.indexOf("stageThreshold")].element == Element::k32f;
+    const bool isFloat = call_.target->name.find("32f") != std::string_view::npos;
     return isFloat ? build(float()) : build(int32_t());
 }
 

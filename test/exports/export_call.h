@@ -6,7 +6,8 @@
 #include <memory>
 #include <vector>
 
-#include "fuzz/export.h"
+#include "faults.h"
+#include "fuzz/call.h"
 #include "random.h"
 #include "test/feature/haar_features.h"
 
@@ -15,7 +16,10 @@ namespace exports {
 /** Where images and work buffers begin, in bytes behind a multiple of the elements. */
 enum class Address { kAligned = 0, kOdd = 1 };
 
-/** An export with arguments for a region: images of zeros, a kernel of 3 taps or 3 x 3, a classifier of one feature. */
+/**
+ * An export with arguments for a region: images of zeros with the shortest steps that are accepted, a kernel of 3 taps
+ * or 3 x 3, a classifier of one feature.
+ */
 class ExportCall {
   public:
     ExportCall(const fuzz::Export& target, RoiSize roi, Address address = Address::kAligned);
@@ -23,7 +27,18 @@ class ExportCall {
     /** Fills all images, kernels and what the call writes to; floats stay finite. */
     void fill(uint32_t seed);
 
-    Status run() const { return target_.call(values_.data()); }
+    Status run() const { return call_.target->call(call_.values.data()); }
+
+    /** All that may be wrong with an argument, in the order in which it is found. */
+    std::vector<Fault> faults() const { return faultsOf(*call_.target, call_.plainValues); }
+
+    /** Puts faults into the valid arguments, of which a later one may take the place of an earlier one. */
+    void setFaults(std::initializer_list<Fault> faults);
+
+    std::string describe() const { return call_.describe(); }
+
+    /** Whether a call that succeeds makes, changes or releases an object, so that another one would not be the same. */
+    bool changesObjects() const;
 
     /** Whether the images and results of two calls of an export are the same. */
     bool wroteTheSameAs(const ExportCall& other) const;
@@ -41,16 +56,15 @@ class ExportCall {
     Operand& addOperand(const fuzz::Parameter& parameter, size_t bytes, Address address);
     void* addRows(const fuzz::Parameter& parameter);
     const HaarClassifier* addClassifier();
-    size_t stepOf(const fuzz::Parameter& image) const;
+    size_t rowBytesOf(const fuzz::Parameter& image) const;
 
-    const fuzz::Export& target_;
+    fuzz::Call call_;
     RoiSize roi_;
     Address address_;
     std::list<std::unique_ptr<void, decltype(&std::free)>> memory_;
     std::vector<Operand> operands_;
     std::list<std::vector<uint8_t*>> rows_;
     std::list<haar::ClassifierPointer> classifiers_;
-    std::vector<fuzz::Value> values_;
 };
 
 /** The exports that take a region, among them the queries of the sizes of work buffers. */

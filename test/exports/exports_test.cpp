@@ -25,6 +25,29 @@ TEST(Exports, NeedNoAlignment) {
         }
 }
 
+// Every fault alone, and every pair of faults, of which the one that is to be found first must be reported.
+TEST(Exports, ReportTheFirstFault) {
+    ASSERT_EQ("", exports::uselessRules());
+    for (const fuzz::Export& target : fuzz::exports()) {
+        if (target.call == nullptr)  // gives no status
+            continue;
+        ExportCall call(target, {9, 4}), untouched(target, {9, 4});
+        call.fill(1);
+        untouched.fill(1);
+        const std::vector<exports::Fault> faults = call.faults();
+        for (size_t second = 0; second < faults.size(); ++second)
+            for (size_t first = 0; first <= second; ++first) {
+                call.setFaults({faults[second], faults[first]});
+                ASSERT_EQ(faults[first].status, call.run()) << call.describe();
+            }
+        ASSERT_TRUE(call.wroteTheSameAs(untouched)) << target.name;
+        call.setFaults({});
+        if (!call.changesObjects()) {
+            ASSERT_EQ(StatusOk, call.run()) << call.describe();
+        }
+    }
+}
+
 /** Calls an export with a region and gives the number of teams of threads that it opens. */
 int teamsOfCall(const fuzz::Export& target, RoiSize roi) {
     const ExportCall call(target, roi);

@@ -4,7 +4,7 @@
 #include "arguments.h"
 #include "haar_features.h"
 #include "standin.h"
-#include "status_order.h"
+#include "test/exports/faults.h"
 #include "test_image.h"
 
 namespace {
@@ -85,15 +85,12 @@ struct Form {
     using Sum = S;
     using Value = V;
     static constexpr bool kIsMixed = kHasTilted, kIsScaled = kHasScale;
-    static constexpr auto kFunction = Export;
 
-    static auto arguments(const Call<S, V>& c) {
-        return std::tuple_cat(
-            std::tuple(c.integral, c.integralStep), only<kIsMixed>(std::tuple(c.tilted, c.tiltedStep)),
-            std::tuple(c.norm, c.normStep, c.mask, c.maskStep, c.roi, c.positiveCount, c.stageThreshold, c.state),
-            only<kIsScaled>(std::tuple(c.scaleFactor)));
+    static Status call(const Call<S, V>& c) {
+        return callWith(Export, c.integral, c.integralStep, only<kIsMixed>(c.tilted, c.tiltedStep), c.norm, c.normStep,
+                        c.mask, c.maskStep, c.roi, c.positiveCount, c.stageThreshold, c.state,
+                        only<kIsScaled>(c.scaleFactor));
     }
-    static Status call(const Call<S, V>& c) { return std::apply(Export, arguments(c)); }
 };
 
 template <auto Export>
@@ -390,33 +387,8 @@ TYPED_TEST(HaarApply, TakesMinusOneForFirstWeights) {
     }
 }
 
-TYPED_TEST(HaarApply, ReportsTheFirstFault) {
-    using V = typename TypeParam::Value;
-    using S = typename TypeParam::Sum;
-    Random random(5);
-    const RoiSize roi{9, 4};
-    const TestImage<S> table({30, 30}, {Layout::kAfterGuard, 0, 0});
-    const TestImage<V> norms(roi);
-    const auto mask = anyMask(random, roi, {}, Set::kAll);
-    const auto before = mask.copy({});
-    const auto stage = Stage<V>::any(random, 4, 0, Numbers::kClose);
-    int32_t count = 77;
-    // Arguments that only the mixed forms have come behind the first two.
-    constexpr size_t k = TypeParam::kIsMixed ? 2 : 0;
-    StatusOrder order(TypeParam::kFunction, TypeParam::arguments({table.data(), table.data(), table.step(),
-                                                                  table.step(), norms.data(), norms.step(), mask.data(),
-                                                                  mask.step(), roi, &count, 0, stage.state.get(), 0}));
-    order.nullImages()
-        .template fault<7 + k>("null count", StatusNullPointer, nullptr)
-        .template fault<9 + k>("null state", StatusNullPointer, nullptr)
-        .badSizes()
-        .shortSteps()
-        .oddSteps();
-    if constexpr (TypeParam::kIsMixed && TypeParam::kIsScaled)
-        order.template fault<12>("scale factor 1", StatusBadArgument, 1)
-            .template fault<12>("largest scale factor", StatusBadArgument, INT32_MAX);
-    order.check([&] { return samePixels(before, mask) && count == 77; });
-}
+const exports::FamilyFaults kFaults("vekiApplyMixedHaarClassifier",
+                                    {{"scaleFactor", StatusBadArgument, {1, INT32_MAX}}});
 
 // Where a test may choose how much memory there is.
 TYPED_TEST(HaarApply, ReportsMissingMemory) {

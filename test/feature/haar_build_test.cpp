@@ -5,7 +5,7 @@
 #include "haar_classifier.h"
 #include "haar_features.h"
 #include "standin.h"
-#include "status_order.h"
+#include "test/exports/faults.h"
 
 namespace {
 
@@ -282,66 +282,24 @@ TYPED_TEST(HaarBuild, SizesAreNotNegative) {
     EXPECT_EQ(0, windowSize<TypeParam>(state.get()).height);
 }
 
-TYPED_TEST(HaarBuild, ReportsTheFirstFault) {
-    Features<TypeParam> features;
-    features.add({{3, 0, 1, 1}, {3, 0, 2, 1}}, {1, 1}, 0, 0, 0);
-    features.add({{3, 0, 1, 1}}, {1}, 0, 0, 0);
-    const int32_t noneFirst[] = {0, 1}, negativeLast[] = {1, -1};
-    HaarClassifier other{};
-    HaarClassifier* state = &other;
-    const auto check = [&](auto function) {
-        state = &other;
-        StatusOrder(function, &state, features.rectangles.data(), features.weights.data(), features.thresholds.data(),
-                    features.valuesBelow.data(), features.valuesAbove.data(), features.counts.data(), 2)
-            .template fault<0>("null state", StatusNullPointer, nullptr)
-            .template fault<1>("null rectangles", StatusNullPointer, nullptr)
-            .template fault<2>("null weights", StatusNullPointer, nullptr)
-            .template fault<3>("null thresholds", StatusNullPointer, nullptr)
-            .template fault<4>("null values below", StatusNullPointer, nullptr)
-            .template fault<5>("null values above", StatusNullPointer, nullptr)
-            .template fault<6>("null counts", StatusNullPointer, nullptr)
-            .template fault<7>("-1 features", StatusSizeError, -1)
-            .template fault<7>("-2147483648 features", StatusSizeError, INT_MIN)
-            .template fault<6>("a feature without rectangles", StatusSizeError, noneFirst)
-            .template fault<6>("a negative count", StatusSizeError, negativeLast)
-            .check([&] { return state == &other; });
-        EXPECT_EQ(StatusOk, vekiHaarClassifierFree_32f(state));
-    };
-    if constexpr (std::is_same_v<TypeParam, float>) {
-        check(vekiHaarClassifierInitAlloc_32f);
-        check(vekiTiltedHaarClassifierInitAlloc_32f);
-    } else {
-        check(vekiHaarClassifierInitAlloc_32s);
-        check(vekiTiltedHaarClassifierInitAlloc_32s);
-    }
-    // A count is looked at before any rectangle.
-    features.rectangles[0].width = 0;
-    features.counts[1] = 0;
-    for (const Shape shape : kShapes) {
-        state = &other;
-        EXPECT_EQ(StatusSizeError, features.build(shape, &state));
-        EXPECT_EQ(&other, state);
-    }
-}
+const exports::FaultRule kBadCount{"featureCount", StatusSizeError, {-1, INT_MIN}};
+const exports::FamilyFaults kUprightFaults("vekiHaarClassifier", {kBadCount});
+const exports::FamilyFaults kTiltedFaults("vekiTiltedHaarClassifier", {kBadCount});
 
-TEST(HaarClassifier, NeedsPointers) {
-    Features<float> features;
-    features.add({{3, 0, 1, 1}}, {1}, 0, 0, 0);
-    const auto state = haar::build(features, Shape::kUpright);
-    const uint8_t mask[1] = {1};
-    RoiSize size{7, 8};
-    EXPECT_EQ(StatusNullPointer, vekiHaarClassifierFree_32f(nullptr));
-    EXPECT_EQ(StatusNullPointer, vekiHaarClassifierFree_32s(nullptr));
-    EXPECT_EQ(StatusNullPointer, vekiGetHaarClassifierSize_32f(nullptr, &size));
-    EXPECT_EQ(StatusNullPointer, vekiGetHaarClassifierSize_32s(nullptr, &size));
-    EXPECT_EQ(StatusNullPointer, vekiGetHaarClassifierSize_32f(state.get(), nullptr));
-    EXPECT_EQ(StatusNullPointer, vekiGetHaarClassifierSize_32s(state.get(), nullptr));
-    EXPECT_EQ(StatusNullPointer, vekiTiltHaarFeatures_32f(nullptr, 0, state.get()));
-    EXPECT_EQ(StatusNullPointer, vekiTiltHaarFeatures_32s(nullptr, 0, state.get()));
-    EXPECT_EQ(StatusNullPointer, vekiTiltHaarFeatures_32f(mask, 0, nullptr));
-    EXPECT_EQ(StatusNullPointer, vekiTiltHaarFeatures_32s(mask, 0, nullptr));
-    EXPECT_EQ(7, size.width);
-    EXPECT_EQ(0, state->flags);
+// A count is looked at before any rectangle, of which the first one is bad, too.
+TYPED_TEST(HaarBuild, NeedsRectanglesForEveryFeature) {
+    HaarClassifier other{};
+    for (const int32_t bad : {0, -1})
+        for (const size_t feature : {0, 1})
+            for (const Shape shape : kShapes) {
+                Features<TypeParam> features;
+                features.add({{3, 0, 0, 1}, {3, 0, 2, 1}}, {1, 1}, 0, 0, 0);
+                features.add({{3, 0, 1, 1}}, {1}, 0, 0, 0);
+                features.counts[feature] = bad;
+                HaarClassifier* state = &other;
+                EXPECT_EQ(StatusSizeError, features.build(shape, &state));
+                EXPECT_EQ(&other, state);
+            }
 }
 
 }  // namespace

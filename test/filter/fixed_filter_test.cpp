@@ -7,7 +7,7 @@
 #include "arguments.h"
 #include "border.h"
 #include "regions.h"
-#include "status_order.h"
+#include "test/exports/faults.h"
 #include "test_image.h"
 #include "vekcore.h"
 
@@ -147,19 +147,13 @@ struct Member<Filter, Query, Definition> {
     static constexpr bool kHasMaskSize = sizeof...(Rest) == 4;
     static constexpr bool kIsMean = std::is_same_v<Definition, Lowpass>;
 
-    static auto queryArguments(RoiSize roi, int taps, int32_t* size) {
-        return std::tuple_cat(std::tuple(roi), only<kHasMaskSize>(std::tuple(maskSize(taps))), std::tuple(size));
+    static Status query(RoiSize roi, int32_t maskSize, int32_t* size) {
+        return callWith(Query, roi, only<kHasMaskSize>(maskSize), size);
     }
     static int32_t bufferSize(RoiSize roi, int taps) {
         int32_t size = -1;
-        EXPECT_EQ(StatusOk, std::apply(Query, queryArguments(roi, taps, &size)));
+        EXPECT_EQ(StatusOk, query(roi, maskSize(taps), &size));
         return size;
-    }
-
-    static auto arguments(const Images& images, int taps, int borderType, uint8_t* buffer) {
-        return std::tuple_cat(std::tuple(images.source(), images.memory.step()), argumentsOf(images.out),
-                              std::tuple(images.roi), only<kHasMaskSize>(std::tuple(maskSize(taps))),
-                              std::tuple(borderType, images.value, buffer));
     }
 
     static TestImage<R> expected(const Images& operands, int taps) {
@@ -201,7 +195,8 @@ struct Member<Filter, Query, Definition> {
     static void check(const Images& operands, const TestImage<R>& right, Layout layout, int borderType, int taps,
                       int threads = 1) {
         const auto buffer = workBuffer(bufferSize(operands.roi, taps), layout);
-        ASSERT_EQ(StatusOk, std::apply(Filter, arguments(operands, taps, borderType, buffer.data())));
+        ASSERT_EQ(StatusOk, callWith(Filter, operands.source(), operands.memory.step(), operands.out, operands.roi,
+                                     only<kHasMaskSize>(maskSize(taps)), borderType, operands.value, buffer.data()));
         ASSERT_TRUE(samePixels(right, operands.out));
         ASSERT_TRUE(usesSlices(buffer, threads));
     }
@@ -215,29 +210,6 @@ struct Member<Filter, Query, Definition> {
     }
 
     static std::vector<int> masks() { return kHasMaskSize ? std::vector{3, 5} : std::vector{3}; }
-
-    static void checkStatuses() {
-        const RoiSize roi{9, 4};
-        const Images operands(roi, {}, BorderReplicate, 3);
-        const auto before = operands.out.copy({});
-        std::vector<uint8_t> buffer(size_t(bufferSize(roi, 5)));
-        StatusOrder order(Filter, arguments(operands, 3, BorderReplicate, buffer.data()));
-        constexpr size_t kLast = sizeof...(Rest) + 4, kBorder = kLast - 2;
-        order.template fault<kLast>("null buffer", StatusNullPointer, nullptr).commonFaults();
-        for (const int type : {5, 7, 15, -1, 0x100, 0x1000, 0x105, 0xF5})
-            order.template fault<kBorder>("border " + std::to_string(type), StatusBadArgument, type);
-        if constexpr (kHasMaskSize)
-            for (const int mask : {0, 3, 5, 35, 53, -33})
-                order.template fault<5>("mask " + std::to_string(mask), StatusMaskSizeError, mask);
-        order.check([&] { return bool(samePixels(before, operands.out)); });
-
-        int32_t size = 77;
-        StatusOrder query(Query, queryArguments(roi, 3, &size));
-        query.template fault<kHasMaskSize ? 2 : 1>("null size", StatusNullPointer, nullptr).badSizes();
-        if constexpr (kHasMaskSize)
-            query.template fault<1>("mask 35", StatusMaskSizeError, 35);
-        query.template fault<0>("too large", StatusSizeError, {INT32_MAX, 4}).check([&] { return size == 77; });
-    }
 
   private:
     static int32_t maskSize(int taps) { return taps == 3 ? MaskSize3x3 : MaskSize5x5; }
@@ -319,9 +291,17 @@ TYPED_TEST(FixedFilter, MatchesItsDefinitionInParallel) {
     }
 }
 
-TYPED_TEST(FixedFilter, ReportsTheFirstFault) {
-    TypeParam::checkStatuses();
+TYPED_TEST(FixedFilter, RefusesBuffersThatAreTooLarge) {
+    int32_t size = 77;
+    ASSERT_EQ(StatusSizeError, TypeParam::query({INT32_MAX, 4}, MaskSize3x3, &size));
+    const Status badMask = TypeParam::kHasMaskSize ? StatusMaskSizeError : StatusSizeError;
+    ASSERT_EQ(badMask, TypeParam::query({INT32_MAX, 4}, 35, &size));
+    ASSERT_EQ(77, size);
 }
+
+const exports::FamilyFaults kFaults("vekiFilter",
+                                    {{"borderType", StatusBadArgument, {5, 7, 15, -1, 0x100, 0x1000, 0x105, 0xF5}},
+                                     {"maskSize", StatusMaskSizeError, {0, 3, 5, 35, 53, -33}}});
 
 // The coefficients of the polynomial, multiplied factor by factor. Those of the largest sizes do not fit 16 bits.
 TEST(SobelKernel, IsThatOfThePolynomial) {
@@ -348,24 +328,12 @@ TEST(SobelKernel, IsThatOfThePolynomial) {
             }
 }
 
-TEST(SobelKernel, ReportsTheFirstFault) {
-    int16_t integers[31] = {77};
-    float floats[31] = {77};
-    const auto check = [&](auto function, auto* kernel) {
-        StatusOrder(function, kernel, 5, 1, 1)
-            .template fault<0>("null kernel", StatusNullPointer, nullptr)
-            .template fault<1>("size 1", StatusSizeError, 1)
-            .template fault<1>("size 4", StatusSizeError, 4)
-            .template fault<1>("size 33", StatusSizeError, 33)
-            .template fault<1>("size -3", StatusSizeError, -3)
-            .template fault<2>("order -1", StatusBadArgument, -1)
-            .template fault<2>("order 3", StatusBadArgument, 3)
-            .template fault<3>("sign 0", StatusBadArgument, 0)
-            .template fault<3>("sign 2", StatusBadArgument, 2)
-            .check([&] { return kernel[0] == 77; });
-    };
-    check(vekiGenSobelKernel_16s, integers);
-    check(vekiGenSobelKernel_32f, floats);
+const exports::FamilyFaults kKernelFaults("vekiGenSobelKernel", {{"kernelSize", StatusSizeError, {1, 4, 33, -3}},
+                                                                 {"derivativeOrder", StatusBadArgument, {-1, 3}},
+                                                                 {"sign", StatusBadArgument, {0, 2}}});
+
+TEST(SobelKernel, RefusesCoefficientsThatAreTooLarge) {
+    int16_t integers[31];
     constexpr int kMostTaps[] = {17, 21, 21};
     for (int order = 0; order <= 2; ++order)
         for (int size = 3; size <= 31; size += 2) {

@@ -3,9 +3,10 @@
 
 #include <algorithm>
 
+#include "arguments.h"
 #include "border.h"
 #include "regions.h"
-#include "status_order.h"
+#include "test/exports/faults.h"
 #include "test_image.h"
 
 namespace {
@@ -67,8 +68,8 @@ void check(RoiSize roi, Layout layout, int kernelSize, float sigma, int borderTy
                                       << ", border " << borderType);
     const TestImage<float> source = randomSource(roi, layout), out(roi, layout);
     const auto buffer = workBuffer(bufferSize(roi, kernelSize), layout);
-    ASSERT_EQ(StatusOk, vekiFilterGaussBorder_32f_C1R(source.data(), source.step(), out.data(), out.step(), roi,
-                                                      kernelSize, sigma, borderType, kBorderValue, buffer.data()));
+    ASSERT_EQ(StatusOk, callWith(vekiFilterGaussBorder_32f_C1R, source, out, roi, kernelSize, sigma, borderType,
+                                 kBorderValue, buffer.data()));
     ASSERT_TRUE(samePixels(expectedFrom(source, kernelSize, sigma, borderType), out));
     ASSERT_TRUE(buffer.guardsIntact());
 }
@@ -103,30 +104,21 @@ TEST(Gauss, TakesAnySigma) {
     EXPECT_TRUE(std::equal(pixels, pixels + 3, out));
 }
 
-TEST(Gauss, ReportsTheFirstFault) {
-    const RoiSize roi{9, 4};
-    const TestImage<float> source(roi), out = TestImage<float>::random(roi, {}, 1);
-    const auto before = out.copy({});
-    std::vector<uint8_t> buffer(size_t(bufferSize(roi, 5)));
-    auto order = StatusOrder(vekiFilterGaussBorder_32f_C1R, source.data(), source.step(), out.data(), out.step(), roi,
-                             5, 1.f, BorderReplicate, 0.f, buffer.data());
-    order.fault<9>("null buffer", StatusNullPointer, nullptr).nullImages().badSizes().shortSteps();
-    for (const int kernelSize : {-3, 0, 1, 2, 4})
-        order.fault<5>("kernel " + std::to_string(kernelSize), StatusBadArgument, kernelSize);
-    for (const int border : {5, 6, -1, 0x41, 0x81, 0x100})
-        order.fault<7>("border " + std::to_string(border), StatusBadArgument, border);
-    order.check([&] { return bool(samePixels(before, out)); });
+const exports::FamilyFaults kFaults("vekiFilterGauss",
+                                    {{"kernelSize", StatusBadArgument, {-3, 0, 1, 2, 4}},
+                                     {"borderType", StatusBadArgument, {5, 6, -1, 0x41, 0x81, 0x100}}},
+                                    exports::Steps::kAny);
 
+TEST(Gauss, RefusesBuffersThatAreTooLarge) {
     int32_t size = 77;
-    StatusOrder(vekiFilterGaussGetBufferSize_32f_C1R, roi, 5, &size)
-        .fault<2>("null size", StatusNullPointer, nullptr)
-        .fault<0>("width 0", StatusSizeError, {0, 4})
-        .fault<1>("kernel 1", StatusBadArgument, 1)
-        .fault<1>("kernel 4", StatusBadArgument, 4)
-        .fault<0>("too large", StatusSizeError, {INT32_MAX, 4})
-        .fault<1>("a kernel too large", StatusSizeError, 1000000001)
-        .fault<1>("the largest kernel", StatusSizeError, INT32_MAX)
-        .check([&] { return size == 77; });
+    const auto query = [&](int32_t width, int32_t kernelSize) {
+        return vekiFilterGaussGetBufferSize_32f_C1R({width, 4}, kernelSize, &size);
+    };
+    EXPECT_EQ(StatusSizeError, query(INT32_MAX, 5));
+    EXPECT_EQ(StatusSizeError, query(9, 1000000001));
+    EXPECT_EQ(StatusSizeError, query(9, INT32_MAX));
+    EXPECT_EQ(StatusBadArgument, query(INT32_MAX, 4));
+    EXPECT_EQ(77, size);
 }
 
 }  // namespace

@@ -7,7 +7,6 @@
 
 #include "random.h"
 #include "regions.h"
-#include "status_order.h"
 #include "test_image.h"
 #include "thread_count.h"
 
@@ -55,14 +54,4 @@ std::vector<Tap> randomKernel(int32_t size, uint32_t seed, bool isSmall) {
         else
             kernel.push_back(isSmall ? Tap(int32_t(random.below(19)) - 9) : random.value<Tap>());
     return kernel;
-}
-
-/** The statuses of a query of the size of a work buffer. */
-inline void checkQuery(Status (*query)(RoiSize, int32_t, int32_t*)) {
-    int32_t bytes = -7;
-    StatusOrder(query, RoiSize{9, 4}, 3, &bytes)
-        .fault<2>("null result", StatusNullPointer, nullptr)
-        .badSizes()
-        .fault<1>("no taps", StatusSizeError, 0)
-        .check([&] { return bytes == -7; });
 }

@@ -2,6 +2,7 @@
 #include "arguments.h"
 #include "border.h"
 #include "pipeline_support.h"
+#include "test/exports/faults.h"
 
 namespace {
 
@@ -15,7 +16,6 @@ struct Row<Filter, Query, kChannelCount, kPerTap, kMore, kIsLow> {
     using Source = S;
     using Result = R;
     using Tap = K;
-    static constexpr auto kFunction = Filter;
     static constexpr auto kQuery = Query;
     static constexpr bool kIsFloat = std::is_floating_point_v<S>;
     static constexpr int kChannels = kChannelCount;
@@ -34,14 +34,9 @@ struct Row<Filter, Query, kChannelCount, kPerTap, kMore, kIsLow> {
                (32 + int64_t(sizeof(void*)) * (height + kernelSize) + kPerTap * kernelSize + kMore);
     }
 
-    static auto arguments(const TestImage<S>& source, R* const* rows, RoiSize roi, const Parameters& p,
-                          uint8_t* buffer) {
-        return std::tuple_cat(argumentsOf(source),
-                              std::tuple(rows, roi, p.kernel.data(), p.size(), p.anchor, p.borderType, p.borderValue),
-                              only<!kIsFloat>(std::tuple(p.divisor)), std::tuple(buffer));
-    }
     static Status call(const TestImage<S>& source, R* const* rows, RoiSize roi, const Parameters& p, uint8_t* buffer) {
-        return std::apply(Filter, arguments(source, rows, roi, p, buffer));
+        return callWith(Filter, source, rows, roi, p.kernel.data(), p.size(), p.anchor, p.borderType, p.borderValue,
+                        only<!kIsFloat>(p.divisor), buffer);
     }
 
     static R expected(const TestImage<S>& source, const Parameters& p, int x, int channel, int y) {
@@ -208,34 +203,11 @@ TYPED_TEST(RowPipeline, StopsAtANullRowInParallel) {
         }
 }
 
-TYPED_TEST(RowPipeline, ReportsTheFirstFault) {
-    using S = typename TypeParam::Source;
-    using R = typename TypeParam::Result;
-    const RoiSize roi{9, 4};
-    const TestImage<S> source(roi, {}, TypeParam::kChannels);
-    const auto out = TestImage<R>::random(roi, {}, 1, TypeParam::kChannels);
-    const auto before = out.copy({});
-    const auto rows = rowsOf<R*>(out);
-    const typename TypeParam::Parameters p{{1, 2, 1}, 1, BorderReplicate, 0, 1};
-    const auto buffer = workBuffer(int32_t(TypeParam::bufferBytes(4, 3)));
-    StatusOrder order(TypeParam::kFunction, TypeParam::arguments(source, rows.data(), roi, p, buffer.data()));
-    order.nullImages()
-        .template fault<2>("null rows", StatusNullPointer, nullptr)
-        .template fault<4>("null kernel", StatusNullPointer, nullptr)
-        .template fault<TypeParam::kIsFloat ? 9 : 10>("null buffer", StatusNullPointer, nullptr)
-        .badSizes()
-        .template fault<5>("no taps", StatusSizeError, 0)
-        .template fault<5>("kernel size -2147483648", StatusSizeError, INT32_MIN)
-        .template fault<6>("anchor -1", StatusAnchorError, -1)
-        .template fault<6>("anchor 3", StatusAnchorError, 3)
-        .shortSteps({9 * TypeParam::kChannels})
-        .oddSteps({9 * TypeParam::kChannels});
-    for (const int32_t border : {-1, 5, 6, 16, 65, INT32_MAX})
-        order.template fault<7>("border " + std::to_string(border), StatusBadArgument, border);
-    if constexpr (!TypeParam::kIsFloat)
-        order.template fault<9>("divisor 0", StatusBadArgument, 0);
-    order.check([&] { return bool(samePixels(before, out)); });
-}
+const exports::FamilyFaults kFaults("vekiFilterRowBorderPipeline",
+                                    {{"kernelSize", StatusSizeError, {0, INT32_MIN}, exports::Behind::kSizes},
+                                     {"anchorX", StatusAnchorError, {-1, 3}, exports::Behind::kSizes},
+                                     {"borderType", StatusBadArgument, {-1, 5, 6, 16, 65, INT32_MAX}},
+                                     {"divisor", StatusBadArgument, {0}}});
 
 TYPED_TEST(RowPipeline, TellsTheSizeOfItsBuffer) {
     int32_t bytes = -7;
@@ -251,7 +223,6 @@ TYPED_TEST(RowPipeline, TellsTheSizeOfItsBuffer) {
             ASSERT_EQ(StatusSizeError, TypeParam::kQuery(roi, INT32_MAX, &bytes));
         ASSERT_EQ(-7, bytes);
     }
-    checkQuery(TypeParam::kQuery);
 }
 
 }  // namespace

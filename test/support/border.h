@@ -2,7 +2,7 @@
 
 #include "vekcv.h"
 
-/** Where a pixel outside of a row of `width` comes from, found by walking as a reader would; -1 for the constant. */
+/** Which pixel of a row of `width` stands for that at x, found step by step; -1 for the constant. */
 inline int borderPixel(int rule, int x, int width) {
     if (rule == BorderConstant)
         return x >= 0 && x < width ? x : -1;

@@ -5,7 +5,6 @@
 
 #include "arguments.h"
 #include "regions.h"
-#include "status_order.h"
 #include "test_image.h"
 
 /** Images of a call that looks at one of their channels, where a mask tells which pixels take part. */
@@ -94,37 +93,11 @@ struct ChannelForm<Export, kSources> {
 
     /** The first kSources of the images of operands are the sources. */
     template <typename AnyOperands, typename... Results>
-    static auto arguments(const AnyOperands& operands, Results... results) {
-        return std::tuple_cat(
-            [&]<size_t... kIndex>(std::index_sequence<kIndex...>) {
-                return std::tuple_cat(argumentsOf(operands.sources[kIndex])...);
-            }(std::make_index_sequence<kSources>()),
-            only<kHasMask>(argumentsOf(operands.mask)), std::tuple(operands.roi),
-            only<kHasChannel>(std::tuple(operands.channel)), std::tuple(results...));
-    }
-
-    template <typename AnyOperands, typename... Results>
     static Status call(const AnyOperands& operands, Results... results) {
-        return std::apply(Export, arguments(operands, results...));
-    }
-
-    /** The statuses that all such exports share; `results` are set to null in turn where they are required. */
-    template <bool kResultsAreRequired, typename... Results>
-    static void checkStatuses(const std::function<bool()>& untouched, Results*... results) {
-        const Operands operands({9, 4}, {}, [](Random& random) { return random.value<T>(); });
-        StatusOrder order(Export, arguments(operands, results...));
-        if constexpr (kResultsAreRequired)
-            [&]<size_t... kIndex>(std::index_sequence<kIndex...>) {
-                (order.template fault<sizeof...(Rest) + 2 - sizeof...(Results) + kIndex>("null result",
-                                                                                         StatusNullPointer, nullptr),
-                 ...);
-            }
-        (std::make_index_sequence<sizeof...(Results)>());
-        order.commonFaults(std::vector<int32_t>(kSources, operands.roi.width * kChannels));
-        if constexpr (kHasChannel)
-            for (const int32_t channel : {0, 4, -1, INT32_MAX, INT32_MIN})
-                order.template fault<sizeof...(Rest) + 1 - sizeof...(Results)>("channel " + std::to_string(channel),
-                                                                               StatusChannelOfInterestError, channel);
-        order.check(untouched);
+        const auto sources = [&]<size_t... kIndex>(std::index_sequence<kIndex...>) {
+            return std::tuple_cat(argumentsOf(operands.sources[kIndex])...);
+        };
+        return callWith(Export, sources(std::make_index_sequence<kSources>()), only<kHasMask>(operands.mask),
+                        operands.roi, only<kHasChannel>(operands.channel), results...);
     }
 };

@@ -10,8 +10,8 @@
 #include <vector>
 
 /**
- * Pages between two pages that must not be touched: a read or write beyond either end is a fault. A few pages are kept
- * for the next memory of the same size, for mapping them takes longer than most tests of small images.
+ * Pages between two pages that must not be touched: a read or write beyond either end is a fault. Small mappings are
+ * kept for the next memory of the same size, as making them takes longer than most tests of small images.
  */
 class GuardedMemory {
   public:
@@ -57,7 +57,7 @@ class GuardedMemory {
   private:
     static constexpr size_t kMostKeptPages = 16;
 
-    /** By their sizes; tests run on one thread. */
+    /** Mappings that are not in use, by their sizes. Not locked, as tests run on one thread. */
     static std::map<size_t, std::vector<uint8_t*>>& keptMappings() {
         static std::map<size_t, std::vector<uint8_t*>> mappings;
         return mappings;

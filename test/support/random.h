@@ -36,8 +36,7 @@ class Random {
         }
     }
 
-    /** Any value of a type, but floats of one magnitude, which special ones are so seldom among that sums say
-     * something. */
+    /** Any value of a type; floats are mostly of one magnitude and seldom special, so that not every sum is a NaN. */
     template <typename T>
     T summand() {
         if constexpr (std::is_floating_point_v<T>)
@@ -47,21 +46,21 @@ class Random {
     }
 
     /**
-     * A mask byte: 0, or one of the unusual values that count as set, too. Some stand alone, and some in runs, which
-     * select or leave out whole blocks of vectors.
+     * A mask byte: 0, or one of several values that count as set. Most bytes are drawn alone, and some in stretches,
+     * which select or leave out whole batches of vectors.
      */
     uint8_t mask() {
-        if (maskRun_ == 0) {
-            maskRun_ = below(64) == 0 ? 1 + below(256) : 1;
+        if (maskStretch_ == 0) {
+            maskStretch_ = below(64) == 0 ? 1 + below(256) : 1;
             isMaskSet_ = below(2) == 0;
         }
-        --maskRun_;
+        --maskStretch_;
         constexpr uint8_t kSet[] = {1, 2, 128, 255};
         return isMaskSet_ ? kSet[below(4)] : uint8_t{0};
     }
 
   private:
     uint64_t state_;
-    uint32_t maskRun_ = 0;
+    uint32_t maskStretch_ = 0;
     bool isMaskSet_ = false;
 };

@@ -14,7 +14,7 @@ inline std::vector<RoiSize> smallRegions() {
     return regions;
 }
 
-/** check(roi, layouts) in a trace; whether it failed. */
+/** Calls check(roi, layouts) with both in the trace; gives whether it failed. */
 template <typename Check>
 bool failsFor(RoiSize roi, const Layouts& layouts, Check& check) {
     SCOPED_TRACE(::testing::Message() << roi.width << " x " << roi.height << ", " << layouts);
@@ -35,14 +35,13 @@ void forSmallImages(Check check) {
                 return;
 }
 
-/** The rows of images of this width, and of so many pixels and more, that no team of 2 or 3 threads divides evenly. */
+/** Images of this width and height have at least `pixels` pixels, and rows that 2 or 3 threads cannot share evenly. */
 constexpr int32_t kLargeWidth = 521;
 constexpr int32_t largeHeight(int32_t pixels) {
     return pixels / 512 + 5;
 }
 
-/** check(roi, layouts) with 1, 2 and 3 threads, for images that threads share where pixels(threads) is the least size.
- */
+/** check(roi, layouts) with 1, 2 and 3 threads, for images that are large enough to be shared: pixels(threads). */
 template <typename Pixels, typename Check>
 void forLargeImages(Pixels pixels, Check check) {
     forThreadCounts([&](int threads) {
@@ -50,7 +49,7 @@ void forLargeImages(Pixels pixels, Check check) {
     });
 }
 
-/** The least sizes of most families. */
+/** The least numbers of pixels that threads share in most families. */
 inline constexpr auto kPixels = [](int) { return 262144; };
 template <int32_t kCount>
 inline constexpr auto kPixelsPerThread = [](int threads) { return kCount * threads; };

@@ -20,7 +20,7 @@ class SixteenSums {
     T sums_[16] = {};
 };
 
-/** Numbers whose sums say something; Random::value gives the others. */
+/** Numbers without the special floats of Random::value, with which most sums would be a NaN. */
 template <typename T>
 T ordinary(Random& random) {
     if constexpr (std::is_floating_point_v<T>)

@@ -36,10 +36,10 @@ inline const Layout kLayouts[] = {
     {Layout::kBeforeGuard, 0, 0}, {Layout::kBeforeGuard, 0, 3}, {Layout::kRowsByGuards, 0, 0},
 };
 
-/** Those of images for many threads: packed rows are one long row, others are not. */
+/** The layouts of images that threads share: with packed rows, which count as one long row, and with padded ones. */
 inline const Layout kLargeLayouts[] = {{}, {Layout::kAfterGuard, 1, 3}};
 
-/** The layouts of the images of a call: the same for all of them, or another one for one of them. */
+/** The layouts of the images of a call: one for all images, or for all but one, which has another. */
 class Layouts {
   public:
     Layouts(Layout all = {}) : Layouts(all, 0, all) {}
@@ -114,7 +114,7 @@ class TestImage {
             roi, {}, [=](int, int) { return value; }, channels);
     }
 
-    /** The same pixels in the same layout of another place. */
+    /** An image with the same pixels in another layout. */
     TestImage copy(Layout layout) const {
         return filled(
             roi_, layout, [&](int x, int y) { return at(x, y); }, channels_);
@@ -141,7 +141,7 @@ class TestImage {
     }
 
   private:
-    /** Whether all bytes are as they were, for each is the same as the next one. */
+    /** Whether all bytes are canaries: the first is one, and each is the same as the next. */
     static bool holdsCanaries(const uint8_t* begin, const uint8_t* end) {
         return begin == end || (*begin == kCanary && std::memcmp(begin, begin + 1, size_t(end - begin) - 1) == 0);
     }
@@ -155,14 +155,14 @@ class TestImage {
     std::shared_ptr<GuardedMemory> memory_;
 };
 
-/** A work buffer for images of a layout: up to where memory ends, or from the same odd address on as they are. */
+/** A work buffer for images of a layout: it ends where memory ends, or begins at an odd address where they do. */
 inline TestImage<uint8_t> workBuffer(int32_t bytes, Layout images = {}) {
     const bool isOdd = images.offset % 2 == 1;
     return TestImage<uint8_t>(
         {bytes, 1}, isOdd ? Layout{Layout::kAfterGuard, images.offset, 0} : Layout{Layout::kBeforeGuard, 0, 0});
 }
 
-/** Whether each of so many threads used its slice of a work buffer, and nothing around the buffer was written. */
+/** Whether all `threads` used their slices of a work buffer, and nothing around the buffer was written. */
 inline ::testing::AssertionResult usesSlices(const TestImage<uint8_t>& buffer, int threads) {
     if (!buffer.guardsIntact())
         return ::testing::AssertionFailure() << "bytes outside the work buffer were written";
