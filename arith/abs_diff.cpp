@@ -9,7 +9,7 @@
 namespace VEKCV_VARIANT {
 namespace {
 
-/** Of images with kChannels channels, which are as good as one channel of so many times the width. */
+/** Images with kChannels channels are processed like images with one channel and kChannels times the width. */
 template <int32_t kStreamBytes, int32_t kChannels = 1, typename T>
 Status absDiff(const T* source1, int32_t source1Step, const T* source2, int32_t source2Step, T* destination,
                int32_t destinationStep, RoiSize roi) {

@@ -7,7 +7,7 @@
 namespace VEKCV_VARIANT {
 namespace {
 
-/** Row 0 and column 0 of a table. */
+/** Writes row 0 and column 0 of a table. */
 template <typename Entry>
 void writeBorder(Image<Entry> table, RoiSize roi, Entry value) {
     for (ptrdiff_t x = 0; x <= roi.width; ++x)
@@ -21,7 +21,7 @@ HWY_INLINE void writeRows(const uint8_t* pixels, ptrdiff_t width, Rows... rows) 
     integrate(pixels, 0, width, rows...);
 }
 
-/** All entries behind the border. */
+/** Writes all entries behind the border. */
 template <typename... Runnings>
 void writeTables(Image<const uint8_t> in, RoiSize roi, Image<typename Runnings::Entry>... tables) {
     constexpr int32_t kBytes = (1 + ... + static_cast<int32_t>(sizeof(typename Runnings::Entry)));

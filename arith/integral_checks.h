@@ -4,7 +4,7 @@
 
 namespace VEKCV_VARIANT {
 
-/** The checks of integral images, whose tables have kMore columns more than the source. */
+/** The checks of operations whose tables have kMore columns more than the source image. */
 template <int32_t kMore, typename... Tables>
 constexpr Status checkTables(Image<const uint8_t> source, RoiSize roi, const Tables&... tables) {
     return Check()

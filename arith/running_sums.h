@@ -6,12 +6,12 @@
 
 namespace VEKCV_VARIANT {
 
-/** Pixels are taken a vector at a time, of at most two lane groups, which are of 128 bits. */
+/** Vectors of pixels have at most two 128-bit groups, whose sums are joined. */
 using Pixels = hn::CappedTag<uint16_t, 16>;
 constexpr auto kVectorPixels = static_cast<ptrdiff_t>(hn::MaxLanes(Pixels()));
 using Sums = hn::Rebind<int32_t, hn::Half<Pixels>>;
 
-/** The sum in the arithmetic of a table, where integers wrap. */
+/** a + b; integers wrap. */
 template <typename Entry>
 Entry plus(Entry a, Entry b) {
     if constexpr (hwy::IsFloat<Entry>())
@@ -20,9 +20,9 @@ Entry plus(Entry a, Entry b) {
         return static_cast<Entry>(static_cast<uint32_t>(a) + static_cast<uint32_t>(b));
 }
 
-/** Sums of a lane and all lanes before it in its lane group. */
+/** For each lane the sum of all lanes up to it in its 128 bits. */
 template <typename D>
-HWY_INLINE hn::Vec<D> laneGroupSums(D d, hn::Vec<D> v) {
+HWY_INLINE hn::Vec<D> prefixSumsIn128Bits(D d, hn::Vec<D> v) {
     v = hn::Add(v, hn::ShiftLeftLanes<1>(d, v));
     v = hn::Add(v, hn::ShiftLeftLanes<2>(d, v));
     if constexpr (sizeof(hn::TFromD<D>) == 2)
@@ -35,22 +35,22 @@ template <typename T>
 class RunningSum {
   public:
     using Entry = T;
-    // Sums of so many pixels are exact in float, and therefore the same in any order.
+    // Float sums of up to this many pixels are exact, and therefore the same in any order.
     static constexpr ptrdiff_t kExactPixels = hwy::IsFloat<T>() ? 65536 : PTRDIFF_MAX;
 
-    /** Entries of a row from those above, for the next pixels of the row. */
+    /** Writes the entries for the next pixels of the row from the entries above them. */
     HWY_INLINE void addVector(hn::Vec<Pixels> pixels, const T* above, T* row) {
-        const auto sums = laneGroupSums(Pixels(), pixels);
+        const auto sums = prefixSumsIn128Bits(Pixels(), pixels);
         const auto lower = hn::PromoteTo(Sums(), hn::LowerHalf(sums));
         const auto upper = hn::PromoteTo(Sums(), hn::UpperHalf(hn::Half<Pixels>(), sums));
         write(hn::Add(lower, before_), above, row);
-        if constexpr (kVectorPixels == 16)  // each half is a lane group
+        if constexpr (kVectorPixels == 16)  // each half is a 128-bit group
             before_ = hn::Add(before_, last(lower));
         write(hn::Add(upper, before_), above + kVectorPixels / 2, row + kVectorPixels / 2);
         before_ = hn::Add(before_, last(upper));
     }
 
-    /** Comes after the last vector and before the first single pixel. */
+    /** To be called after the last vector and before the first single pixel. */
     HWY_INLINE void endVectors() { sum_ = static_cast<T>(hn::GetLane(before_)); }
 
     HWY_INLINE void addPixel(uint8_t pixel, const T* above, T* row) {
@@ -87,11 +87,12 @@ class RunningSquareSum {
     static constexpr ptrdiff_t kExactPixels = PTRDIFF_MAX;
 
     HWY_INLINE void addVector(hn::Vec<Pixels> pixels, const T* above, T* row) {
-        // Sums of pairs come with the multiplication; a pair without the square of its second pixel is its first.
+        // The multiply-add gives the sum of the squares of each pair of pixels, so prefix sums of these are those up to
+        // each second pixel; without the square of that pixel they are those up to the first.
         const hn::Repartition<int32_t, Pixels> d;
         const hn::Repartition<uint32_t, Pixels> bits;
         const auto values = hn::BitCast(hn::RebindToSigned<Pixels>(), pixels);
-        const auto pairs = laneGroupSums(d, addPairProducts(d, values, values, hn::Zero(d)));
+        const auto pairs = prefixSumsIn128Bits(d, addPairProducts(d, values, values, hn::Zero(d)));
         const auto seconds = hn::BitCast(d, hn::ShiftRight<16>(hn::BitCast(bits, hn::Mul(pixels, pixels))));
         const auto firsts = hn::Sub(pairs, seconds);
         const auto lower = hn::InterleaveLower(d, firsts, pairs), upper = hn::InterleaveUpper(d, firsts, pairs);
@@ -132,14 +133,14 @@ class RunningSquareSum {
         hn::StoreU(hn::Add(hn::LoadU(D(), above), hn::Add(entries(sums), before_)), D(), row);
     }
 
-    /** As many of four lanes as D has. */
+    /** The first of four lanes, as many as D has. */
     HWY_INLINE static auto firstLanes(hn::Vec<Four> v) {
         if constexpr (kLanes == 4)
             return v;
         else
             return hn::LowerHalf(v);
     }
-    /** Whole numbers in the type of the table, where they are exact. */
+    /** Integers as entries of the table, which hold them exactly. */
     template <typename V>
     HWY_INLINE static hn::Vec<D> entries(V sums) {
         if constexpr (hwy::IsFloat<T>())
@@ -153,8 +154,8 @@ class RunningSquareSum {
 };
 
 /**
- * A row of a table, or a part of one, from column 1 on: where its entries go to and where those above come from, with
- * the sums of the pixels so far.
+ * A row of a table, or a part of one, from column 1 on: the entries above, the entries that are written, and the sum of
+ * the pixels so far.
  */
 template <typename Running>
 struct TableRow {

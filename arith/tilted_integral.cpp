@@ -8,7 +8,7 @@ namespace {
 
 enum class Term { kPixel, kSquare };
 
-/** Lanes of int32_t or double from as many pixels. */
+/** The terms of as many pixels as D has lanes, which are of int32_t or double. */
 template <Term kTerm, typename D>
 HWY_INLINE hn::Vec<D> terms(D d, const uint8_t* pixels) {
     const hn::Rebind<uint16_t, D> narrow;
@@ -22,13 +22,13 @@ HWY_INLINE hn::Vec<D> terms(D d, const uint8_t* pixels) {
         return hn::PromoteTo(d, term);
 }
 
-/** Entries of a row from the two rows above it, of which each term is taken in double where they are floats. */
+/** Entries of a row from the two rows above it. Entries of floats are computed in double and rounded once. */
 template <Term kTerm, typename Entry>
 struct TiltedRule {
     const uint8_t* pixels;
     const Entry *twoAbove, *above;
 
-    /** From column x + 1 on. */
+    /** The entries from column x + 1 on. */
     template <typename D>
     HWY_INLINE hn::Vec<D> operator()(D d, ptrdiff_t x) const {
         constexpr size_t kMostDoubles = hn::MaxLanes(hn::ScalableTag<double>());
@@ -60,7 +60,7 @@ void writeFirstRows(Image<Entry> table, RoiSize roi, Entry value) {
             table.row(y)[x] = value;
 }
 
-/** The row of a table that a row of the image completes. */
+/** Writes the row of a table that a row of the image adds: row y + 2. */
 template <Term kTerm, typename Entry>
 void integrateRow(const uint8_t* pixels, ptrdiff_t width, Image<Entry> table, ptrdiff_t y) {
     using Rule = TiltedRule<kTerm, Entry>;

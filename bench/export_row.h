@@ -43,7 +43,7 @@ struct Layout {
     }
 };
 
-/** Columns and rows that images have more than the region. */
+/** Columns and rows by which images are larger than the region. */
 struct Excess {
     RoiSize sources{}, destinations{};
 };

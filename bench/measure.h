@@ -25,8 +25,8 @@ void initializeMeasurement(const char* program);
 
 /**
  * Nanoseconds for one call, of each contestant in each round. The contestants take turns, so that a slow minute of the
- * machine meets all of them. There is one implementation for each of two build kinds: measure_google.cpp uses Google
- * Benchmark, measure_clock.cpp serves where there is none (Debian has it in 64 bits only).
+ * machine affects all of them. A build has one of two implementations: measure_google.cpp uses Google Benchmark,
+ * measure_clock.cpp is for builds without it (Debian has it in 64 bits only).
  */
 std::vector<std::vector<double>> measure(const std::vector<Contestant>& contestants, Effort effort);
 

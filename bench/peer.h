@@ -1,5 +1,5 @@
-// The peer: another library that some rows are compared with. Everything of it is weak, that is null in a build without
-// it; the peers of the families are declared beside them.
+// The peer: another library that some rows are compared with. All its functions are weak, that is null in a build
+// without it; those for the rows of a folder are declared in its peer.h.
 #pragma once
 
 #include <string>

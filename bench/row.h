@@ -12,7 +12,7 @@
 
 namespace bench {
 
-/** Calls are measured with 1 thread to so many. */
+/** Calls are measured with 1 thread and with more, up to this number. */
 constexpr int kMostThreads = 2;
 
 enum class Element { k8u, k8s, k16u, k16s, k32s, k32f, k64f };
@@ -32,8 +32,10 @@ struct Operand {
     size_t bytes() const { return static_cast<size_t>(step) * static_cast<size_t>(size.height); }
     size_t elements() const;
 
-    /** The same random elements for the same seed: the whole range of an integer, 0 to 256 for floats. A mask has
-     * stretches that are set and stretches that are not. */
+    /**
+     * Fills it with random elements, which depend on the seed alone: the whole range of an integer, 0 to 256 for
+     * floats. A mask has stretches that are set and stretches that are not.
+     */
     void fill(unsigned seed) const;
     std::vector<double> values() const;
 };

@@ -9,7 +9,7 @@
 namespace vekcore {
 namespace {
 
-/** Of a time in each period that the processors may spend together; a time below 1 is no limit. */
+/** The processors of a quota: the time that they may spend together in each period. A time below 1 is no limit. */
 int processors(int64_t quota, int64_t period) {
     if (quota < 1 || period < 1)
         return INT_MAX;

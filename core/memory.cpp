@@ -4,7 +4,7 @@
 #include "vekcore.h"
 
 namespace {
-// A cache line, and the width of the widest vector.
+// In bytes: a cache line, which is also the widest vector.
 constexpr std::align_val_t kAlignment{64};
 }  // namespace
 

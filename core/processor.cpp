@@ -25,7 +25,7 @@ uint64_t detectFeatures() {
     return features;
 }
 
-// The bits that VEKCORE_FEATURES leaves.
+// The features that VEKCORE_FEATURES allows.
 uint64_t featureCap() {
     struct Cap {
         std::string_view name;
@@ -44,8 +44,8 @@ uint64_t featureCap() {
     return UINT64_MAX;
 }
 
-// The largest cache that a leaf of processor identification lists: leaf 4 on one maker's processors, 0x8000001D on the
-// other's, in the same format. Zero where the leaf does not exist.
+// The bytes of the largest cache that a leaf of processor identification lists; 0 where the leaf does not exist. One
+// maker of processors has leaf 4, the other 0x8000001D, in the same format.
 int64_t largestCacheOfLeaf(unsigned leaf) {
     int64_t largest = 0;
     constexpr unsigned kMostCaches = 16;  // ends the loop where an emulator never reports "no more caches"

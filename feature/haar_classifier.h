@@ -12,7 +12,7 @@ struct HaarClassifier {
     // Upright classifiers begin with the features of two rectangles, and those of three follow; 0 in tilted ones.
     int32_t twoRectangleFeatures;
     int32_t upToThreeRectangleFeatures;
-    int32_t firstWeightIsMinusOne;  // upright ones of floats: of every feature, without its fraction
+    int32_t firstWeightIsMinusOne;  // of every feature, without its fraction; 0 unless upright and of floats
 };
 
 namespace VEKCV_VARIANT {
@@ -27,7 +27,7 @@ struct HaarCorner {
     int32_t x, y;
 };
 
-/** Its sum is A - B - C + D. */
+/** The sum of its pixels is a - b - c + d, of the entries of the integral image at these corners. */
 template <typename Value>
 struct HaarRectangle {
     HaarCorner a, b, c, d;
@@ -42,7 +42,7 @@ struct HaarFeature {
     int32_t featureTag;
 };
 
-/** In one block; the rectangles lie in the order of the features. */
+/** A classifier and its arrays in one block of memory. The rectangles lie in the order of the features. */
 template <typename Value>
 struct Classifier : HaarClassifier {
     HaarFeature<Value>* features;

@@ -1,4 +1,4 @@
-// What classifiers compute with the sums of rectangles: responses of features, and their comparison.
+// Responses of features, which are weighted sums of rectangles, and their comparison with thresholds.
 #pragma once
 
 #include "haar_classifier.h"
@@ -6,7 +6,7 @@
 
 namespace VEKCV_VARIANT {
 
-/** The corners of a rectangle as distances from the element of a window position. */
+/** A rectangle whose corners are given as distances, in elements, from the position of the window. */
 template <typename Value>
 struct PlacedRectangle {
     ptrdiff_t a, b, c, d;
@@ -15,7 +15,8 @@ struct PlacedRectangle {
 
 template <typename Value>
 HWY_INLINE PlacedRectangle<Value> place(const HaarRectangle<Value>& rectangle, ptrdiff_t rowElements) {
-    // Rectangles that are larger than any image wrap around, where no position is set.
+    // The distances wrap around for rectangles that are larger than any image. Nothing is read there, as such a window
+    // fits nowhere and callers set no position.
     const auto distance = [=](HaarCorner corner) {
         return static_cast<ptrdiff_t>(static_cast<size_t>(corner.y) * static_cast<size_t>(rowElements) +
                                       static_cast<size_t>(corner.x));
@@ -24,7 +25,7 @@ HWY_INLINE PlacedRectangle<Value> place(const HaarRectangle<Value>& rectangle, p
             rectangle.weight};
 }
 
-/** The sums of a rectangle at the window positions from one on, in the type of the values. */
+/** The sums of a rectangle for the window at `position` and at those behind it, in the type of the values. */
 template <typename D, typename Sum>
 HWY_INLINE hn::Vec<D> rectangleSums(D d, const Sum* position, const PlacedRectangle<hn::TFromD<D>>& rectangle) {
     const auto at = [=](ptrdiff_t distance) { return hn::LoadU(hn::Rebind<Sum, D>(), position + distance); };
@@ -35,11 +36,11 @@ HWY_INLINE hn::Vec<D> rectangleSums(D d, const Sum* position, const PlacedRectan
         return hn::ConvertTo(d, sums);
 }
 
-/** The products of the even lanes. */
+/** The 64-bit products of the even lanes, which are signed. */
 template <typename D>
 HWY_INLINE auto evenProducts([[maybe_unused]] D d, hn::Vec<D> a, hn::Vec<D> b) {
 #if HWY_TARGET == HWY_SSSE3
-    // There only are products of unsigned lanes: with A = a + 2^31 and B likewise, a b = A B - 2^31 (A + B) + 2^62.
+    // SSSE3 multiplies unsigned lanes only: with A = a + 2^31 and B = b + 2^31, a b = A B - 2^31 (A + B) + 2^62.
     const hn::Repartition<uint32_t, D> unsignedLanes;
     const hn::Repartition<uint64_t, D> unsignedWide;
     const auto shifted = [=](hn::Vec<D> v) { return hn::BitCast(unsignedLanes, hn::Xor(v, hn::Set(d, INT32_MIN))); };
@@ -55,9 +56,9 @@ HWY_INLINE auto evenProducts([[maybe_unused]] D d, hn::Vec<D> a, hn::Vec<D> b) {
 #endif
 }
 
-/** Responses of the type of the values; those of integers wrap. */
+/** Responses in the type of the values; integers wrap. */
 struct PlainResponses {
-    /** So many vectors share the loads of corners and weights; in 64 bits they fit the registers. */
+    /** The most vectors that share the loads of corners and weights; in 64 bits they fit the registers. */
     static constexpr size_t kMostAtOnce = 4;
 
     template <typename D>
@@ -80,7 +81,7 @@ struct PlainResponses {
 
 /** Responses of 64 bits to features of integers, times 2^shift. */
 struct WideResponses {
-    static constexpr size_t kMostAtOnce = 2;  // as responses take two vectors
+    static constexpr size_t kMostAtOnce = 2;  // not 4, as responses take two vectors each
 
     int32_t shift;
 
@@ -96,8 +97,8 @@ struct WideResponses {
 
     template <typename D>
     HWY_INLINE Responses<D> products(D d, hn::Vec<D> sums, hn::Vec<D> weights) const {
-        // Nothing but a shift extends a sign in lanes of 64 bits, and some processors lack it: all products are made
-        // positive instead, and areBelow takes that back.
+        // The low 32 bits of a product are signed, and some processors have no shift that would extend their sign in
+        // lanes of 64 bits. So 2^31 is added to each, which makes it positive, and areBelow takes that off again.
         const hn::Repartition<uint32_t, Pairs<D>> narrow;
         const hn::Repartition<uint64_t, Pairs<D>> wide;
         const auto even = hn::BitCast(narrow, paired(d, sums)), factor = hn::BitCast(narrow, paired(d, weights));
@@ -134,7 +135,7 @@ struct WideResponses {
     }
 
   private:
-    /** A single lane twice. */
+    /** A vector of at least two lanes: a single lane is repeated. */
     template <typename D>
     static HWY_INLINE hn::Vec<Pairs<D>> paired(D /*d*/, hn::Vec<D> v) {
         if constexpr (hn::MaxLanes(D()) > 1)

@@ -5,7 +5,7 @@
 namespace VEKCV_VARIANT {
 
 // The forms C1R, C1MR, C3CR and C3CMR of an operation that looks at one channel of an image and gives results:
-// Operation::run(source, mask, roi, channel, results...) with NoImage for no mask and channel 1 of one.
+// Operation::run(source, mask, roi, channel, results...). Without a mask it is a NoImage; in C1 forms the channel is 1.
 
 template <typename Operation, typename T, typename... Results>
 Status onChannel(const T* source, int32_t sourceStep, RoiSize roi, Results*... results) {

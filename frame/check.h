@@ -45,7 +45,7 @@ class Check {
                        StatusStepNotMultiple);
     }
 
-    /** What follows the pointers where an operation looks at one channel, from 1 to 3, of images. */
+    /** The checks that follow pointers() in operations on one channel, from 1 to 3, of images. */
     template <typename... Images>
     constexpr Check& channelImages(RoiSize size, int32_t channel, const Images&... images) {
         return roi(size)

@@ -8,7 +8,7 @@ namespace VEKCV_VARIANT {
 
 /**
  * How a thread computes with floats: its rounding, what it does with subnormal numbers, and which exceptions trap. The
- * exceptions that it raised so far are no part of it.
+ * flags of exceptions that were raised so far are not part of it.
  */
 class FloatModes {
   public:
@@ -27,7 +27,7 @@ class FloatModes {
   private:
     static constexpr uint32_t kRaised = 0x3f;
 
-    // Where 64-bit integers become floats in 32 bits, x87 rounds in a mode of its own.
+    // The x87 unit has modes of its own; in 32 bits it converts 64-bit integers to floats.
     static constexpr uint16_t kX87Modes = 0x0f00;
 
     static uint16_t x87Control() {
@@ -44,7 +44,7 @@ class FloatModes {
     uint16_t x87_;
 };
 
-/** Lends modes to the thread that it lives on. */
+/** Sets the modes of the thread, and restores its own at the end of the scope. */
 class FloatModesGuard {
   public:
     explicit FloatModesGuard(const FloatModes& modes) { modes.setForThread(); }

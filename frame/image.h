@@ -26,7 +26,7 @@ struct Image {
     }
 };
 
-/** In the place of an image that a form of an operation does not have; every check of it passes. */
+/** Stands for an image that a form of an operation does not have; it passes every check. */
 struct NoImage {
     using Element = uint8_t;
     static constexpr int32_t kPixelBytes = 0;

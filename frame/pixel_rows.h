@@ -4,7 +4,7 @@
 
 namespace VEKCV_VARIANT {
 
-/** The rows of a stripe; where all images are packed, those are one long row. */
+/** The rows of a stripe. Where all images are packed, they count as one long row. */
 struct PixelRows {
     int32_t first, end;
     ptrdiff_t width;

@@ -377,16 +377,16 @@ VEKCV_API Status VEKCV_CALL vekiAbsDiffC_32f_C1R(const float* source, int32_t so
  *
  *                  Inf             L1              L2
  *     vekiNorm     max |a(p)|      sum |a(p)|      sqrt(sum a(p)^2)                        a = source
- *     vekiNormDiff the same of a = source1 - source2
+ *     vekiNormDiff the same norms of                                                       a = source1 - source2
  *     vekiNormRel  vekiNormDiff of source1 and source2 / vekiNorm of source2
  *
  * Sums of up to 2^32 integers, and maxima, are exact, and rounded once to the result; roots and quotients are those of
- * double. Differences of floats, their magnitudes and
- * squares are rounded to float; a row of them is added in 16 running sums of floats (pixel x to sum x modulo 16), which
- * are added in pairs (k and k + 8, then + 4, + 2, + 1), and the rows are added in double. So a sum is
- * within (width / 16 + 5) * 2^-24 of the true one, relatively, and a relative norm within twice that, as long as no
- * square or sum overflows (3.4e38) and no square underflows (1.2e-38). With more than one thread the rows are added
- * stripe by stripe, so that the number of threads may change the last bits of L1 and L2 norms of floats.
+ * double. Differences of floats, their magnitudes and squares are rounded to float; a row of them is added in 16
+ * running sums of floats (pixel x to sum x modulo 16), which are added in pairs (k and k + 8, then + 4, + 2, + 1), and
+ * the rows are added in double. So the relative error of a sum is at most (width / 16 + 5) * 2^-24, and that of a
+ * relative norm twice as much, as long as no square or sum overflows (3.4e38) and no square underflows (1.2e-38). With
+ * more than one thread the rows are added stripe by stripe, so that the number of threads may change the last bits of
+ * L1 and L2 norms of floats.
  *
  * A NaN that takes part gives NaN in L1 and L2 norms; the maximum passes over it, as no comparison with it is true.
  * Without any pixel that takes part vekiNorm and vekiNormDiff give 0.
@@ -661,9 +661,9 @@ VEKCV_API Status VEKCV_CALL vekiNormRel_L2_32f_C3CMR(const float* source1, int32
  * Without any pixel that takes part both are 0. S and Q of integers are exact for up to 2^32 pixels; the formulas are
  * evaluated in double. Floats are converted to double, and they and their squares are added in 16 running sums of
  * doubles (pixel x of every row to sum x modulo 16), which are added in pairs (k and k + 8, then + 4, + 2, + 1). With
- * more than one thread each has running sums of its own, so that the number of threads may change the
- * results of floats, as another order of adding does. A NaN or an infinity that takes part makes the deviation NaN, and
- * the mean NaN or infinite.
+ * more than one thread each has running sums of its own, so that the number of threads may change the results of
+ * floats, as another order of adding does. A NaN or an infinity that takes part makes the deviation NaN, and the mean
+ * NaN or infinite.
  *
  * The standard deviation of a constant image is exactly 0 as long as Q is exact in double, that is below 2^53: always
  * for 8-bit images of less than 2^37 pixels, for 16u images of 2^21 pixels or less. Where the deviation is small
@@ -960,7 +960,7 @@ VEKCV_API Status VEKCV_CALL vekiTiltedSqrIntegral_8u32s_C1R(const uint8_t* sourc
  * rectangle rect. The tilted one holds the pixels (rx + i - k, ry + 1 + i + k) and (rx + 1 + i - k, ry + 1 + i + k) for
  * i = 0 to w - 1 and k = 0 to h - 1: w steps to the lower right and h steps to the lower left. Upright tables must have
  * ry + height + h rows, and tilted ones rx + width + w + 1 columns, which is one more than the check of the step asks
- * for, and ry + height + w + h + 1 rows; those of an image that the windows lie in have.
+ * for, and ry + height + w + h + 1 rows; the tables of an image that all windows lie in are as large.
  *
  * The deviation of a constant window is 0 as long as the entries of the squared table are exact in float. Entries above
  * 16777216 lose their last bits, and small deviations far from the origin of a large table with them; the Sfs forms,
@@ -1044,10 +1044,10 @@ VEKCV_API Status VEKCV_CALL vekiTiltedRectStdDev_32s_C1RSfs(const int32_t* integ
  *     row filter       outputs that need pixels of the row alone, anchorX <= x <= width - K + anchorX, are rounded to
  *                      the nearest integer, of two equally near ones to the even one; the others, at the ends of the
  *                      row, towards zero
- *     column filter    the last (width * channels) mod 16 elements of a row are rounded towards zero; for the others
- *                      the products of the pixels with kernel[k] * r are added in the order of k, each operation
- *                      rounded to float, and the sum is rounded to the nearest integer, of two equally near ones to the
- *                      even one
+ *     column filter    the last width mod 16 pixels of a row are rounded towards zero; for the others, whole groups of
+ *                      16 pixels, the products of the pixels with kernel[k] * r are added in the order of k, each
+ *                      operation rounded to float, and the sum is rounded to the nearest integer, of two equally near
+ *                      ones to the even one
  *     Low_16s          all outputs of both filters are float(S) * r, rounded to the nearest integer, of two equally
  *                      near ones to the even one
  *
@@ -1556,8 +1556,8 @@ VEKCV_API Status VEKCV_CALL vekiGenSobelKernel_32f(float* kernel, int32_t kernel
  *
  * so of two equal neighbours along a row or a column the left or upper one remains, and equal neighbours along a
  * diagonal suppress each other. Signs are sign bits; 0 has that of a positive number. Candidates with m > highThreshold
- * are edges, and so is every candidate that touches an edge, at one of its eight neighbours. A magnitude that is NaN is
- * no edge, nor are those that would have to be larger than it or as large.
+ * are edges, and so is every candidate with an edge among its eight neighbours. A pixel whose magnitude is NaN is no
+ * candidate, nor is one that is compared with such a neighbour.
  *
  * @param derivativeX, derivativeY   first pixel of the derivatives in x and in y, as vekiFilterSobelNegVertBorder and
  *                                   vekiFilterSobelHorizBorder give them; both with the other sign give the same edges

@@ -6,7 +6,7 @@
 
 namespace VEKCV_VARIANT {
 
-/** |a - b| of floats, or of unsigned integers or signed bytes, as unsigned integers. */
+/** |a - b| of floats, unsigned integers or signed bytes; that of signed bytes is unsigned. */
 template <typename V>
 HWY_INLINE auto absoluteDifference(V a, V b) {
     if constexpr (hwy::IsFloat<hn::TFromV<V>>())

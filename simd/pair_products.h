@@ -4,7 +4,7 @@
 
 namespace VEKCV_VARIANT {
 
-/** sums + a * b of lane 2k + a * b of lane 2k + 1, in 32-bit lane k, from lanes of int16_t. */
+/** sums[k] + a[2k] * b[2k] + a[2k + 1] * b[2k + 1] in each 32-bit lane k, where a and b have lanes of int16_t. */
 template <typename D, typename V>
 HWY_INLINE hn::Vec<D> addPairProducts(D d, V a, V b, hn::Vec<D> sums) {
 #if !defined(__i386__) && !defined(__x86_64__)

@@ -1,11 +1,11 @@
-// Floats to integers without the care for values that do not fit.
+// Floats to integers, without the instructions that treat values that do not fit.
 #pragma once
 
 #include "simd.h"
 
 namespace VEKCV_VARIANT {
 
-/** The nearest integers, of two equally near ones the even one; callers keep below 2147483648. */
+/** The nearest integers, of two equally near ones the even one. Values must be below 2147483648. */
 template <typename D, typename V = hn::Vec<hn::Rebind<float, D>>>
 HWY_INLINE hn::Vec<D> nearestIntegers(D /*d*/, V v) {
 #if HWY_TARGET == HWY_SSSE3 || HWY_TARGET == HWY_AVX2 || HWY_TARGET == HWY_AVX3

@@ -52,7 +52,7 @@ Row uprightRow() {
                                       .content = fillTables<SquareIntegral, kUpright>});
 }
 
-/** The same of windows with 16 pixels along both diagonals. */
+/** The row of deviations in tilted windows, with 16 pixels along both diagonals. */
 template <auto Export, auto SquareIntegral>
 Row tiltedRow() {
     return row<Export>(nullptr, Setup{.parameters = {15, 0, 16, 16, 0},

@@ -45,7 +45,7 @@ void print(const char* name, const std::vector<cv::Rect>& places) {
     std::puts(places.empty() ? " nothing" : "");
 }
 
-/** Those of the rectangles that have none of the others at their place. */
+/** The rectangles among `places` that lie where none of the others lies. */
 std::vector<cv::Rect> alone(std::vector<cv::Rect> places, const std::vector<cv::Rect>& others) {
     std::erase_if(places, [&](const cv::Rect& place) {
         return std::ranges::any_of(others, [&](const cv::Rect& other) { return shareOf(place, other) >= kLeastShare; });
@@ -53,7 +53,7 @@ std::vector<cv::Rect> alone(std::vector<cv::Rect> places, const std::vector<cv::
     return places;
 }
 
-/** Measures a picture, and tells whether the peer finds all that we find, which is something. */
+/** Measures a picture, and tells whether we find something and the peer finds all of it. */
 bool compare(Detector& detector, cv::CascadeClassifier& peer, const cv::Mat& picture, int32_t minSize, int rounds) {
     Picture grey(picture.cols, picture.rows, 1, 8);
     std::copy_n(picture.data, grey.bytes.size(), grey.bytes.begin());
