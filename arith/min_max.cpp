@@ -2,6 +2,7 @@
 #include "bind.h"
 #include "channel_forms.h"
 #include "check.h"
+#include "fold_halves.h"
 #include "parallel.h"
 #include "reduction.h"
 #include "signed_bytes.h"
@@ -63,11 +64,11 @@ class ExtremaReduction {
     HWY_INLINE void endSection() {
         const V minima = hn::Min(minima_[0], minima_[1]), maxima = hn::Max(maxima_[0], maxima_[1]);
         if (HWY_UNLIKELY(!hn::AllFalse(Ordered(), hn::Lt(minima, least_)))) {
-            least_ = extreme(minima, [](auto a, auto b) { return a < b; });
+            least_ = hn::Set(Ordered(), foldHalves(Ordered(), minima, [](auto a, auto b) { return hn::Min(a, b); }));
             leastSection_ = section_;
         }
         if (HWY_UNLIKELY(!hn::AllFalse(Ordered(), hn::Gt(maxima, greatest_)))) {
-            greatest_ = extreme(maxima, [](auto a, auto b) { return a > b; });
+            greatest_ = hn::Set(Ordered(), foldHalves(Ordered(), maxima, [](auto a, auto b) { return hn::Max(a, b); }));
             greatestSection_ = section_;
         }
         section_.x += kSectionPixels;
@@ -87,17 +88,6 @@ class ExtremaReduction {
     }
 
   private:
-    /** The least or greatest lane, which before(lane, other) tells, in all lanes. */
-    template <typename Before>
-    static V extreme(V v, Before before) {
-        hn::TFromV<V> lanes[hn::MaxLanes(Ordered())];
-        hn::StoreU(v, Ordered(), lanes);
-        auto first = lanes[0];
-        for (const auto lane : lanes)
-            first = before(lane, first) ? lane : first;
-        return hn::Set(Ordered(), first);
-    }
-
     T pixel_;
     V start_;
     V minima_[2] = {start_, start_}, maxima_[2] = {start_, start_};

@@ -49,12 +49,7 @@ class Maximum {
     HWY_INLINE void add(ptrdiff_t /*vector*/, hn::Vec<D> v) { most_ = hn::Max(v, most_); }
     HWY_INLINE void endSection() {}
     M total() const {
-        M lanes[hn::MaxLanes(D())];
-        hn::StoreU(most_, D(), lanes);
-        M most = lanes[0];
-        for (const M lane : lanes)
-            most = lane > most ? lane : most;
-        return most;
+        return foldHalves(D(), most_, [](auto lower, auto upper) { return hn::Max(lower, upper); });
     }
 
   private:

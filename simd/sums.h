@@ -1,6 +1,7 @@
 // Sums over the pixels of chunks: exact ones of unsigned integers and of their squares, and running ones of floats.
 #pragma once
 
+#include "fold_halves.h"
 #include "pair_products.h"
 #include "reduction.h"
 
@@ -149,13 +150,17 @@ class SixteenSums {
     }
     HWY_INLINE void add(ptrdiff_t vector, hn::Vec<D> v) { sums_[vector] = hn::Add(sums_[vector], v); }
     T total() const {
-        T lanes[kSums];
-        for (ptrdiff_t i = 0; i < kSums; i += kLanes)
-            hn::StoreU(sums_[i / kLanes], D(), lanes + i);
-        for (ptrdiff_t half = kSums / 2; half > 0; half /= 2)
+        constexpr auto kVectors = kSums / kLanes;
+        hn::Vec<D> sums[kVectors];
+#pragma GCC unroll 8
+        for (ptrdiff_t i = 0; i < kVectors; ++i)
+            sums[i] = sums_[i];
+#pragma GCC unroll 3
+        for (ptrdiff_t half = kVectors / 2; half > 0; half /= 2)
+#pragma GCC unroll 4
             for (ptrdiff_t i = 0; i < half; ++i)
-                lanes[i] += lanes[i + half];
-        return lanes[0];
+                sums[i] = hn::Add(sums[i], sums[i + half]);
+        return foldHalves(D(), sums[0], [](auto lower, auto upper) { return hn::Add(lower, upper); });
     }
 
   private:
