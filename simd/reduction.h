@@ -29,7 +29,12 @@ constexpr ptrdiff_t kChunkVectors = kChunkPixels<T> / static_cast<ptrdiff_t>(hn:
 template <ptrdiff_t kMost, typename T, size_t kRoom>
 HWY_INLINE void copyRest(T (&to)[kRoom], const T* from, ptrdiff_t count, T neutral) {
     if (count == kMost) {  // a copy of constant size is quick
-        __builtin_memcpy(to, from, kMost * sizeof(T));
+        const hn::CappedTag<T, 16> few;
+        constexpr auto kCopied = static_cast<ptrdiff_t>(hn::MaxLanes(hn::CappedTag<T, 16>()));
+#pragma GCC unroll 12
+        for (ptrdiff_t i = 0; i + kCopied <= kMost; i += kCopied)
+            hn::StoreU(hn::LoadU(few, from + i), few, to + i);
+        hn::StoreU(hn::LoadU(few, from + kMost - kCopied), few, to + kMost - kCopied);
         return;
     }
     const hn::ScalableTag<T> d;
@@ -38,13 +43,19 @@ HWY_INLINE void copyRest(T (&to)[kRoom], const T* from, ptrdiff_t count, T neutr
     for (ptrdiff_t i = count / kLanes * kLanes; i < static_cast<ptrdiff_t>(kRoom); i += kLanes)
         hn::Store(hn::Set(d, neutral), d, to + i);
 
-    auto* const out = reinterpret_cast<uint8_t*>(to);
+    auto* out = reinterpret_cast<uint8_t*>(to);
+    asm("" : "+r"(out));  // or the compiler warns of negative offsets, which there are none of
     const auto* const in = reinterpret_cast<const uint8_t*>(from);
     const ptrdiff_t bytes = count * static_cast<ptrdiff_t>(sizeof(T));
+    // Both loops stay as they are: neither becomes a call of memcpy, nor is the second unrolled, of 7 bytes at most.
+    const auto keepLoop = [](ptrdiff_t & i) __attribute__((always_inline)) {
+        asm("" : "+r"(i));
+    };
     ptrdiff_t i = 0;
-#pragma GCC unroll 1
-    for (; i + 16 <= bytes; i += 16)
+    for (; i + 16 <= bytes; i += 16) {
         __builtin_memcpy(out + i, in + i, 16);
+        keepLoop(i);
+    }
     if (bytes >= 16) {
         __builtin_memcpy(out + bytes - 16, in + bytes - 16, 16);
     } else if (bytes >= 8) {
@@ -53,7 +64,7 @@ HWY_INLINE void copyRest(T (&to)[kRoom], const T* from, ptrdiff_t count, T neutr
     } else {
         for (; i < bytes; ++i) {
             out[i] = in[i];
-            asm("" : "+r"(i));  // keeps this a loop: there are 7 bytes at most
+            keepLoop(i);
         }
     }
 }
