@@ -1,6 +1,7 @@
 #pragma once
 
 #include <climits>
+#include <cstdint>
 
 #include "vekcore.h"
 
@@ -12,6 +13,12 @@ constexpr int64_t kBlockAlignment = 64;
 template <typename T>
 constexpr T alignUp(T value, T alignment) {
     return (value + alignment - 1) / alignment * alignment;
+}
+
+/** The first address from a pointer on that is a multiple of kBlockAlignment. */
+template <typename T>
+T* alignUp(T* pointer) {
+    return reinterpret_cast<T*>(alignUp(reinterpret_cast<uintptr_t>(pointer), static_cast<uintptr_t>(kBlockAlignment)));
 }
 
 /** A block of the core library; null for bytes < 1 or above 2147483647, and when there is no memory. */

@@ -58,10 +58,11 @@ struct TeamWork {
  * Calls the body on every thread of a team that has rows, with the floating-point modes of the calling thread. The team
  * may be smaller than what the core library asks for, so its master calls prepare(threads) before any body starts.
  */
-[[gnu::noinline]] inline void runTeam(int32_t height, TeamWork work) {
+[[gnu::noinline]] inline void runTeam(int32_t height, TeamWork work, int32_t mostThreads = INT32_MAX) {
     RowStripes stripes{};
     const auto modes = FloatModes::ofThread();
-    const int32_t requested = ownGetNumThreads();  // once for each team
+    const int32_t asked = ownGetNumThreads();  // once for each team
+    const int32_t requested = asked < mostThreads ? asked : mostThreads;
 #pragma omp parallel num_threads(requested)
     {
 #pragma omp master
@@ -86,13 +87,15 @@ template <typename Body, typename... Stripe>
 
 /** Runs body(thread, firstRow, rowCount): on the calling thread, or in one stripe for each thread of a team. */
 template <typename Body>
-void forThreadStripes(bool isForTeam, int32_t height, const Body& body) {
+void forThreadStripes(bool isForTeam, int32_t height, const Body& body, int32_t mostThreads = INT32_MAX) {
     if (!isForTeam)
         return callBody(body, int32_t{0}, int32_t{0}, height);
-    runTeam(height, {&body, [](const void*, int32_t) {},
-                     [](const void* context, int32_t thread, int32_t first, int32_t rows) {
-                         callBody(*static_cast<const Body*>(context), thread, first, rows);
-                     }});
+    runTeam(height,
+            {&body, [](const void*, int32_t) {},
+             [](const void* context, int32_t thread, int32_t first, int32_t rows) {
+                 callBody(*static_cast<const Body*>(context), thread, first, rows);
+             }},
+            mostThreads);
 }
 
 /** Runs body(firstRow, rowCount) over all rows: at once, or from the threshold on in one stripe for each thread. */

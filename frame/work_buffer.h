@@ -25,9 +25,11 @@ class Scratch {
         return array;
     }
 
+    /** Bytes that are left. */
+    int64_t bytes() const { return static_cast<int64_t>(end_ - next_); }
+
   private:
-    uintptr_t next_;
-    [[maybe_unused]] uintptr_t end_;
+    uintptr_t next_, end_;
 };
 
 /**
