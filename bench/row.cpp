@@ -59,8 +59,9 @@ const Export kExports[] = {
 #undef VEKCV_EXPORT
 };
 
-std::map<std::string, TableEntry>& registry() {
-    static std::map<std::string, TableEntry> entries;
+/** The rows of each export. */
+std::map<std::string, std::vector<TableEntry>, std::less<>>& registry() {
+    static std::map<std::string, std::vector<TableEntry>, std::less<>> entries;
     return entries;
 }
 
@@ -165,9 +166,12 @@ size_t Case::bytesTouched() const {
 }
 
 Family::Family(const std::string& name, std::span<const Row> rows) {
-    for (const Row& row : rows)
-        if (!registry().insert({row.name, {name, row}}).second)
+    for (const Row& row : rows) {
+        std::vector<TableEntry>& entries = registry()[row.name.substr(0, row.name.find(' '))];
+        if (std::ranges::any_of(entries, [&](const TableEntry& entry) { return entry.row.name == row.name; }))
             fail(row.name + " has two rows");
+        entries.push_back({name, row});
+    }
 }
 
 std::vector<TableEntry> table() {
@@ -176,7 +180,7 @@ std::vector<TableEntry> table() {
     for (const Export& target : kExports) {
         const auto found = registry().find(target.name);
         if (found != registry().end())
-            entries.push_back(found->second);
+            entries.insert(entries.end(), found->second.begin(), found->second.end());
         else if (target.worksOnImages)
             missing += "\n    " + target.name;
     }

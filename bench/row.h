@@ -67,7 +67,7 @@ struct Work {
 };
 
 struct Row {
-    std::string name;
+    std::string name;  // of the export; of one with several rows, a space and what distinguishes them follow
     std::function<Work(RoiSize)> prepare;
 };
 

@@ -41,6 +41,14 @@ std::optional<State::Bytes> Call::stateArgument(std::string_view parameter) cons
     return {};
 }
 
+Value Call::argumentOfQuery(std::string_view parameter) const {
+    if (parameter != "roiWidth")
+        return plainValues[target->indexOf(parameter)];
+    Value width;
+    width.set(plainValues[target->indexOf("roiSize")].as<RoiSize>().width);
+    return width;
+}
+
 std::string Call::describe() const {
     std::string all = std::string(target->name) + "(";
     for (size_t i = 0; i < values.size(); ++i) {
@@ -48,6 +56,9 @@ std::string Call::describe() const {
         all += (i == 0 ? "" : ", ") + std::string(parameter.name) + " = ";
         if (parameter.kind == Kind::kNumber) {
             all += text(values[i], parameter.element);
+        } else if (parameter.kind == Kind::kPoint) {
+            const auto point = values[i].as<ImagePoint>();
+            all += "(" + std::to_string(point.x) + ", " + std::to_string(point.y) + ")";
         } else if (parameter.kind == Kind::kSize) {
             const auto size = values[i].as<RoiSize>();
             all += std::to_string(size.width) + " x " + std::to_string(size.height);

@@ -14,7 +14,8 @@ struct Call {
     std::vector<Value> values;
     std::vector<std::unique_ptr<Operand>> operands;   // one for each parameter; null where it has no memory of its own
     std::vector<std::unique_ptr<Operand>> addresses;  // the array of the addresses of rows
-    std::vector<std::unique_ptr<State>> states;       // of each parameter that takes or gives an object
+    std::vector<std::unique_ptr<State>> states;       // of each parameter that takes or gives an object; and one more
+                                                      // where other parameters describe one
 
     Place bufferPlace{};                // of the work buffer, which depends on the number of threads
     std::vector<Value> plainValues;     // before faults were put in
@@ -32,6 +33,9 @@ struct Call {
 
     /** What a parameter takes from one of the objects; nothing where it is of none. */
     std::optional<State::Bytes> stateArgument(std::string_view parameter) const;
+
+    /** What the query of the size of the work buffer takes, of the arguments without faults. */
+    Value argumentOfQuery(std::string_view parameter) const;
 
     /** Whether a parameter is an image: a step follows it. */
     bool isImage(size_t parameter) const { return target->isStepOf(parameter + 1, parameter); }

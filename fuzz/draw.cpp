@@ -7,6 +7,7 @@
 
 #include "faults.h"
 #include "preconditions.h"
+#include "window.h"
 
 namespace fuzz {
 namespace {
@@ -34,10 +35,12 @@ Role roleOf(const Call& call, size_t index) {
 }
 
 void drawStates(Input& input, Call& call) {
-    call.states.resize(call.target->parameters.size());
-    for (size_t i = 0; i < call.states.size(); ++i)
-        if (const Parameter& parameter = call.target->parameters[i]; parameter.isObject())
-            call.states[i] = StateType::find(parameter.type)(input, *call.target);
+    const auto drawState = [&](std::string_view type) {
+        call.states.push_back(type.empty() ? nullptr : StateType::find(type)(input, *call.target));
+    };
+    for (const Parameter& parameter : call.target->parameters)
+        drawState(parameter.type);
+    drawState(call.rules->object);
 }
 
 /** Draws the arguments of a call one after the other: numbers, then memory, which depends on them. */
@@ -68,8 +71,6 @@ class Drawing {
             visit(i);
     }
 
-    bool isQuery() const { return target_.has("bufferSize"); }
-
     // --- numbers
 
     int32_t anyInteger() {
@@ -77,12 +78,20 @@ class Drawing {
         return input_.oneIn(2) ? input_.oneOf(kSome) : input_.take<int32_t>();
     }
 
-    RoiSize drawSize() {
-        if (isQuery() && input_.oneIn(2))
+    RoiSize drawSize(const Parameter& parameter) {
+        if (target_.isQuery() && input_.oneIn(2))
             return {anyInteger(), anyInteger()};
+        if (parameter.name == "maskSize") {
+            RoiSize window = drawWindow(input_);
+            if (input_.oneIn(16))
+                window.width = anyInteger();
+            return window;
+        }
         const uint32_t kind = input_.below(32);
         const auto from1 = [&](uint32_t count) { return 1 + static_cast<int32_t>(input_.below(count)); };
-        if (kind == 31) {  // large enough for threads, by the thresholds of the families
+        const bool isSlow =
+            std::ranges::any_of(call_.states, [](const auto& state) { return state != nullptr && state->isSlow(); });
+        if (kind == 31 && !isSlow) {  // large enough for threads, by the thresholds of the families
             constexpr int32_t kPixels[] = {16384, 65536, 98304, 16384, 65536, 262144, 393216, 393216};
             const int32_t width = 127 + from1(600);
             const int32_t height = input_.oneOf(kPixels) / width;
@@ -106,7 +115,7 @@ class Drawing {
     T drawNumber(const NumberRule& rule) {
         const uint32_t choice = input_.below(8);
         if (choice == 7 && rule.others != NumberRule::kNone) {
-            if (rule.others == NumberRule::kBelowOne && !isQuery())
+            if (rule.others == NumberRule::kBelowOne && !target_.isQuery())
                 return static_cast<T>(input_.oneIn(2) ? INT_MIN : -static_cast<int32_t>(input_.below(3)));
             if constexpr (sizeof(T) == 4 && !std::is_floating_point_v<T>)
                 return anyInteger();
@@ -127,7 +136,9 @@ class Drawing {
         if (const auto bytes = call_.stateArgument(parameter.name)) {
             value.setBytes(*bytes);
         } else if (parameter.kind == Kind::kSize) {
-            value.set(drawSize());
+            value.set(drawSize(parameter));
+        } else if (parameter.kind == Kind::kPoint) {
+            value.set(drawAnchor(input_, call_.value("maskSize").as<RoiSize>()));
         } else if (parameter.kind == Kind::kRectangle) {
             value.set(drawRectangle());
         } else {
@@ -314,7 +325,7 @@ std::string missingPlan(const Export& target) {
     if (query == nullptr)
         return name + " has no query of the size of its buffer";
     for (const Parameter& parameter : query->parameters)
-        if (parameter.name != "bufferSize" && !target.has(parameter.name))
+        if (parameter.name != "bufferSize" && parameter.name != "roiWidth" && !target.has(parameter.name))
             return std::string(query->name) + " has a parameter that " + name +
                    " has not: " + std::string(parameter.name);
     return "";

@@ -45,7 +45,8 @@ consteval std::string_view nameOf() {
 template <typename T>
 constexpr Parameter parameterOf(std::string_view name) {
     if constexpr (!std::is_pointer_v<T>) {
-        constexpr Kind kKind = std::is_same_v<T, RoiSize>     ? Kind::kSize
+        constexpr Kind kKind = std::is_same_v<T, ImagePoint>  ? Kind::kPoint
+                               : std::is_same_v<T, RoiSize>   ? Kind::kSize
                                : std::is_same_v<T, ImageRect> ? Kind::kRectangle
                                                               : Kind::kNumber;
         return {name, kKind, elementOf<T>(), true};

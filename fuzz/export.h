@@ -15,6 +15,7 @@ enum class Element { k8u, k8s, k16u, k16s, k32s, k32f, k64f, kPoint, kSize, kRec
 
 enum class Kind {
     kNumber,
+    kPoint,
     kSize,
     kRectangle,
     kPointer,    // to one element or many
@@ -67,6 +68,12 @@ struct Export {
     bool has(std::string_view parameter) const { return indexOf(parameter) != kNone; }
     bool isStepOf(size_t step, size_t image) const;
     bool isStep(size_t index) const { return index > 0 && isStepOf(index, index - 1); }
+
+    /** Whether it tells how much memory others need, which depends on the number of threads. */
+    bool isQuery() const { return has("bufferSize") || has("stateSize"); }
+    /** Whether it makes an object in memory of the caller, and whether it releases one. */
+    bool makesInPlace() const { return name.find("Init_") != std::string_view::npos; }
+    bool releases() const { return name.find("Free") != std::string_view::npos; }
 };
 
 /** All exports in the order of the header. */

@@ -1,5 +1,6 @@
 #include "faults.h"
 
+#include <algorithm>
 #include <climits>
 
 #include "preconditions.h"
@@ -19,11 +20,12 @@ class Faults {
             if (isPossible)
                 kinds.push_back(kind);
         };
-        addKind(target_.has("roiSize") && !target_.has("bufferSize"), &Faults::addBadSize);
+        addKind(target_.has("roiSize") && !target_.isQuery(), &Faults::addBadSize);
         addKind(!indicesOf([&](size_t i) { return target_.isStep(i); }).empty(), &Faults::addShortStep);
         addKind(!indicesOf([&](size_t i) { return call_.addresses[i] != nullptr; }).empty(), &Faults::addNullRow);
         addKind(target_.has("rect"), &Faults::addBadRectangle);
-        addKind(!indicesOf([&](size_t i) { return target_.parameters[i].kind == Kind::kStateSlot; }).empty(),
+        addKind(target_.has("anchor"), &Faults::addBadAnchor);
+        addKind(std::ranges::any_of(call_.states, [](const auto& state) { return state != nullptr; }),
                 &Faults::addBadState);
         (this->*kinds[input_.below(static_cast<uint32_t>(kinds.size()))])();
     }
@@ -100,6 +102,24 @@ class Faults {
         r = {other(bad.x, 0, r.x), other(bad.y, 0, r.y), other(bad.width, 1, r.width), other(bad.height, 1, r.height)};
         call_.values[i].set(r);
         mustFail("a bad rectangle");
+    }
+
+    /** An anchor beside its window, or a window without pixels. */
+    void addBadAnchor() {
+        const size_t mask = target_.indexOf("maskSize"), i = target_.indexOf("anchor");
+        auto size = call_.values[mask].as<RoiSize>();
+        auto anchor = call_.values[i].as<ImagePoint>();
+        const bool isAcross = input_.oneIn(2);
+        int32_t& length = isAcross ? size.width : size.height;
+        int32_t& place = isAcross ? anchor.x : anchor.y;
+        const int32_t badLengths[] = {0, -1, INT_MIN}, badPlaces[] = {-1, length, INT_MIN, INT_MAX};
+        if (input_.oneIn(2))
+            length = input_.oneOf(badLengths);
+        else
+            place = input_.oneOf(badPlaces);
+        call_.values[mask].set(size);
+        call_.values[i].set(anchor);
+        mustFail("a bad window");
     }
 
     void addBadState() {

@@ -31,8 +31,12 @@ struct Precondition {
     /** The query of the size of the work buffer: the whole name, or what takes the place of a part of the export's. */
     std::string_view query{}, replacedByQuery{};
 
+    /** The type of the objects that the arguments describe, where no parameter takes or gives one. */
+    std::string_view object{};
+
     bool sharesMemory = false;     // the destination may be the same image as a source
     bool dependsOnTeam = false;    // float results may depend on the number of threads
+    bool hasAnyZero = false;       // a result of 0 may be -0 or +0
     bool hasTiltedWindow = false;  // which must not begin left of the image
     std::string_view optional{};   // results whose pointers may be null
 

@@ -76,7 +76,7 @@ class SingleCall {
             if (parameter.name == "bufferSize")
                 values.back().set(&bytes);
             else
-                values.back() = call_.plainValues[target_.indexOf(parameter.name)];
+                values.back() = call_.argumentOfQuery(parameter.name);
         }
         if (query->call(values.data()) != StatusOk)
             bytes = 1;  // the call fails, too
@@ -91,7 +91,9 @@ class SingleCall {
         for (size_t i = 0; i < target_.parameters.size(); ++i) {
             if (target_.parameters[i].kind != Kind::kState)
                 continue;
-            objects_[i] = call_.states[i]->build();
+            vekSetNumThreads(call_.states[i]->threadsFor(threads_));
+            objects_[i] = call_.states[i]->build(call_);
+            vekSetNumThreads(threads_);
             if (objects_[i] == nullptr)
                 fail("an object cannot be made");
             if (!call_.isNull[i])
@@ -119,12 +121,14 @@ class SingleCall {
 
     void releaseObjects(Results& results) {
         takeNewObjects(results);
-        if (target_.name.find("Free") != std::string_view::npos && results.status == StatusOk)
+        const bool isOk = results.status == StatusOk;
+        if (target_.releases() && isOk)
             return;
         for (size_t i = 0; i < objects_.size(); ++i) {
             if (objects_[i] == nullptr)
                 continue;
-            results.objects.push_back(call_.states[i]->observe(objects_[i]));
+            if (isOk || !target_.makesInPlace())
+                results.objects.push_back(call_.states[i]->observe(call_, objects_[i]));
             call_.states[i]->release(objects_[i]);
         }
     }
@@ -149,8 +153,14 @@ class SingleCall {
             if (!operand->areSurroundingsUntouched())
                 fail("bytes outside were written: " + name);
         }
-        if (buffer_ != nullptr && (!mayWrite ? !buffer_->isUntouched() : !buffer_->areSurroundingsUntouched()))
-            fail("bytes outside of the buffer, or in spite of an error, were written");
+        const auto checkScratch = [&](const Operand* memory, const std::string& name) {
+            if (memory != nullptr && !(mayWrite ? memory->areSurroundingsUntouched() : memory->isUntouched()))
+                fail("bytes outside of " + name + ", or in spite of an error, were written");
+        };
+        checkScratch(buffer_.get(), "the buffer");
+        for (const auto& state : call_.states)
+            if (state != nullptr)
+                checkScratch(state->memory(), "the memory of an object");
         if (status >= 0 && !call_.fault.empty())
             fail("status " + std::to_string(status) + " in spite of a fault");
     }
@@ -172,12 +182,13 @@ class SingleCall {
 };
 
 template <typename T>
-size_t firstDifference(const Elements& a, const Elements& b) {
+size_t firstDifference(const Elements& a, const Elements& b, bool hasAnyZero) {
     for (size_t at = 0; at < a.size(); at += sizeof(T)) {
         T x, y;
         std::memcpy(&x, &a[at], sizeof x);
         std::memcpy(&y, &b[at], sizeof y);
-        if (std::memcmp(&x, &y, sizeof x) != 0 && !(std::isnan(x) && std::isnan(y)))
+        const bool isSame = std::memcmp(&x, &y, sizeof x) == 0 || (std::isnan(x) && std::isnan(y));
+        if (!isSame && !(hasAnyZero && x == 0 && y == 0))
             return at / sizeof(T);
     }
     return a.size() / sizeof(T);
@@ -201,9 +212,10 @@ std::string difference(const Call& call, const Results& expected, const Results&
         const bool isFloat = call.target->name.find("32f") != std::string_view::npos;
         if (!isSameTeam && call.rules->dependsOnTeam && isFloat && mayBeShared(call))
             continue;
-        const auto at = parameter.element == Element::k32f   ? firstDifference<float>(a, b)
-                        : parameter.element == Element::k64f ? firstDifference<double>(a, b)
-                                                             : firstDifference<uint8_t>(a, b);
+        const bool hasAnyZero = call.rules->hasAnyZero;
+        const auto at = parameter.element == Element::k32f   ? firstDifference<float>(a, b, hasAnyZero)
+                        : parameter.element == Element::k64f ? firstDifference<double>(a, b, hasAnyZero)
+                                                             : firstDifference<uint8_t>(a, b, hasAnyZero);
         const size_t element = parameter.element == Element::k32f ? 4 : parameter.element == Element::k64f ? 8 : 1;
         if (at * element < a.size())
             return std::string(parameter.name) + " differs at " + (element == 1 ? "byte " : "element ") +
@@ -238,7 +250,7 @@ Status runAndCompare(const Call& call) {
             continue;
         }
         // The sizes of buffers depend on the number of threads, and so may what memory is needed.
-        if (call.target->has("bufferSize") || alone.status == StatusMemoryAllocation ||
+        if (call.target->isQuery() || alone.status == StatusMemoryAllocation ||
             expected.status == StatusMemoryAllocation)
             continue;
         if (const std::string text = difference(call, alone, expected, false); !text.empty())

@@ -21,11 +21,21 @@ class State {
   public:
     virtual ~State() = default;
 
-    virtual void* build() const = 0;
+    /** An object for a call; or the memory that a call makes one in. */
+    virtual void* build(const Call& call) const = 0;
     virtual void release(void* object) const = 0;
-    /** What the library tells of an object, to compare it with that of another variant or number of threads. */
-    virtual std::vector<uint8_t> observe(const void* object) const = 0;
+    /** What the library makes of an object, to compare it with that of another variant or number of threads. */
+    virtual std::vector<uint8_t> observe(const Call& call, void* object) const = 0;
     virtual std::string describe() const = 0;
+
+    /** Whether operations with it take long for each pixel, so that regions had better be small. */
+    virtual bool isSlow() const { return false; }
+
+    /** How many threads are configured while an object is made for a call with so many. */
+    virtual int threadsFor(int threads) const { return threads; }
+
+    /** The memory of the caller that the latest object is in; null where the library allocates it. */
+    virtual const Operand* memory() const { return nullptr; }
 
     using Bytes = std::span<const std::byte>;
 
@@ -36,7 +46,7 @@ class State {
     virtual std::optional<Extent> extentOf(const Call& /*call*/, size_t /*image*/) const { return {}; }
 
     /** Puts a fault into the arguments that an object is made from, and names it; empty where there is none. */
-    virtual std::string addFault(Input& /*input*/, Call& /*call*/) const { return {}; }
+    virtual std::string addFault(Input& /*input*/, Call& /*call*/) { return {}; }
 };
 
 /** Joins the list of types when the program starts. */

@@ -1540,6 +1540,514 @@ VEKCV_API Status VEKCV_CALL vekiGenSobelKernel_32f(float* kernel, int32_t kernel
 
 /* ------------------------------------------------------------------------------------------------------------------ */
 /**
+ * @defgroup RankFilters Minimum and maximum filters
+ * Each pixel becomes the least or the greatest one in a rectangular window:
+ *
+ *     destination(x, y) = min or max of source(x - anchor.x + i, y - anchor.y + j)
+ *                         for 0 <= i < maskSize.width, 0 <= j < maskSize.height
+ *
+ * A place outside of the region stands for the nearest pixel in it (BorderReplicate). Channels are independent of each
+ * other. The time for a pixel hardly depends on the size of the window.
+ *
+ * Floats: NaN is passed over where the window has another value, and a window of only NaN gives NaN. -0 and +0 count as
+ * equal, and which of them comes out is not promised; variants may differ in it.
+ *
+ * @param source            first pixel of the source
+ * @param destination       first pixel of the result
+ * @param sourceStep, destinationStep   bytes from row to row
+ * @param roiSize           size of both images, at least 1 x 1
+ * @param roiWidth          width of the region, or a greater one
+ * @param maskSize          size of the window, at least 1 x 1; it may be larger than the image
+ * @param anchor            the pixel of the window on which it is placed, from (0, 0) to its last one
+ * @param buffer            work buffer at any address, of the size that the query gives for a region at least as wide
+ *                          and the same window; the queries of minimum and maximum give the same
+ * @param bufferSize        result: the size of the buffer in bytes
+ *
+ * With r bytes in a row of the region the buffer has (2 * (r + 32) + 16) * maskSize.height + 32 bytes.
+ *
+ * The images must not overlap.
+ *
+ * @retval StatusOk                every pixel was written
+ * @retval StatusNullPointer       an image, the buffer or the result of a query is null
+ * @retval StatusSizeError         width or height is below 1, or the size of the buffer does not fit its type
+ * @retval StatusMaskSizeError     width or height of the window is below 1
+ * @retval StatusAnchorError       the anchor lies outside of the window
+ * @retval StatusStepError         a step is smaller than a row
+ * @retval StatusStepNotMultiple   the step of a 32f image is not a multiple of 4
+ *
+ * The calling thread does all the work.
+ * @{
+ */
+/** The least pixel in a window */
+VEKCV_API Status VEKCV_CALL vekiFilterMinBorderReplicate_8u_C1R(const uint8_t* source, int32_t sourceStep,
+                                                                uint8_t* destination, int32_t destinationStep,
+                                                                RoiSize roiSize, RoiSize maskSize, ImagePoint anchor,
+                                                                uint8_t* buffer);
+VEKCV_API Status VEKCV_CALL vekiFilterMinBorderReplicate_8u_C3R(const uint8_t* source, int32_t sourceStep,
+                                                                uint8_t* destination, int32_t destinationStep,
+                                                                RoiSize roiSize, RoiSize maskSize, ImagePoint anchor,
+                                                                uint8_t* buffer);
+VEKCV_API Status VEKCV_CALL vekiFilterMinBorderReplicate_8u_C4R(const uint8_t* source, int32_t sourceStep,
+                                                                uint8_t* destination, int32_t destinationStep,
+                                                                RoiSize roiSize, RoiSize maskSize, ImagePoint anchor,
+                                                                uint8_t* buffer);
+VEKCV_API Status VEKCV_CALL vekiFilterMinBorderReplicate_32f_C1R(const float* source, int32_t sourceStep,
+                                                                 float* destination, int32_t destinationStep,
+                                                                 RoiSize roiSize, RoiSize maskSize, ImagePoint anchor,
+                                                                 uint8_t* buffer);
+VEKCV_API Status VEKCV_CALL vekiFilterMinBorderReplicate_32f_C3R(const float* source, int32_t sourceStep,
+                                                                 float* destination, int32_t destinationStep,
+                                                                 RoiSize roiSize, RoiSize maskSize, ImagePoint anchor,
+                                                                 uint8_t* buffer);
+VEKCV_API Status VEKCV_CALL vekiFilterMinBorderReplicate_32f_C4R(const float* source, int32_t sourceStep,
+                                                                 float* destination, int32_t destinationStep,
+                                                                 RoiSize roiSize, RoiSize maskSize, ImagePoint anchor,
+                                                                 uint8_t* buffer);
+/** The greatest pixel in a window */
+VEKCV_API Status VEKCV_CALL vekiFilterMaxBorderReplicate_8u_C1R(const uint8_t* source, int32_t sourceStep,
+                                                                uint8_t* destination, int32_t destinationStep,
+                                                                RoiSize roiSize, RoiSize maskSize, ImagePoint anchor,
+                                                                uint8_t* buffer);
+VEKCV_API Status VEKCV_CALL vekiFilterMaxBorderReplicate_8u_C3R(const uint8_t* source, int32_t sourceStep,
+                                                                uint8_t* destination, int32_t destinationStep,
+                                                                RoiSize roiSize, RoiSize maskSize, ImagePoint anchor,
+                                                                uint8_t* buffer);
+VEKCV_API Status VEKCV_CALL vekiFilterMaxBorderReplicate_8u_C4R(const uint8_t* source, int32_t sourceStep,
+                                                                uint8_t* destination, int32_t destinationStep,
+                                                                RoiSize roiSize, RoiSize maskSize, ImagePoint anchor,
+                                                                uint8_t* buffer);
+VEKCV_API Status VEKCV_CALL vekiFilterMaxBorderReplicate_32f_C1R(const float* source, int32_t sourceStep,
+                                                                 float* destination, int32_t destinationStep,
+                                                                 RoiSize roiSize, RoiSize maskSize, ImagePoint anchor,
+                                                                 uint8_t* buffer);
+VEKCV_API Status VEKCV_CALL vekiFilterMaxBorderReplicate_32f_C3R(const float* source, int32_t sourceStep,
+                                                                 float* destination, int32_t destinationStep,
+                                                                 RoiSize roiSize, RoiSize maskSize, ImagePoint anchor,
+                                                                 uint8_t* buffer);
+VEKCV_API Status VEKCV_CALL vekiFilterMaxBorderReplicate_32f_C4R(const float* source, int32_t sourceStep,
+                                                                 float* destination, int32_t destinationStep,
+                                                                 RoiSize roiSize, RoiSize maskSize, ImagePoint anchor,
+                                                                 uint8_t* buffer);
+/** Size of the work buffer of vekiFilterMinBorderReplicate */
+VEKCV_API Status VEKCV_CALL vekiFilterMinGetBufferSize_8u_C1R(int32_t roiWidth, RoiSize maskSize, int32_t* bufferSize);
+VEKCV_API Status VEKCV_CALL vekiFilterMinGetBufferSize_8u_C3R(int32_t roiWidth, RoiSize maskSize, int32_t* bufferSize);
+VEKCV_API Status VEKCV_CALL vekiFilterMinGetBufferSize_8u_C4R(int32_t roiWidth, RoiSize maskSize, int32_t* bufferSize);
+VEKCV_API Status VEKCV_CALL vekiFilterMinGetBufferSize_32f_C1R(int32_t roiWidth, RoiSize maskSize, int32_t* bufferSize);
+VEKCV_API Status VEKCV_CALL vekiFilterMinGetBufferSize_32f_C3R(int32_t roiWidth, RoiSize maskSize, int32_t* bufferSize);
+VEKCV_API Status VEKCV_CALL vekiFilterMinGetBufferSize_32f_C4R(int32_t roiWidth, RoiSize maskSize, int32_t* bufferSize);
+/** Size of the work buffer of vekiFilterMaxBorderReplicate */
+VEKCV_API Status VEKCV_CALL vekiFilterMaxGetBufferSize_8u_C1R(int32_t roiWidth, RoiSize maskSize, int32_t* bufferSize);
+VEKCV_API Status VEKCV_CALL vekiFilterMaxGetBufferSize_8u_C3R(int32_t roiWidth, RoiSize maskSize, int32_t* bufferSize);
+VEKCV_API Status VEKCV_CALL vekiFilterMaxGetBufferSize_8u_C4R(int32_t roiWidth, RoiSize maskSize, int32_t* bufferSize);
+VEKCV_API Status VEKCV_CALL vekiFilterMaxGetBufferSize_32f_C1R(int32_t roiWidth, RoiSize maskSize, int32_t* bufferSize);
+VEKCV_API Status VEKCV_CALL vekiFilterMaxGetBufferSize_32f_C3R(int32_t roiWidth, RoiSize maskSize, int32_t* bufferSize);
+VEKCV_API Status VEKCV_CALL vekiFilterMaxGetBufferSize_32f_C4R(int32_t roiWidth, RoiSize maskSize, int32_t* bufferSize);
+/** @} */
+
+/* ------------------------------------------------------------------------------------------------------------------ */
+/**
+ * @defgroup MorphologyStates Structuring elements
+ * A structuring element, prepared for the operations that take it: what pixels around a pixel they look at. A flat
+ * element is a mask of bytes, in which one that is not 0 is a member; a grey element has a height for each member, and
+ * INT32_MIN (8u) or -FLT_MAX and below (32f) where there is none. Masks have maskSize.width * maskSize.height numbers,
+ * row by row without padding. The member in column i and row j of the mask lies at the offset
+ *
+ *     (i - anchor.x, j - anchor.y)
+ *
+ * A state is one block of memory: InitAlloc allocates it, and Free releases it; or GetSize tells its size, and Init
+ * makes it in memory of the caller, at any address, that needs no release. Both states are the same. A state serves the
+ * type and the layout in the names of its functions, and regions up to the size that it was made for. It holds a copy
+ * of the element, and memory for intermediate rows, for as many threads as were configured when it was made: GetSize
+ * and Init are to be called with the same number of threads, and a later change of it is harmless. A state serves one
+ * call at a time.
+ *
+ *     vekiMorphology          flat elements, of dilation and erosion
+ *     vekiMorphologyCompound  flat elements, of opening, closing, top-hat, black-hat and gradient
+ *     vekiGrayMorphology      grey elements, of grey dilation and erosion
+ *
+ * Heights that are NaN are not supported.
+ *
+ * @param state         result of InitAlloc: the state; else the state, or the memory for it
+ * @param roiWidth      greatest width of a region
+ * @param maxRoi        greatest width and height of a region
+ * @param mask          the element
+ * @param maskSize      its size, at least 1 x 1; it may be larger than the images
+ * @param anchor        the place of the mask on the pixel of the result, from (0, 0) to its last one
+ * @param stateSize     result: the size of a state in bytes; it depends on the members of the mask
+ *
+ * @retval StatusOk                 the state was made or released, or its size was written
+ * @retval StatusNullPointer        a pointer is null
+ * @retval StatusSizeError          a width or a height of the region is below 1, or the size of the state does not fit
+ *                                  its type; the latter comes after the anchor
+ * @retval StatusMaskSizeError      width or height of the mask is below 1
+ * @retval StatusAnchorError        the anchor lies outside of the mask
+ * @retval StatusBadArgument        the mask has no member
+ * @retval StatusMemoryAllocation   there is no memory for the state, and *state is as it was
+ *
+ * The calling thread does all the work.
+ * @{
+ */
+/** A flat structuring element and memory for intermediate rows */
+typedef struct MorphologyState MorphologyState;
+/** A grey structuring element and memory for intermediate rows */
+typedef struct GrayMorphologyState GrayMorphologyState;
+
+/** Makes a state for dilation and erosion */
+VEKCV_API Status VEKCV_CALL vekiMorphologyInitAlloc_8u_C1R(MorphologyState** state, int32_t roiWidth,
+                                                           const uint8_t* mask, RoiSize maskSize, ImagePoint anchor);
+VEKCV_API Status VEKCV_CALL vekiMorphologyInitAlloc_8u_C3R(MorphologyState** state, int32_t roiWidth,
+                                                           const uint8_t* mask, RoiSize maskSize, ImagePoint anchor);
+VEKCV_API Status VEKCV_CALL vekiMorphologyInitAlloc_8u_C4R(MorphologyState** state, int32_t roiWidth,
+                                                           const uint8_t* mask, RoiSize maskSize, ImagePoint anchor);
+VEKCV_API Status VEKCV_CALL vekiMorphologyInitAlloc_32f_C1R(MorphologyState** state, int32_t roiWidth,
+                                                            const uint8_t* mask, RoiSize maskSize, ImagePoint anchor);
+VEKCV_API Status VEKCV_CALL vekiMorphologyInitAlloc_32f_C3R(MorphologyState** state, int32_t roiWidth,
+                                                            const uint8_t* mask, RoiSize maskSize, ImagePoint anchor);
+VEKCV_API Status VEKCV_CALL vekiMorphologyInitAlloc_32f_C4R(MorphologyState** state, int32_t roiWidth,
+                                                            const uint8_t* mask, RoiSize maskSize, ImagePoint anchor);
+/** Size of a state for dilation and erosion */
+VEKCV_API Status VEKCV_CALL vekiMorphologyGetSize_8u_C1R(int32_t roiWidth, const uint8_t* mask, RoiSize maskSize,
+                                                         int32_t* stateSize);
+VEKCV_API Status VEKCV_CALL vekiMorphologyGetSize_8u_C3R(int32_t roiWidth, const uint8_t* mask, RoiSize maskSize,
+                                                         int32_t* stateSize);
+VEKCV_API Status VEKCV_CALL vekiMorphologyGetSize_8u_C4R(int32_t roiWidth, const uint8_t* mask, RoiSize maskSize,
+                                                         int32_t* stateSize);
+VEKCV_API Status VEKCV_CALL vekiMorphologyGetSize_32f_C1R(int32_t roiWidth, const uint8_t* mask, RoiSize maskSize,
+                                                          int32_t* stateSize);
+VEKCV_API Status VEKCV_CALL vekiMorphologyGetSize_32f_C3R(int32_t roiWidth, const uint8_t* mask, RoiSize maskSize,
+                                                          int32_t* stateSize);
+VEKCV_API Status VEKCV_CALL vekiMorphologyGetSize_32f_C4R(int32_t roiWidth, const uint8_t* mask, RoiSize maskSize,
+                                                          int32_t* stateSize);
+/** Makes a state for dilation and erosion in memory of the caller */
+VEKCV_API Status VEKCV_CALL vekiMorphologyInit_8u_C1R(MorphologyState* state, int32_t roiWidth, const uint8_t* mask,
+                                                      RoiSize maskSize, ImagePoint anchor);
+VEKCV_API Status VEKCV_CALL vekiMorphologyInit_8u_C3R(MorphologyState* state, int32_t roiWidth, const uint8_t* mask,
+                                                      RoiSize maskSize, ImagePoint anchor);
+VEKCV_API Status VEKCV_CALL vekiMorphologyInit_8u_C4R(MorphologyState* state, int32_t roiWidth, const uint8_t* mask,
+                                                      RoiSize maskSize, ImagePoint anchor);
+VEKCV_API Status VEKCV_CALL vekiMorphologyInit_32f_C1R(MorphologyState* state, int32_t roiWidth, const uint8_t* mask,
+                                                       RoiSize maskSize, ImagePoint anchor);
+VEKCV_API Status VEKCV_CALL vekiMorphologyInit_32f_C3R(MorphologyState* state, int32_t roiWidth, const uint8_t* mask,
+                                                       RoiSize maskSize, ImagePoint anchor);
+VEKCV_API Status VEKCV_CALL vekiMorphologyInit_32f_C4R(MorphologyState* state, int32_t roiWidth, const uint8_t* mask,
+                                                       RoiSize maskSize, ImagePoint anchor);
+/** Releases a state for dilation and erosion that InitAlloc made */
+VEKCV_API Status VEKCV_CALL vekiMorphologyFree(MorphologyState* state);
+/** Makes a state for compound operations */
+VEKCV_API Status VEKCV_CALL vekiMorphologyCompoundInitAlloc_8u_C1R(MorphologyState** state, RoiSize maxRoi,
+                                                                   const uint8_t* mask, RoiSize maskSize,
+                                                                   ImagePoint anchor);
+VEKCV_API Status VEKCV_CALL vekiMorphologyCompoundInitAlloc_8u_C3R(MorphologyState** state, RoiSize maxRoi,
+                                                                   const uint8_t* mask, RoiSize maskSize,
+                                                                   ImagePoint anchor);
+VEKCV_API Status VEKCV_CALL vekiMorphologyCompoundInitAlloc_8u_C4R(MorphologyState** state, RoiSize maxRoi,
+                                                                   const uint8_t* mask, RoiSize maskSize,
+                                                                   ImagePoint anchor);
+VEKCV_API Status VEKCV_CALL vekiMorphologyCompoundInitAlloc_32f_C1R(MorphologyState** state, RoiSize maxRoi,
+                                                                    const uint8_t* mask, RoiSize maskSize,
+                                                                    ImagePoint anchor);
+VEKCV_API Status VEKCV_CALL vekiMorphologyCompoundInitAlloc_32f_C3R(MorphologyState** state, RoiSize maxRoi,
+                                                                    const uint8_t* mask, RoiSize maskSize,
+                                                                    ImagePoint anchor);
+VEKCV_API Status VEKCV_CALL vekiMorphologyCompoundInitAlloc_32f_C4R(MorphologyState** state, RoiSize maxRoi,
+                                                                    const uint8_t* mask, RoiSize maskSize,
+                                                                    ImagePoint anchor);
+/** Size of a state for compound operations */
+VEKCV_API Status VEKCV_CALL vekiMorphologyCompoundGetSize_8u_C1R(RoiSize maxRoi, const uint8_t* mask, RoiSize maskSize,
+                                                                 int32_t* stateSize);
+VEKCV_API Status VEKCV_CALL vekiMorphologyCompoundGetSize_8u_C3R(RoiSize maxRoi, const uint8_t* mask, RoiSize maskSize,
+                                                                 int32_t* stateSize);
+VEKCV_API Status VEKCV_CALL vekiMorphologyCompoundGetSize_8u_C4R(RoiSize maxRoi, const uint8_t* mask, RoiSize maskSize,
+                                                                 int32_t* stateSize);
+VEKCV_API Status VEKCV_CALL vekiMorphologyCompoundGetSize_32f_C1R(RoiSize maxRoi, const uint8_t* mask, RoiSize maskSize,
+                                                                  int32_t* stateSize);
+VEKCV_API Status VEKCV_CALL vekiMorphologyCompoundGetSize_32f_C3R(RoiSize maxRoi, const uint8_t* mask, RoiSize maskSize,
+                                                                  int32_t* stateSize);
+VEKCV_API Status VEKCV_CALL vekiMorphologyCompoundGetSize_32f_C4R(RoiSize maxRoi, const uint8_t* mask, RoiSize maskSize,
+                                                                  int32_t* stateSize);
+/** Makes a state for compound operations in memory of the caller */
+VEKCV_API Status VEKCV_CALL vekiMorphologyCompoundInit_8u_C1R(MorphologyState* state, RoiSize maxRoi,
+                                                              const uint8_t* mask, RoiSize maskSize, ImagePoint anchor);
+VEKCV_API Status VEKCV_CALL vekiMorphologyCompoundInit_8u_C3R(MorphologyState* state, RoiSize maxRoi,
+                                                              const uint8_t* mask, RoiSize maskSize, ImagePoint anchor);
+VEKCV_API Status VEKCV_CALL vekiMorphologyCompoundInit_8u_C4R(MorphologyState* state, RoiSize maxRoi,
+                                                              const uint8_t* mask, RoiSize maskSize, ImagePoint anchor);
+VEKCV_API Status VEKCV_CALL vekiMorphologyCompoundInit_32f_C1R(MorphologyState* state, RoiSize maxRoi,
+                                                               const uint8_t* mask, RoiSize maskSize,
+                                                               ImagePoint anchor);
+VEKCV_API Status VEKCV_CALL vekiMorphologyCompoundInit_32f_C3R(MorphologyState* state, RoiSize maxRoi,
+                                                               const uint8_t* mask, RoiSize maskSize,
+                                                               ImagePoint anchor);
+VEKCV_API Status VEKCV_CALL vekiMorphologyCompoundInit_32f_C4R(MorphologyState* state, RoiSize maxRoi,
+                                                               const uint8_t* mask, RoiSize maskSize,
+                                                               ImagePoint anchor);
+/** Releases a state for compound operations that InitAlloc made */
+VEKCV_API Status VEKCV_CALL vekiMorphologyCompoundFree(MorphologyState* state);
+/** Makes a state for grey dilation and erosion */
+VEKCV_API Status VEKCV_CALL vekiGrayMorphologyInitAlloc_8u_C1R(GrayMorphologyState** state, RoiSize maxRoi,
+                                                               const int32_t* mask, RoiSize maskSize,
+                                                               ImagePoint anchor);
+VEKCV_API Status VEKCV_CALL vekiGrayMorphologyInitAlloc_32f_C1R(GrayMorphologyState** state, RoiSize maxRoi,
+                                                                const float* mask, RoiSize maskSize, ImagePoint anchor);
+/** Size of a state for grey dilation and erosion */
+VEKCV_API Status VEKCV_CALL vekiGrayMorphologyGetSize_8u_C1R(RoiSize maxRoi, const int32_t* mask, RoiSize maskSize,
+                                                             int32_t* stateSize);
+VEKCV_API Status VEKCV_CALL vekiGrayMorphologyGetSize_32f_C1R(RoiSize maxRoi, const float* mask, RoiSize maskSize,
+                                                              int32_t* stateSize);
+/** Makes a state for grey dilation and erosion in memory of the caller */
+VEKCV_API Status VEKCV_CALL vekiGrayMorphologyInit_8u_C1R(GrayMorphologyState* state, RoiSize maxRoi,
+                                                          const int32_t* mask, RoiSize maskSize, ImagePoint anchor);
+VEKCV_API Status VEKCV_CALL vekiGrayMorphologyInit_32f_C1R(GrayMorphologyState* state, RoiSize maxRoi,
+                                                           const float* mask, RoiSize maskSize, ImagePoint anchor);
+/** Releases a state for grey dilation and erosion that InitAlloc made */
+VEKCV_API Status VEKCV_CALL vekiGrayMorphologyFree_8u_C1R(GrayMorphologyState* state);
+VEKCV_API Status VEKCV_CALL vekiGrayMorphologyFree_32f_C1R(GrayMorphologyState* state);
+/** @} */
+
+/* ------------------------------------------------------------------------------------------------------------------ */
+/**
+ * @defgroup Morphology Morphology
+ * Dilation, erosion and what they are combined to, with structuring elements. With the members' offsets (dx, dy) of an
+ * element, and heights of a grey one:
+ *
+ *     vekiDilate      D(source) = max of source(x + dx, y + dy)
+ *     vekiErode       E(source) = min of source(x + dx, y + dy)
+ *     vekiGrayDilate  max of source(x + dx, y + dy) + height(dx, dy)
+ *     vekiGrayErode   min of source(x + dx, y + dy) - height(dx, dy)
+ *
+ *     vekiMorphOpen      opening   D'(E(source))
+ *     vekiMorphClose     closing   E'(D(source))
+ *     vekiMorphTopHat    source - opening
+ *     vekiMorphBlackHat  closing - source
+ *     vekiMorphGradient  D(source) - E(source)
+ *
+ * D' and E' use the element mirrored at its anchor, with members at (-dx, -dy): so, away from the borders, an opening
+ * is nowhere above the source and a closing nowhere below it, and to open or close once more changes nothing. A place
+ * outside of the region stands for the nearest pixel in it, at each of the two steps. Channels are independent of each
+ * other. 8u results are saturated once, at the end; 32f results are rounded once, and differences are plain ones.
+ *
+ * Floats: NaN is passed over where the element has another value, and NaN everywhere gives NaN. A sum of infinities of
+ * both signs counts as NaN. -0 and +0 count as equal, and which of them comes out is not promised; variants may differ
+ * in it.
+ *
+ * A full mask takes the same time as the filters of the minimum and maximum. Other flat masks are split into runs of
+ * members in columns, and into rows and diagonals of runs; the time grows with their number. The time of a grey element
+ * grows with the number of its members. The second step of a compound operation follows the first one by a few rows.
+ *
+ * @param source            first pixel of the source
+ * @param destination       first pixel of the result
+ * @param sourceStep, destinationStep   bytes from row to row
+ * @param roiSize           size of both images, at least 1 x 1
+ * @param borderType        BorderReplicate
+ * @param state             the element, made for these operations, this type and this layout
+ *
+ * The images must not overlap.
+ *
+ * @retval StatusOk                every pixel was written
+ * @retval StatusNullPointer       an image or the state is null
+ * @retval StatusSizeError         width or height is below 1, or, after all other checks, above what the state was made
+ *                                 for
+ * @retval StatusStepError         a step is smaller than a row
+ * @retval StatusStepNotMultiple   the step of a 32f image is not a multiple of 4
+ * @retval StatusBadArgument       another border type; then a state that was made for other operations, another type or
+ *                                 another layout
+ *
+ * Regions of 262144 pixels and more are shared among the threads, at most as many as the state was made for.
+ * @{
+ */
+/** Dilation by a flat element */
+VEKCV_API Status VEKCV_CALL vekiDilateBorderReplicate_8u_C1R(const uint8_t* source, int32_t sourceStep,
+                                                             uint8_t* destination, int32_t destinationStep,
+                                                             RoiSize roiSize, int32_t borderType,
+                                                             MorphologyState* state);
+VEKCV_API Status VEKCV_CALL vekiDilateBorderReplicate_8u_C3R(const uint8_t* source, int32_t sourceStep,
+                                                             uint8_t* destination, int32_t destinationStep,
+                                                             RoiSize roiSize, int32_t borderType,
+                                                             MorphologyState* state);
+VEKCV_API Status VEKCV_CALL vekiDilateBorderReplicate_8u_C4R(const uint8_t* source, int32_t sourceStep,
+                                                             uint8_t* destination, int32_t destinationStep,
+                                                             RoiSize roiSize, int32_t borderType,
+                                                             MorphologyState* state);
+VEKCV_API Status VEKCV_CALL vekiDilateBorderReplicate_32f_C1R(const float* source, int32_t sourceStep,
+                                                              float* destination, int32_t destinationStep,
+                                                              RoiSize roiSize, int32_t borderType,
+                                                              MorphologyState* state);
+VEKCV_API Status VEKCV_CALL vekiDilateBorderReplicate_32f_C3R(const float* source, int32_t sourceStep,
+                                                              float* destination, int32_t destinationStep,
+                                                              RoiSize roiSize, int32_t borderType,
+                                                              MorphologyState* state);
+VEKCV_API Status VEKCV_CALL vekiDilateBorderReplicate_32f_C4R(const float* source, int32_t sourceStep,
+                                                              float* destination, int32_t destinationStep,
+                                                              RoiSize roiSize, int32_t borderType,
+                                                              MorphologyState* state);
+/** Erosion by a flat element */
+VEKCV_API Status VEKCV_CALL vekiErodeBorderReplicate_8u_C1R(const uint8_t* source, int32_t sourceStep,
+                                                            uint8_t* destination, int32_t destinationStep,
+                                                            RoiSize roiSize, int32_t borderType,
+                                                            MorphologyState* state);
+VEKCV_API Status VEKCV_CALL vekiErodeBorderReplicate_8u_C3R(const uint8_t* source, int32_t sourceStep,
+                                                            uint8_t* destination, int32_t destinationStep,
+                                                            RoiSize roiSize, int32_t borderType,
+                                                            MorphologyState* state);
+VEKCV_API Status VEKCV_CALL vekiErodeBorderReplicate_8u_C4R(const uint8_t* source, int32_t sourceStep,
+                                                            uint8_t* destination, int32_t destinationStep,
+                                                            RoiSize roiSize, int32_t borderType,
+                                                            MorphologyState* state);
+VEKCV_API Status VEKCV_CALL vekiErodeBorderReplicate_32f_C1R(const float* source, int32_t sourceStep,
+                                                             float* destination, int32_t destinationStep,
+                                                             RoiSize roiSize, int32_t borderType,
+                                                             MorphologyState* state);
+VEKCV_API Status VEKCV_CALL vekiErodeBorderReplicate_32f_C3R(const float* source, int32_t sourceStep,
+                                                             float* destination, int32_t destinationStep,
+                                                             RoiSize roiSize, int32_t borderType,
+                                                             MorphologyState* state);
+VEKCV_API Status VEKCV_CALL vekiErodeBorderReplicate_32f_C4R(const float* source, int32_t sourceStep,
+                                                             float* destination, int32_t destinationStep,
+                                                             RoiSize roiSize, int32_t borderType,
+                                                             MorphologyState* state);
+/** Dilation by a grey element */
+VEKCV_API Status VEKCV_CALL vekiGrayDilateBorder_8u_C1R(const uint8_t* source, int32_t sourceStep, uint8_t* destination,
+                                                        int32_t destinationStep, RoiSize roiSize, int32_t borderType,
+                                                        GrayMorphologyState* state);
+VEKCV_API Status VEKCV_CALL vekiGrayDilateBorder_32f_C1R(const float* source, int32_t sourceStep, float* destination,
+                                                         int32_t destinationStep, RoiSize roiSize, int32_t borderType,
+                                                         GrayMorphologyState* state);
+/** Erosion by a grey element */
+VEKCV_API Status VEKCV_CALL vekiGrayErodeBorder_8u_C1R(const uint8_t* source, int32_t sourceStep, uint8_t* destination,
+                                                       int32_t destinationStep, RoiSize roiSize, int32_t borderType,
+                                                       GrayMorphologyState* state);
+VEKCV_API Status VEKCV_CALL vekiGrayErodeBorder_32f_C1R(const float* source, int32_t sourceStep, float* destination,
+                                                        int32_t destinationStep, RoiSize roiSize, int32_t borderType,
+                                                        GrayMorphologyState* state);
+/** Opening: D'(E(source)) */
+VEKCV_API Status VEKCV_CALL vekiMorphOpenBorderReplicate_8u_C1R(const uint8_t* source, int32_t sourceStep,
+                                                                uint8_t* destination, int32_t destinationStep,
+                                                                RoiSize roiSize, int32_t borderType,
+                                                                MorphologyState* state);
+VEKCV_API Status VEKCV_CALL vekiMorphOpenBorderReplicate_8u_C3R(const uint8_t* source, int32_t sourceStep,
+                                                                uint8_t* destination, int32_t destinationStep,
+                                                                RoiSize roiSize, int32_t borderType,
+                                                                MorphologyState* state);
+VEKCV_API Status VEKCV_CALL vekiMorphOpenBorderReplicate_8u_C4R(const uint8_t* source, int32_t sourceStep,
+                                                                uint8_t* destination, int32_t destinationStep,
+                                                                RoiSize roiSize, int32_t borderType,
+                                                                MorphologyState* state);
+VEKCV_API Status VEKCV_CALL vekiMorphOpenBorderReplicate_32f_C1R(const float* source, int32_t sourceStep,
+                                                                 float* destination, int32_t destinationStep,
+                                                                 RoiSize roiSize, int32_t borderType,
+                                                                 MorphologyState* state);
+VEKCV_API Status VEKCV_CALL vekiMorphOpenBorderReplicate_32f_C3R(const float* source, int32_t sourceStep,
+                                                                 float* destination, int32_t destinationStep,
+                                                                 RoiSize roiSize, int32_t borderType,
+                                                                 MorphologyState* state);
+VEKCV_API Status VEKCV_CALL vekiMorphOpenBorderReplicate_32f_C4R(const float* source, int32_t sourceStep,
+                                                                 float* destination, int32_t destinationStep,
+                                                                 RoiSize roiSize, int32_t borderType,
+                                                                 MorphologyState* state);
+/** Closing: E'(D(source)) */
+VEKCV_API Status VEKCV_CALL vekiMorphCloseBorderReplicate_8u_C1R(const uint8_t* source, int32_t sourceStep,
+                                                                 uint8_t* destination, int32_t destinationStep,
+                                                                 RoiSize roiSize, int32_t borderType,
+                                                                 MorphologyState* state);
+VEKCV_API Status VEKCV_CALL vekiMorphCloseBorderReplicate_8u_C3R(const uint8_t* source, int32_t sourceStep,
+                                                                 uint8_t* destination, int32_t destinationStep,
+                                                                 RoiSize roiSize, int32_t borderType,
+                                                                 MorphologyState* state);
+VEKCV_API Status VEKCV_CALL vekiMorphCloseBorderReplicate_8u_C4R(const uint8_t* source, int32_t sourceStep,
+                                                                 uint8_t* destination, int32_t destinationStep,
+                                                                 RoiSize roiSize, int32_t borderType,
+                                                                 MorphologyState* state);
+VEKCV_API Status VEKCV_CALL vekiMorphCloseBorderReplicate_32f_C1R(const float* source, int32_t sourceStep,
+                                                                  float* destination, int32_t destinationStep,
+                                                                  RoiSize roiSize, int32_t borderType,
+                                                                  MorphologyState* state);
+VEKCV_API Status VEKCV_CALL vekiMorphCloseBorderReplicate_32f_C3R(const float* source, int32_t sourceStep,
+                                                                  float* destination, int32_t destinationStep,
+                                                                  RoiSize roiSize, int32_t borderType,
+                                                                  MorphologyState* state);
+VEKCV_API Status VEKCV_CALL vekiMorphCloseBorderReplicate_32f_C4R(const float* source, int32_t sourceStep,
+                                                                  float* destination, int32_t destinationStep,
+                                                                  RoiSize roiSize, int32_t borderType,
+                                                                  MorphologyState* state);
+/** Top-hat: source - opening */
+VEKCV_API Status VEKCV_CALL vekiMorphTopHatBorderReplicate_8u_C1R(const uint8_t* source, int32_t sourceStep,
+                                                                  uint8_t* destination, int32_t destinationStep,
+                                                                  RoiSize roiSize, int32_t borderType,
+                                                                  MorphologyState* state);
+VEKCV_API Status VEKCV_CALL vekiMorphTopHatBorderReplicate_8u_C3R(const uint8_t* source, int32_t sourceStep,
+                                                                  uint8_t* destination, int32_t destinationStep,
+                                                                  RoiSize roiSize, int32_t borderType,
+                                                                  MorphologyState* state);
+VEKCV_API Status VEKCV_CALL vekiMorphTopHatBorderReplicate_8u_C4R(const uint8_t* source, int32_t sourceStep,
+                                                                  uint8_t* destination, int32_t destinationStep,
+                                                                  RoiSize roiSize, int32_t borderType,
+                                                                  MorphologyState* state);
+VEKCV_API Status VEKCV_CALL vekiMorphTopHatBorderReplicate_32f_C1R(const float* source, int32_t sourceStep,
+                                                                   float* destination, int32_t destinationStep,
+                                                                   RoiSize roiSize, int32_t borderType,
+                                                                   MorphologyState* state);
+VEKCV_API Status VEKCV_CALL vekiMorphTopHatBorderReplicate_32f_C3R(const float* source, int32_t sourceStep,
+                                                                   float* destination, int32_t destinationStep,
+                                                                   RoiSize roiSize, int32_t borderType,
+                                                                   MorphologyState* state);
+VEKCV_API Status VEKCV_CALL vekiMorphTopHatBorderReplicate_32f_C4R(const float* source, int32_t sourceStep,
+                                                                   float* destination, int32_t destinationStep,
+                                                                   RoiSize roiSize, int32_t borderType,
+                                                                   MorphologyState* state);
+/** Black-hat: closing - source */
+VEKCV_API Status VEKCV_CALL vekiMorphBlackHatBorderReplicate_8u_C1R(const uint8_t* source, int32_t sourceStep,
+                                                                    uint8_t* destination, int32_t destinationStep,
+                                                                    RoiSize roiSize, int32_t borderType,
+                                                                    MorphologyState* state);
+VEKCV_API Status VEKCV_CALL vekiMorphBlackHatBorderReplicate_8u_C3R(const uint8_t* source, int32_t sourceStep,
+                                                                    uint8_t* destination, int32_t destinationStep,
+                                                                    RoiSize roiSize, int32_t borderType,
+                                                                    MorphologyState* state);
+VEKCV_API Status VEKCV_CALL vekiMorphBlackHatBorderReplicate_8u_C4R(const uint8_t* source, int32_t sourceStep,
+                                                                    uint8_t* destination, int32_t destinationStep,
+                                                                    RoiSize roiSize, int32_t borderType,
+                                                                    MorphologyState* state);
+VEKCV_API Status VEKCV_CALL vekiMorphBlackHatBorderReplicate_32f_C1R(const float* source, int32_t sourceStep,
+                                                                     float* destination, int32_t destinationStep,
+                                                                     RoiSize roiSize, int32_t borderType,
+                                                                     MorphologyState* state);
+VEKCV_API Status VEKCV_CALL vekiMorphBlackHatBorderReplicate_32f_C3R(const float* source, int32_t sourceStep,
+                                                                     float* destination, int32_t destinationStep,
+                                                                     RoiSize roiSize, int32_t borderType,
+                                                                     MorphologyState* state);
+VEKCV_API Status VEKCV_CALL vekiMorphBlackHatBorderReplicate_32f_C4R(const float* source, int32_t sourceStep,
+                                                                     float* destination, int32_t destinationStep,
+                                                                     RoiSize roiSize, int32_t borderType,
+                                                                     MorphologyState* state);
+/** Morphological gradient: D(source) - E(source) */
+VEKCV_API Status VEKCV_CALL vekiMorphGradientBorderReplicate_8u_C1R(const uint8_t* source, int32_t sourceStep,
+                                                                    uint8_t* destination, int32_t destinationStep,
+                                                                    RoiSize roiSize, int32_t borderType,
+                                                                    MorphologyState* state);
+VEKCV_API Status VEKCV_CALL vekiMorphGradientBorderReplicate_8u_C3R(const uint8_t* source, int32_t sourceStep,
+                                                                    uint8_t* destination, int32_t destinationStep,
+                                                                    RoiSize roiSize, int32_t borderType,
+                                                                    MorphologyState* state);
+VEKCV_API Status VEKCV_CALL vekiMorphGradientBorderReplicate_8u_C4R(const uint8_t* source, int32_t sourceStep,
+                                                                    uint8_t* destination, int32_t destinationStep,
+                                                                    RoiSize roiSize, int32_t borderType,
+                                                                    MorphologyState* state);
+VEKCV_API Status VEKCV_CALL vekiMorphGradientBorderReplicate_32f_C1R(const float* source, int32_t sourceStep,
+                                                                     float* destination, int32_t destinationStep,
+                                                                     RoiSize roiSize, int32_t borderType,
+                                                                     MorphologyState* state);
+VEKCV_API Status VEKCV_CALL vekiMorphGradientBorderReplicate_32f_C3R(const float* source, int32_t sourceStep,
+                                                                     float* destination, int32_t destinationStep,
+                                                                     RoiSize roiSize, int32_t borderType,
+                                                                     MorphologyState* state);
+VEKCV_API Status VEKCV_CALL vekiMorphGradientBorderReplicate_32f_C4R(const float* source, int32_t sourceStep,
+                                                                     float* destination, int32_t destinationStep,
+                                                                     RoiSize roiSize, int32_t borderType,
+                                                                     MorphologyState* state);
+/** @} */
+
+/* ------------------------------------------------------------------------------------------------------------------ */
+/**
  * @defgroup Canny Canny edge detector
  * The edges of an image from its derivatives: 255 where there is one, 0 elsewhere. After Canny, "A Computational
  * Approach to Edge Detection" (1986).

@@ -34,13 +34,13 @@ class Features : public State {
   public:
     Features(Input& input, bool hasFloats);
 
-    void* build() const override;
+    void* build(const Call& call) const override;
     void release(void* object) const override { vekiHaarClassifierFree_32f(static_cast<HaarClassifier*>(object)); }
-    std::vector<uint8_t> observe(const void* object) const override;
+    std::vector<uint8_t> observe(const Call& call, void* object) const override;
     std::string describe() const override;
     std::optional<Bytes> argument(std::string_view parameter) const override;
     std::optional<Extent> extentOf(const Call& call, size_t image) const override;
-    std::string addFault(Input& input, Call& call) const override;
+    std::string addFault(Input& input, Call& call) override;
 
   private:
     bool hasFloats_;   // else integers
@@ -85,7 +85,7 @@ Features::Features(Input& input, bool hasFloats) : hasFloats_(hasFloats) {
     }
 }
 
-void* Features::build() const {
+void* Features::build(const Call& /*call*/) const {
     // There must be a first element of every array even without features.
     const ImageRect noRectangle{0, 0, 1, 1};
     const uint32_t nothing[1] = {};
@@ -108,7 +108,7 @@ void* Features::build() const {
     return state;
 }
 
-std::vector<uint8_t> Features::observe(const void* object) const {
+std::vector<uint8_t> Features::observe(const Call& /*call*/, void* object) const {
     RoiSize window{};
     vekiGetHaarClassifierSize_32f(static_cast<const HaarClassifier*>(object), &window);
     const auto* const bytes = reinterpret_cast<const uint8_t*>(&window);
@@ -169,7 +169,7 @@ std::optional<Extent> Features::extentOf(const Call& call, size_t image) const {
 }
 
 /** A number of features, of rectangles of a feature, or a rectangle that is out of range. */
-std::string Features::addFault(Input& input, Call& call) const {
+std::string Features::addFault(Input& input, Call& call) {
     const size_t counts = call.target->indexOf("rectangleCounts");
     if (counts == Export::kNone)
         return {};

@@ -1,10 +1,12 @@
 #include "export_call.h"
 
 #include <algorithm>
+#include <array>
 #include <climits>
 #include <cstring>
 #include <stdexcept>
 
+#include "fuzz/morphology_functions.h"
 #include "fuzz/preconditions.h"
 
 namespace exports {
@@ -66,19 +68,24 @@ void ExportCall::setFaults(std::initializer_list<Fault> faults) {
 }
 
 bool ExportCall::changesObjects() const {
-    return std::ranges::any_of(call_.target->parameters, [](const Parameter& p) { return p.isObject() && !p.isConst; });
+    return !hasImages(*call_.target) &&
+           std::ranges::any_of(call_.target->parameters, [](const Parameter& p) { return p.isObject() && !p.isConst; });
 }
 
 Value ExportCall::valueOf(const Parameter& parameter, size_t index) {
     switch (parameter.kind) {
+        case Kind::kPoint:
+            return valueWith(ImagePoint{1, 1});
         case Kind::kSize:
-            return valueWith(roi_);
+            return valueWith(parameter.name == "maskSize" ? RoiSize{kTaps, kTaps} : roi_);
         case Kind::kRectangle:
             return valueWith(ImageRect{1, 0, 1, 2});
         case Kind::kRows:
             return valueWith(addRows(parameter));
         case Kind::kState:
-            return valueWith(addClassifier());
+            if (call_.target->makesInPlace())
+                return valueWith(addOperand(parameter, kBufferBytes, address_).data);
+            return parameter.type == "HaarClassifier" ? valueWith(addClassifier()) : valueWith(addMorphologyState());
         case Kind::kStateSlot:
             return valueWith(addOperand(parameter, sizeof(void*), Address::kAligned).data);
         case Kind::kPointer:
@@ -95,21 +102,23 @@ Value ExportCall::valueOf(const Parameter& parameter, size_t index) {
 Value ExportCall::number(const Parameter& parameter) const {
     const int32_t value = parameter.name == "maskSize"      ? MaskSize3x3
                           : parameter.name == "kernelSize"  ? kTaps
+                          : parameter.name == "roiWidth"    ? roi_.width
                           : parameter.name == "scaleFactor" ? 0
                                                             : 1;
     return fuzz::withType(parameter.element, [=](auto type) { return valueWith(decltype(type)(value)); });
 }
 
 size_t ExportCall::rowBytesOf(const Parameter& image) const {
-    const size_t channels = call_.target->name.find("_C3") != std::string_view::npos ? 3 : 1;
-    return size_t(roi_.width + kMore) * channels * size_t(bytesOf(image.element));
+    const int32_t channels = call_.channelsOf(call_.target->indexOf(image.name));
+    return size_t(roi_.width + kMore) * size_t(channels * bytesOf(image.element));
 }
 
 ExportCall::Operand& ExportCall::addOperand(const Parameter& parameter, size_t bytes, Address address) {
     // Large memory of zeros takes no page before it is touched.
     void* const zeros = memory_.emplace_back(std::calloc(bytes + size_t(address), 1), &std::free).get();
     uint8_t* const data = static_cast<uint8_t*>(zeros) + size_t(address);
-    operands_.push_back({parameter.element, parameter.name == "mask", parameter.name == "buffer", bytes, data});
+    const bool isMask = parameter.name == "mask" && parameter.element == Element::k8u;
+    operands_.push_back({parameter.element, isMask, parameter.name == "buffer", bytes, data});
     return operands_.back();
 }
 
@@ -130,6 +139,19 @@ const HaarClassifier* ExportCall::addClassifier() {
     };
     const bool isFloat = call_.target->name.find("32f") != std::string_view::npos;
     return isFloat ? build(float()) : build(int32_t());
+}
+
+/** By a call of the export that makes such states, with arguments that follow from its declaration, too. */
+void* ExportCall::addMorphologyState() {
+    const auto functions = fuzz::MorphologyFunctions::of(*call_.target);
+    ExportCall maker(functions.find("InitAlloc"), roi_);
+    maker.fill(1);
+    EXPECT_EQ(StatusOk, maker.run());
+    void* const state = *static_cast<void**>(maker.call_.values[0].as<void*>());
+    states_.emplace_back(state, [release = &functions.find("Free")](void* made) {
+        EXPECT_EQ(StatusOk, release->call(std::array{valueWith(made)}.data()));
+    });
+    return state;
 }
 
 void ExportCall::fill(uint32_t seed) {
@@ -161,8 +183,7 @@ bool ExportCall::wroteTheSameAs(const ExportCall& other) const {
 std::vector<const Export*> exportsWithRegions() {
     std::vector<const Export*> found;
     for (const Export& target : fuzz::exports())
-        if (std::any_of(target.parameters.begin(), target.parameters.end(),
-                        [](const Parameter& p) { return p.kind == Kind::kSize; }))
+        if (target.has("roiSize"))
             found.push_back(&target);
     return found;
 }

@@ -18,7 +18,7 @@ enum class Address { kAligned = 0, kOdd = 1 };
 
 /**
  * An export with arguments for a region: images of zeros with the shortest steps that are accepted, a kernel of 3 taps
- * or 3 x 3, a classifier of one feature.
+ * or 3 x 3, a classifier of one feature, a structuring element of 3 x 3.
  */
 class ExportCall {
   public:
@@ -56,6 +56,7 @@ class ExportCall {
     Operand& addOperand(const fuzz::Parameter& parameter, size_t bytes, Address address);
     void* addRows(const fuzz::Parameter& parameter);
     const HaarClassifier* addClassifier();
+    void* addMorphologyState();
     size_t rowBytesOf(const fuzz::Parameter& image) const;
 
     fuzz::Call call_;
@@ -65,9 +66,10 @@ class ExportCall {
     std::vector<Operand> operands_;
     std::list<std::vector<uint8_t*>> rows_;
     std::list<haar::ClassifierPointer> classifiers_;
+    std::list<std::shared_ptr<void>> states_;
 };
 
-/** The exports that take a region, among them the queries of the sizes of work buffers. */
+/** The exports that take the region of images, among them queries of the sizes of work buffers. */
 std::vector<const fuzz::Export*> exportsWithRegions();
 
 /** Whether an export reads or writes images. */

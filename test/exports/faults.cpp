@@ -84,8 +84,9 @@ class Faults {
         const std::string_view optional = fuzz::findPrecondition(target_)->optional;
         for (size_t i = 0; i < valid_.size(); ++i) {
             const Parameter& parameter = target_.parameters[i];
-            const bool isOfFamily =
-                std::ranges::find(family_.rules, parameter.name, &FaultRule::parameter) != family_.rules.end();
+            const bool isOfFamily = std::ranges::any_of(family_.rules, [&](const FaultRule& rule) {
+                return rule.parameter == parameter.name && rule.status == StatusNullPointer;
+            });
             if (parameter.kind >= Kind::kPointer && !isOfFamily && optional.find(parameter.name) == optional.npos)
                 add(i, StatusNullPointer, kNull);
         }

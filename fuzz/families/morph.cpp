@@ -1,0 +1,38 @@
+#include "preconditions.h"
+
+namespace fuzz {
+namespace {
+
+const NumberRule kWidth{"roiWidth", {1, 2, 15, 31, 64, 333, 5000}};
+const NumberRule kBorder{"borderType", {BorderReplicate}};
+const std::string_view kFlat = "MorphologyState", kGray = "GrayMorphologyState";
+
+Precondition rankFilter(std::string_view family) {
+    return {.family = family,
+            .query = "GetBufferSize_",
+            .replacedByQuery = "BorderReplicate_",
+            .hasAnyZero = true,
+            .numbers = {kWidth}};
+}
+
+Precondition operations(std::string_view family) {
+    return {.family = family, .hasAnyZero = true, .numbers = {kBorder}};
+}
+
+const Precondition kFamilies[] = {
+    rankFilter("vekiFilterMin"),
+    rankFilter("vekiFilterMax"),
+    {.family = "vekiMorphology"},
+    {.family = "vekiMorphologyGetSize", .object = kFlat},
+    {.family = "vekiMorphologyCompoundGetSize", .object = kFlat},
+    {.family = "vekiGrayMorphology"},
+    {.family = "vekiGrayMorphologyGetSize", .object = kGray},
+    operations("vekiDilate"),
+    operations("vekiErode"),
+    operations("vekiGray"),
+    operations("vekiMorph"),
+};
+const Families families(kFamilies);
+
+}  // namespace
+}  // namespace fuzz

@@ -1,0 +1,198 @@
+#pragma once
+
+#include "run_rows.h"
+
+namespace VEKCV_VARIANT {
+
+/** A structuring element mirrored at its anchor, or as it is. */
+enum class Side { kGiven, kMirrored };
+
+inline Window windowOf(const Window& window, Side side) {
+    const auto [size, anchor] = window;
+    return side == Side::kGiven ? window : Window{size, {size.width - 1 - anchor.x, size.height - 1 - anchor.y}};
+}
+
+/**
+ * The ranks of all pixels in windows of any shape. Diagonals give intermediate results for kResults rows at a time,
+ * bars for one; these are joined with the single runs of each row.
+ */
+template <typename Rank, typename T>
+class FlatFilter {
+    static constexpr int32_t kResults = kMostRowsAtOnce;  // of a diagonal
+    static constexpr int32_t kMargin = kResults - 1;
+    static constexpr int32_t kFewResults = 2;  // of bars and single runs, for which there are fewer rows in the cache
+
+  public:
+    /** Bytes of scratch memory, which may begin anywhere, for rows of at most so many pixels. */
+    static constexpr int64_t bytes(int32_t width, int32_t channels, RoiSize window, const MaskSummary& mask) {
+        return RunRows<Rank, T>::bytes(width, channels, window, mask.lengths.count) +
+               (kResults * resultElements(width, channels) + lineElements(width, channels, window)) *
+                   int64_t{sizeof(T)} +
+               mostPointers(window, mask.runs) * int64_t{sizeof(T*)} + 4 * Scratch::kAlignment;
+    }
+
+    FlatFilter(Scratch memory, RoiSize roi, int32_t channels, const Window& window, const RunElement& element,
+               Side side)
+        : length_(ptrdiff_t{roi.width} * channels),
+          channels_(channels),
+          size_(window.size),
+          element_(element),
+          side_(side),
+          hasDiagonals_(findDiagonals()),
+          source_(memory, roi, channels, windowOf(window, side), needs()),
+          resultElements_(resultElements(roi.width, channels)) {
+        results_ = memory.take<T>(kResults * resultElements_) + ptrdiff_t{kMargin} * channels;
+        line_ = memory.take<T>(lineElements(roi.width, channels, window.size));
+        pointers_ = memory.take<const T*>(mostPointers(window.size, element.runCount));
+    }
+    FlatFilter(const FlatFilter&) = delete;
+    FlatFilter& operator=(const FlatFilter&) = delete;
+
+    /** Writes `count` rows of results from row `first` on. Calls go down the image. */
+    void filter(const Rows<const T>& source, int32_t first, int32_t count, const Rows<T>& out) {
+        for (int32_t y = first, end = first + count; y < end;) {
+            const int32_t results = HWY_MIN(end - y, resultsAtOnce());
+            source_.moveTo(source, y, results);
+            if (source_.isCareful())
+                filterBlock<CarefulRank<Rank, T>>(y, results, out);
+            else
+                filterBlock<Rank>(y, results, out);
+            y += results;
+        }
+    }
+
+  private:
+    static constexpr ptrdiff_t kVector = 64 / sizeof(T);  // elements
+
+    static constexpr ptrdiff_t resultElements(int32_t width, int32_t channels) {
+        return (ptrdiff_t{width} + 2 * kMargin) * channels;
+    }
+    static constexpr ptrdiff_t lineElements(int32_t width, int32_t channels, RoiSize window) {
+        return (ptrdiff_t{width} + window.width) * channels + kVector;
+    }
+    static constexpr int64_t mostPointers(RoiSize window, int32_t runs) {
+        return HWY_MAX(int64_t{runs}, int64_t{window.height} + kResults) + kMostJoined + 1;
+    }
+
+    bool findDiagonals() const {
+        for (int32_t i = 0; i < element_.strandCount; ++i)
+            if (element_.strands[i].kind != Strand::kBar)
+                return true;
+        return false;
+    }
+
+    int32_t resultsAtOnce() const { return hasDiagonals_ ? kResults : kFewResults; }
+
+    RunNeeds needs() const {
+        RunNeeds needs{element_.lengths, {}, resultsAtOnce()};
+        for (int32_t& row : needs.leastRows)
+            row = size_.height;
+        const auto add = [&](Run run) { needs.leastRows[run.length] = HWY_MIN(needs.leastRows[run.length], run.row); };
+        for (int32_t i = 0; i < element_.runCount; ++i)
+            add(sideOf(element_.runs[i]));
+        for (int32_t i = 0; i < element_.strandCount; ++i)
+            add(sideOf(element_.strands[i]).first);
+        return needs;
+    }
+
+    template <typename R>
+    void filterBlock(int32_t y, int32_t results, const Rows<T>& out) {
+        hasResults_ = false;
+        for (int32_t i = 0; i < element_.strandCount; ++i)
+            if (const Strand strand = sideOf(element_.strands[i]); strand.kind != Strand::kBar) {
+                joinDiagonal<R>(strand);
+                hasResults_ = true;
+            }
+        for (int32_t k = 0; k < results; ++k) {
+            hasResults_ = hasDiagonals_;
+            T* const result = results_ + k * resultElements_;
+            int32_t count = 0;  // of pointers to what a bar consists of
+            for (int32_t i = 0; i < element_.strandCount; ++i) {
+                const Strand strand = sideOf(element_.strands[i]);
+                if (strand.kind != Strand::kBar)
+                    continue;
+                if (count > 0)
+                    joinPointers<R>(count, result);
+                count = findBar<R>(strand, k);
+            }
+            for (int32_t i = 0; i < element_.runCount; ++i)
+                pointers_[count++] = source_(sideOf(element_.runs[i]), k);
+            if (hasResults_)
+                pointers_[count++] = result;
+            joinRows<R>(pointers_, count, length_, out[y + k]);
+        }
+    }
+
+    /** Joins what the pointers point to, and an intermediate result where there is one, to an intermediate result. */
+    template <typename R>
+    void joinPointers(int32_t count, T* result) {
+        if (hasResults_)
+            pointers_[count++] = result;
+        joinRows<R>(pointers_, count, length_, result);
+        hasResults_ = true;
+    }
+
+    /** Sets pointers to ranks that make up a bar for result k; how many these are. All but the last step are done. */
+    template <typename R>
+    int32_t findBar(const Strand& bar, int32_t k) {
+        const T* line = source_(bar.first, k);
+        const auto [lengths, steps] = LineSteps(bar.runs);
+        int32_t joined = 1;
+        for (int32_t step = steps - 1; step > 0; --step) {
+            const ptrdiff_t elements = length_ + ptrdiff_t{bar.runs - lengths[step]} * channels_;
+            joinAlong<R>(line, channels_, joined, lengths[step], line == line_ ? alignUp(elements, kVector) : elements,
+                         line_);
+            line = line_;
+            joined = lengths[step];
+        }
+        return partsAlong(line, channels_, joined, bar.runs, pointers_);
+    }
+
+    template <typename R>
+    void joinDiagonal(const Strand& strand) {
+        if constexpr (std::is_same_v<R, Rank>) {
+            // Seen from a place that moves with the diagonal, it is a column. It begins so far to the left, and is so
+            // much longer, that all results are complete.
+            const ptrdiff_t shift = strand.kind == Strand::kRightwards ? channels_ : -channels_;
+            const ptrdiff_t beyond = (kResults - 1) * ptrdiff_t{channels_}, begin = shift > 0 ? -beyond : 0;
+            for (int32_t k = 0; k < strand.runs + kResults - 1; ++k)
+                pointers_[k] = source_(strand[k], 0) + begin;
+            slideDown<Rank, kResults>(pointers_, strand.runs, length_ + beyond, hasResults_,
+                                      {results_ + begin, resultElements_ + shift});
+        } else {
+            for (int32_t k = 0; k < kResults; ++k) {
+                for (int32_t i = 0; i < strand.runs; ++i)
+                    pointers_[i] = source_(strand[i], k);
+                const bool hasResults = hasResults_;
+                joinPointers<R>(strand.runs, results_ + k * resultElements_);
+                hasResults_ = hasResults;
+            }
+        }
+    }
+
+    Run sideOf(Run run) const {
+        if (side_ == Side::kGiven)
+            return run;
+        const int32_t length = element_.lengths.values[run.length];
+        return {size_.height - run.row - length, size_.width - 1 - run.column, run.length};
+    }
+
+    Strand sideOf(const Strand& strand) const {
+        return side_ == Side::kGiven ? strand : Strand{sideOf(strand[strand.runs - 1]), strand.runs, strand.kind};
+    }
+
+    ptrdiff_t length_;  // of a row of results, in elements
+    int32_t channels_;
+    RoiSize size_;
+    RunElement element_;
+    Side side_;
+    bool hasDiagonals_;
+    RunRows<Rank, T> source_;
+    ptrdiff_t resultElements_;
+    T* results_;  // intermediate ones
+    T* line_;     // of a bar
+    const T** pointers_;
+    bool hasResults_ = false;  // intermediate ones have been written
+};
+
+}  // namespace VEKCV_VARIANT

@@ -1,0 +1,23 @@
+// The record of a grey structuring element.
+#pragma once
+
+#include "morphology_state.h"
+
+namespace VEKCV_VARIANT {
+
+/**
+ * The record of grey elements. A dilation raises pixels by the heights of the first members, and lowers them by those
+ * of the others, which are the negative ones of integers; an erosion does the opposite.
+ */
+template <typename T>
+struct GrayState : StateHead {
+    const Run* members;  // of length 1
+    const T* heights;    // magnitudes of integers
+    int32_t memberCount, raisingCount;
+    bool hasInfinite;  // whether there are infinite heights, which may give NaN
+};
+
+template <typename T>
+constexpr StateKind kGrayKind{Purpose::kGray, sizeof(T), 1};
+
+}  // namespace VEKCV_VARIANT
