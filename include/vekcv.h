@@ -2048,6 +2048,75 @@ VEKCV_API Status VEKCV_CALL vekiMorphGradientBorderReplicate_32f_C4R(const float
 
 /* ------------------------------------------------------------------------------------------------------------------ */
 /**
+ * @defgroup MorphReconstruct Morphological reconstruction
+ * What a marker reaches in an image. By dilation, the marker becomes min(marker, source) everywhere, and then, until
+ * nothing changes any more,
+ *
+ *     marker(x, y) = min(source(x, y), maximum of the marker over (x, y) and its neighbours)
+ *
+ * By erosion: the same with maximum and minimum exchanged. A pixel has four neighbours (NormL1) or eight (NormInf);
+ * there are none outside of the region. The result is unique, whatever the order in which pixels are visited. They are
+ * visited in scans of the image and then in the order of a first-in first-out queue, after Vincent, "Morphological
+ * Grayscale Reconstruction in Image Analysis: Applications and Efficient Algorithms" (1993). Photographs take a few
+ * scans; a time much longer than linear takes images made for it.
+ *
+ * With the marker source - h, dilation takes h off the peaks of an image, and the domes above them are what it lost.
+ * With a marker that is the image along its edges and the largest value elsewhere, erosion fills its holes.
+ *
+ * In floats a NaN of the marker counts as -infinity (erosion: +infinity), so other pixels spread over it, and a NaN of
+ * the source bounds nothing. Zeros of the result are +0.
+ *
+ * @param source       first pixel of the source, which bounds the result
+ * @param marker       first pixel of the marker, which becomes the result; must not overlap the source
+ * @param sourceStep, markerStep   bytes from row to row
+ * @param roiSize      size of both images, at least 1 x 1
+ * @param norm         which pixels are neighbours: NormL1 or NormInf
+ * @param buffer       work buffer at any address, of the size that GetBufferSize gives for the same region
+ * @param bufferSize   receives the bytes of the work buffer, for all types, operations and numbers of threads
+ *                     8 * (width * height / 32 + 1) + 32, where the division rounds down
+ *
+ * @retval StatusOk                the result was written
+ * @retval StatusNullPointer       an image or the buffer is null; of GetBufferSize, bufferSize
+ * @retval StatusSizeError         width or height is below 1; of GetBufferSize also that the size is above 2147483647
+ * @retval StatusStepError         a step is smaller than a row
+ * @retval StatusStepNotMultiple   a step of a 16u or 32f image is not a multiple of 2 or 4
+ * @retval StatusBadArgument       norm is neither NormL1 nor NormInf
+ *
+ * The calling thread does all the work.
+ * @{
+ */
+/** reconstruction by dilation */
+VEKCV_API Status VEKCV_CALL vekiMorphReconstructDilate_8u_C1IR(const uint8_t* source, int32_t sourceStep,
+                                                               uint8_t* marker, int32_t markerStep, RoiSize roiSize,
+                                                               int32_t norm, uint8_t* buffer);
+VEKCV_API Status VEKCV_CALL vekiMorphReconstructDilate_16u_C1IR(const uint16_t* source, int32_t sourceStep,
+                                                                uint16_t* marker, int32_t markerStep, RoiSize roiSize,
+                                                                int32_t norm, uint8_t* buffer);
+VEKCV_API Status VEKCV_CALL vekiMorphReconstructDilate_32f_C1IR(const float* source, int32_t sourceStep, float* marker,
+                                                                int32_t markerStep, RoiSize roiSize, int32_t norm,
+                                                                uint8_t* buffer);
+/** work buffer of vekiMorphReconstructDilate: a quarter of a byte for each pixel, and some more */
+VEKCV_API Status VEKCV_CALL vekiMorphReconstructDilateGetBufferSize_8u_C1R(RoiSize roiSize, int32_t* bufferSize);
+VEKCV_API Status VEKCV_CALL vekiMorphReconstructDilateGetBufferSize_16u_C1R(RoiSize roiSize, int32_t* bufferSize);
+VEKCV_API Status VEKCV_CALL vekiMorphReconstructDilateGetBufferSize_32f_C1R(RoiSize roiSize, int32_t* bufferSize);
+/** reconstruction by erosion */
+VEKCV_API Status VEKCV_CALL vekiMorphReconstructErode_8u_C1IR(const uint8_t* source, int32_t sourceStep,
+                                                              uint8_t* marker, int32_t markerStep, RoiSize roiSize,
+                                                              int32_t norm, uint8_t* buffer);
+VEKCV_API Status VEKCV_CALL vekiMorphReconstructErode_16u_C1IR(const uint16_t* source, int32_t sourceStep,
+                                                               uint16_t* marker, int32_t markerStep, RoiSize roiSize,
+                                                               int32_t norm, uint8_t* buffer);
+VEKCV_API Status VEKCV_CALL vekiMorphReconstructErode_32f_C1IR(const float* source, int32_t sourceStep, float* marker,
+                                                               int32_t markerStep, RoiSize roiSize, int32_t norm,
+                                                               uint8_t* buffer);
+/** work buffer of vekiMorphReconstructErode: a quarter of a byte for each pixel, and some more */
+VEKCV_API Status VEKCV_CALL vekiMorphReconstructErodeGetBufferSize_8u_C1R(RoiSize roiSize, int32_t* bufferSize);
+VEKCV_API Status VEKCV_CALL vekiMorphReconstructErodeGetBufferSize_16u_C1R(RoiSize roiSize, int32_t* bufferSize);
+VEKCV_API Status VEKCV_CALL vekiMorphReconstructErodeGetBufferSize_32f_C1R(RoiSize roiSize, int32_t* bufferSize);
+/** @} */
+
+/* ------------------------------------------------------------------------------------------------------------------ */
+/**
  * @defgroup Canny Canny edge detector
  * The edges of an image from its derivatives: 255 where there is one, 0 elsewhere. After Canny, "A Computational
  * Approach to Edge Detection" (1986).

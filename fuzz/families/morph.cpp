@@ -5,6 +5,7 @@ namespace {
 
 const NumberRule kWidth{"roiWidth", {1, 2, 15, 31, 64, 333, 5000}};
 const NumberRule kBorder{"borderType", {BorderReplicate}};
+const NumberRule kNorm{"norm", {NormL1, NormInf, NormL2}};
 const std::string_view kFlat = "MorphologyState", kGray = "GrayMorphologyState";
 
 Precondition rankFilter(std::string_view family) {
@@ -31,6 +32,8 @@ const Precondition kFamilies[] = {
     operations("vekiErode"),
     operations("vekiGray"),
     operations("vekiMorph"),
+    // One size serves all types and both operations.
+    {.family = "vekiMorphReconstruct", .query = "vekiMorphReconstructDilateGetBufferSize_8u_C1R", .numbers = {kNorm}},
 };
 const Families families(kFamilies);
 
