@@ -87,6 +87,10 @@ pictures:
 	@build/x86_64/vek localcontrast examples/pictures/camera.png docs/pictures/local-contrast.jpg --window 5
 	@build/x86_64/vek edges examples/pictures/camera.png docs/pictures/edges.png --low 100 --high 250
 	@build/x86_64/vek detect $(CASCADE) examples/pictures/astronaut.png -o docs/pictures/faces.jpg
+	@build/x86_64/vek morph blackhat examples/pictures/text.png docs/pictures/writing.png --element ellipse --size 9x9
+	@build/x86_64/vek edges examples/pictures/coins.png build/coins-edges.png --low 1500 --high 3000 --aperture 5
+	@build/x86_64/vek morph close build/coins-edges.png build/closed.png --element ellipse --size 5x5
+	@build/x86_64/vek fillholes build/closed.png docs/pictures/regions.png
 
 fuzz:
 	@cmake/packages.sh build clang

@@ -155,6 +155,30 @@ lower one beside that.'
     show 'Coins, with derivatives over 5 x 5 pixels' coins.png coins-edges.png \
         edges coins.png coins-edges.png --low 1500 --high 3000 --aperture 5
 
+    section 'Morphology' 'The largest, the smallest value under an element that lies on each pixel in turn, and what they
+are combined to.'
+    show 'Writing on uneven paper, and what is darker than all around it in 9 x 9 pixels: the uneven light is gone' \
+        text.png writing.png morph blackhat text.png writing.png --element ellipse --size 9x9
+    show 'The paper alone' text.png paper.png morph close text.png paper.png --element ellipse --size 15x15
+    show 'Coins on a cloth that is lighter at the top, and what is lighter than the cloth' coins.png coins-tophat.png \
+        morph tophat coins.png coins-tophat.png --element ellipse --size 75x75
+    show 'Edges, up to 5 pixels wide' camera.png outlines.png \
+        morph gradient camera.png outlines.png --element ellipse --size 5x5
+    show 'A photograph without light spots of less than 11 pixels' chelsea.png chelsea-open.png \
+        morph open chelsea.png chelsea-open.png --element ellipse --size 11x11
+
+    section 'Holes and regions' 'Reconstruction: what light regions hold, and which of them a marker touches.'
+    show 'Coins, and the dark places in them as light as the walls around' coins.png coins-filled.png \
+        fillholes coins.png coins-filled.png
+    show 'The edges of coins, and the same without gaps' coins-edges.png coins-closed.png \
+        morph close coins-edges.png coins-closed.png --element ellipse --size 5x5
+    show 'Their holes filled: the coins as regions' coins-closed.png coins-regions.png \
+        fillholes coins-closed.png coins-regions.png
+    show 'Places where a disc of 49 x 49 pixels fits in' coins-regions.png coins-places.png \
+        morph erode coins-regions.png coins-places.png --element ellipse --size 49x49
+    show 'The regions that have such a place' 'coins-places.png coins-regions.png' coins-large.png \
+        reconstruct coins-places.png coins-regions.png coins-large.png
+
     section 'Objects' 'What a trained cascade of Haar-like features finds: x, y, width and height, and a box in the picture.'
     show 'A face' astronaut.png faces.png detect "$cascades/haarcascade_frontalface_alt.xml" astronaut.png -o faces.png
     print 'The same in numbers' detect "$cascades/haarcascade_frontalface_alt.xml" astronaut.png

@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cctype>
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
@@ -46,6 +47,19 @@ inline std::string photograph(const std::string& name) {
 
 inline Result vek(const std::string& arguments) {
     return run(program() + " " + arguments);
+}
+
+/** The picture out.png that a command writes, which must not complain of anything. */
+inline Picture outputOf(const std::string& arguments) {
+    const Result result = vek(arguments);
+    EXPECT_EQ(0, result.status) << result.output;
+    EXPECT_EQ("", result.output);
+    return result.status == 0 ? readPicture("out.png") : Picture();
+}
+
+inline std::string inCapitals(std::string text) {
+    std::ranges::transform(text, text.begin(), [](unsigned char c) { return std::toupper(c); });
+    return text;
 }
 
 /** Random pixels. */

@@ -11,5 +11,8 @@ void addMotion(CLI::App& app);
 void addStats(CLI::App& app);
 void addLocalContrast(CLI::App& app);
 void addFilter(CLI::App& app);
+void addMorph(CLI::App& app);
+void addReconstruct(CLI::App& app);
+void addFillHoles(CLI::App& app);
 void addEdges(CLI::App& app);
 void addDetect(CLI::App& app);

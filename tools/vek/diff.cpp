@@ -12,8 +12,7 @@ struct Options {
 void diff(const Options& options) {
     checkPictureName(options.output);
     const Picture first = readPicture(options.first), second = readPicture(options.second);
-    if (!second.hasShapeOf(first))
-        throw Failure(options.second, "is " + second.shape() + ", but " + options.first + " is " + first.shape());
+    checkSameShape(options.second, second, options.first, first);
     writePicture(options.output, absoluteDifference(first, second));
 }
 

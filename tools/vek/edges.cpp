@@ -19,7 +19,7 @@ struct Options {
 /** A derivative of a grey picture that its edge pixels continue. */
 std::vector<int16_t> derivative(const char* name, auto function, auto bufferSize, const Picture& grey, int32_t mask) {
     std::vector<int16_t> result(grey.bytes.size());
-    const WorkBuffer buffer = workBuffer(grey, bufferSize, mask);
+    const WorkBuffer buffer = workBuffer(bufferSize, grey.size(), mask);
     callLibrary(name, function, grey.pixels<uint8_t>(), grey.step(), result.data(),
                 grey.width * static_cast<int32_t>(sizeof(int16_t)), grey.size(), mask, int32_t{BorderReplicate},
                 uint8_t{0}, buffer.get());
@@ -36,7 +36,7 @@ Picture edgesOf(const Picture& grey, const Options& options) {
                    vekiFilterSobelHorizGetBufferSize_8u16s_C1R, grey, mask);
     const int32_t step = grey.width * static_cast<int32_t>(sizeof(int16_t));
     Picture result(grey.width, grey.height, 1, 8);
-    const WorkBuffer buffer = workBuffer(grey, vekiCannyGetSize);
+    const WorkBuffer buffer = workBuffer(vekiCannyGetSize, grey.size());
     callLibrary("vekiCanny_16s8u_C1R", vekiCanny_16s8u_C1R, across.data(), step, down.data(), step,
                 result.pixels<uint8_t>(), result.step(), grey.size(), options.low, options.high, buffer.get());
     return result;

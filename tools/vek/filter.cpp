@@ -81,7 +81,7 @@ Filter fixed(const char* name, auto function, auto bufferSize) {
     return {kHasMasks ? Takes::kAperture : Takes::kNothing, [=](const Picture& grey, const Options& options) {
                 const auto call = [&](auto... mask) {
                     return filtered<Result>(name, function, grey.bytes, grey, options,
-                                            workBuffer(grey, bufferSize, mask...), mask...);
+                                            workBuffer(bufferSize, grey.size(), mask...), mask...);
                 };
                 if constexpr (kHasMasks)
                     return call(int32_t{options.aperture == 5 ? MaskSize5x5 : MaskSize3x3});
@@ -95,7 +95,7 @@ Picture gauss(const Picture& grey, const Options& options) {
     const int32_t size = options.size.value_or(2 * static_cast<int32_t>(std::ceil(3 * sigma)) + 1);
     const std::vector<float> pixels(grey.bytes.begin(), grey.bytes.end());
     return filtered<float>("vekiFilterGaussBorder_32f_C1R", vekiFilterGaussBorder_32f_C1R, pixels, grey, options,
-                           workBuffer(grey, vekiFilterGaussGetBufferSize_32f_C1R, size), size, sigma);
+                           workBuffer(vekiFilterGaussGetBufferSize_32f_C1R, grey.size(), size), size, sigma);
 }
 
 const std::map<std::string, Filter> kFilters = {

@@ -46,6 +46,9 @@ int main(int argc, char** argv) {
     addStats(app);
     addLocalContrast(app);
     addFilter(app);
+    addMorph(app);
+    addReconstruct(app);
+    addFillHoles(app);
     addEdges(app);
     addDetect(app);
 

@@ -5,9 +5,9 @@
 #include <cstdio>
 #include <cstdlib>
 
-/** The argument IN of the commands that work in grey. */
-inline void addGreyInput(CLI::App& command, std::string& path) {
-    command.add_option("IN", path, "An 8-bit picture; colour is taken as grey, .299 R + .587 G + .114 B")->required();
+/** A picture for the commands that work in grey. */
+inline void addGreyInput(CLI::App& command, std::string& path, const std::string& name = "IN") {
+    command.add_option(name, path, "An 8-bit picture; colour is taken as grey, .299 R + .587 G + .114 B")->required();
 }
 
 /** A check of an option that takes a number; CLI::Range would let one pass that is no number. */

@@ -72,6 +72,12 @@ Picture readEightBit(const std::string& path, const std::string& purpose) {
     return picture;
 }
 
+void checkSameShape(const std::string& path, const Picture& picture, const std::string& otherPath,
+                    const Picture& other) {
+    if (!picture.hasShapeOf(other))
+        throw Failure(path, "is " + picture.shape() + ", but " + otherPath + " is " + other.shape());
+}
+
 void checkPictureName(const std::string& path) {
     if (formatOfName(path) == Format::kNone)
         throw UsageError(path, "pictures are written as .png, .jpg or .jpeg");

@@ -14,6 +14,10 @@ Picture readPicture(const std::string& path);
 /** The same for what needs a picture of 8 bits; how this is said begins with `purpose`, as in "edges are those of". */
 Picture readEightBit(const std::string& path, const std::string& purpose);
 
+/** Throws Failure where a picture has not the shape of another; the paths are for the message. */
+void checkSameShape(const std::string& path, const Picture& picture, const std::string& otherPath,
+                    const Picture& other);
+
 /** Throws UsageError where writePicture could not write a file of this name: .png, .jpg and .jpeg are known. */
 void checkPictureName(const std::string& path);
 

@@ -6,10 +6,10 @@
 
 using WorkBuffer = std::unique_ptr<uint8_t[]>;
 
-/** Memory of the size that a query of the library gives, whose arguments begin with the size of the picture. */
-WorkBuffer workBuffer(const Picture& picture, auto query, auto... arguments) {
+/** Memory of the size that a query of the library gives for these arguments. */
+WorkBuffer workBuffer(auto query, auto... arguments) {
     int32_t bytes = 0;
-    if (query(picture.size(), arguments..., &bytes) != StatusOk)
+    if (query(arguments..., &bytes) != StatusOk)
         throw Failure("the work buffer", "would be larger than 2 GiB");
     return std::make_unique_for_overwrite<uint8_t[]>(static_cast<size_t>(bytes));
 }
