@@ -40,7 +40,7 @@ class FlatFilter {
           side_(side),
           hasDiagonals_(findDiagonals()),
           source_(memory, roi, channels, windowOf(window, side), needs()),
-          resultElements_(resultElements(roi.width, channels)) {
+          resultElements_(static_cast<ptrdiff_t>(resultElements(roi.width, channels))) {
         results_ = memory.take<T>(kResults * resultElements_) + ptrdiff_t{kMargin} * channels;
         line_ = memory.take<T>(lineElements(roi.width, channels, window.size));
         pointers_ = memory.take<const T*>(mostPointers(window.size, element.runCount));
@@ -64,11 +64,11 @@ class FlatFilter {
   private:
     static constexpr ptrdiff_t kVector = 64 / sizeof(T);  // elements
 
-    static constexpr ptrdiff_t resultElements(int32_t width, int32_t channels) {
-        return (ptrdiff_t{width} + 2 * kMargin) * channels;
+    static constexpr int64_t resultElements(int32_t width, int32_t channels) {
+        return (int64_t{width} + 2 * kMargin) * channels;
     }
-    static constexpr ptrdiff_t lineElements(int32_t width, int32_t channels, RoiSize window) {
-        return (ptrdiff_t{width} + window.width) * channels + kVector;
+    static constexpr int64_t lineElements(int32_t width, int32_t channels, RoiSize window) {
+        return (int64_t{width} + window.width) * channels + kVector;
     }
     static constexpr int64_t mostPointers(RoiSize window, int32_t runs) {
         return HWY_MAX(int64_t{runs}, int64_t{window.height} + kResults) + kMostJoined + 1;

@@ -50,9 +50,9 @@ struct CompoundMemory {
 
     CompoundMemory(Scratch scratch, const Operands<T>& operands) : first(nullptr, 0), second(nullptr, 0) {
         const int32_t height = operands.element.window.size.height;
-        const ptrdiff_t stride = Band<T>::stride(operands.roi.width, operands.channels);
+        const auto stride = static_cast<int32_t>(Band<T>::stride(operands.roi.width, operands.channels));
         const int32_t rows = static_cast<int32_t>(Band<T>::rows(height));
-        band = {scratch.take<T>(rows * stride / static_cast<ptrdiff_t>(sizeof(T))), static_cast<int32_t>(stride), rows};
+        band = {scratch.take<T>(rows * (stride / static_cast<ptrdiff_t>(sizeof(T)))), stride, rows};
         const int64_t half = scratch.bytes() / 2;
         first = Scratch(scratch.take<uint8_t>(half), half);
         second = scratch;

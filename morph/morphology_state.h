@@ -57,8 +57,8 @@ constexpr int32_t compoundRows(int32_t windowHeight) {
 /** The results of the first step that the second one needs at a time. */
 template <typename T>
 struct Band {
-    static constexpr ptrdiff_t stride(int32_t width, int32_t channels) {
-        return alignUp(ptrdiff_t{width} * channels * ptrdiff_t{sizeof(T)}, ptrdiff_t{kBlockAlignment});
+    static constexpr int64_t stride(int32_t width, int32_t channels) {
+        return alignUp(int64_t{width} * channels * int64_t{sizeof(T)}, kBlockAlignment);
     }
     static constexpr int64_t rows(int32_t windowHeight) {
         return int64_t{windowHeight} + compoundRows(windowHeight) - 1;

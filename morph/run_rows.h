@@ -47,7 +47,7 @@ class RunRows {
           window_(window),
           lengths_(needs.lengths),
           margin_(needs.margin()),
-          rowElements_(rowElements(roi.width, channels, window.size, margin_)) {
+          rowElements_(static_cast<ptrdiff_t>(rowElements(roi.width, channels, window.size, margin_))) {
         int32_t rows = 0;
         for (int32_t i = 0; i < lengths_.count; ++i)
             rows += rowsOf(i, needs);
@@ -95,9 +95,9 @@ class RunRows {
   private:
     static constexpr int64_t kNone = INT64_MIN;
 
-    static constexpr ptrdiff_t rowElements(int32_t width, int32_t channels, RoiSize window, int32_t margin) {
+    static constexpr int64_t rowElements(int32_t width, int32_t channels, RoiSize window, int32_t margin) {
         // The last vector of a row may reach beyond it.
-        return alignUp((ptrdiff_t{width} + window.width - 1 + 2 * margin) * channels + kVector, kVector);
+        return alignUp<int64_t>((int64_t{width} + window.width - 1 + 2 * margin) * channels + kVector, kVector);
     }
 
     /** How many rows of a length are needed at a time: by windows, and to compute the next length. */
