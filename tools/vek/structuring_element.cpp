@@ -1,5 +1,6 @@
 #include "structuring_element.h"
 
+#include <algorithm>
 #include <array>
 #include <charconv>
 #include <filesystem>
