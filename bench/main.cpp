@@ -50,8 +50,8 @@ Options parse(int argc, char** argv) {
 int32_t sideBeyondCache() {
     int cacheBytes = 0;
     vekGetMaxCacheSizeB(&cacheBytes);
-    // The bytes of the largest images, floats in three channels, have to fit an int.
-    constexpr int32_t kMostSide = sizeof(void*) == 4 ? 8192 : 12288;
+    // The bytes of the largest images, floats in four channels, have to fit an int, and a few of them the address space.
+    constexpr int32_t kMostSide = sizeof(void*) == 4 ? 7168 : 11520;
     int32_t side = 1024;
     while (side < kMostSide && int64_t{side} * side < int64_t{2} * cacheBytes)
         side *= 2;
