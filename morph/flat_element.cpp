@@ -43,7 +43,9 @@ class Splitter {
     Strand findStrand(Run run) const {
         Strand best{};
         int32_t most = 0;
-        for (const auto kind : {Strand::kBar, Strand::kRightwards, Strand::kLeftwards}) {
+        for (const auto kind : {Strand::kBar, Strand::kDownwards, Strand::kRightwards, Strand::kLeftwards}) {
+            if (kind == Strand::kDownwards && lengths_.count > 1)
+                continue;  // runs of greater lengths are for that
             Strand strand{run, 1, kind};
             for (; hasMembers(strand[-1]); ++strand.runs)
                 strand.first = strand[-1];
@@ -134,16 +136,18 @@ RunLengths RunLengths::of(const uint8_t* mask, RoiSize size) {
 
 MaskSummary MaskSummary::of(const uint8_t* mask, RoiSize size) {
     MaskSummary summary{true, true, RunLengths::of(mask, size), 0};
+    constexpr int32_t kSlope = 5;
     int32_t fullColumns = 0;
-    int64_t members = 0;
+    int64_t members = 0, loads = 0;  // where all runs are single members, but some in slopes
     forRuns(mask, size, [&](int32_t row, int32_t /*column*/, int32_t length) {
         summary.isEmpty = false;
         members += length;
+        loads += length < kLeastStrand ? length : kSlope;
         fullColumns += length == size.height ? 1 : 0;
         forParts(summary.lengths, row, length, [&](int32_t, int32_t) { ++summary.runs; });
     });
     summary.isFull = fullColumns == size.width;
-    if (members <= summary.runs + summary.lengths.cost()) {
+    if (loads <= summary.runs + summary.lengths.cost()) {
         summary.lengths.count = 1;
         summary.runs = static_cast<int32_t>(members);
     }

@@ -34,19 +34,22 @@ struct Run {
 };
 
 /**
- * Runs of the same length in consecutive columns. A bar has them side by side; in a diagonal each begins a row below
- * the one before, and the columns go to the right or to the left.
+ * Runs of the same length, of which each begins beside the one before. A bar has them side by side; in a slope each
+ * begins a row below, either in the same column or in the next one to the right or to the left.
  */
 struct Strand {
-    enum Kind : int32_t { kBar, kRightwards, kLeftwards };
+    enum Kind : int32_t { kBar, kDownwards, kRightwards, kLeftwards };
 
-    Run first;  // the leftmost of a bar, the topmost of a diagonal
+    Run first;  // the leftmost of a bar, the topmost of a slope
     int32_t runs;
     Kind kind;
 
+    /** How many columns a run of a slope lies to the right of the one before. */
+    int32_t shift() const { return kind == kRightwards ? 1 : kind == kLeftwards ? -1 : 0; }
+
     Run operator[](int32_t k) const {
         return kind == kBar ? Run{first.row, first.column + k, first.length}
-                            : Run{first.row + k, first.column + (kind == kRightwards ? k : -k), first.length};
+                            : Run{first.row + k, first.column + k * shift(), first.length};
     }
 };
 

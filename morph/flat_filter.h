@@ -13,12 +13,12 @@ inline Window windowOf(const Window& window, Side side) {
 }
 
 /**
- * The ranks of all pixels in windows of any shape. Diagonals give intermediate results for kResults rows at a time,
+ * The ranks of all pixels in windows of any shape. Slopes give intermediate results for kResults rows at a time,
  * bars for one; these are joined with the single runs of each row.
  */
 template <typename Rank, typename T>
 class FlatFilter {
-    static constexpr int32_t kResults = kMostRowsAtOnce;  // of a diagonal
+    static constexpr int32_t kResults = kMostRowsAtOnce;  // of a slope
     static constexpr int32_t kMargin = kResults - 1;
     static constexpr int32_t kFewResults = 2;  // of bars and single runs, for which there are fewer rows in the cache
 
@@ -26,7 +26,7 @@ class FlatFilter {
     /** Bytes of scratch memory, which may begin anywhere, for rows of at most so many pixels. */
     static constexpr int64_t bytes(int32_t width, int32_t channels, RoiSize window, const MaskSummary& mask) {
         return RunRows<Rank, T>::bytes(width, channels, window, mask.lengths.count) +
-               (kResults * resultElements(width, channels) + lineElements(width, channels, window)) *
+               (kResults * (resultElements(width, channels) + lineElements(width, channels, window)) + kVector) *
                    int64_t{sizeof(T)} +
                mostPointers(window, mask.runs) * int64_t{sizeof(T*)} + 4 * Scratch::kAlignment;
     }
@@ -38,11 +38,13 @@ class FlatFilter {
           size_(window.size),
           element_(element),
           side_(side),
-          hasDiagonals_(findDiagonals()),
+          hasSlopes_(findSlopes()),
           source_(memory, roi, channels, windowOf(window, side), needs()),
-          resultElements_(static_cast<ptrdiff_t>(resultElements(roi.width, channels))) {
-        results_ = memory.take<T>(kResults * resultElements_) + ptrdiff_t{kMargin} * channels;
-        line_ = memory.take<T>(lineElements(roi.width, channels, window.size));
+          resultElements_(static_cast<ptrdiff_t>(resultElements(roi.width, channels))),
+          lineElements_(static_cast<ptrdiff_t>(lineElements(roi.width, channels, window.size))) {
+        T* const rows = alignUp(memory.take<T>(kResults * (resultElements_ + lineElements_) + kVector));
+        results_ = rows + static_cast<ptrdiff_t>(margin(channels));
+        lines_ = rows + kResults * resultElements_;
         pointers_ = memory.take<const T*>(mostPointers(window.size, element.runCount));
     }
     FlatFilter(const FlatFilter&) = delete;
@@ -64,24 +66,26 @@ class FlatFilter {
   private:
     static constexpr ptrdiff_t kVector = 64 / sizeof(T);  // elements
 
+    // Rows of results and lines begin at whole vectors.
+    static constexpr int64_t margin(int32_t channels) { return alignUp<int64_t>(int64_t{kMargin} * channels, kVector); }
     static constexpr int64_t resultElements(int32_t width, int32_t channels) {
-        return (int64_t{width} + 2 * kMargin) * channels;
+        return alignUp<int64_t>(int64_t{width} * channels, kVector) + 2 * margin(channels);
     }
     static constexpr int64_t lineElements(int32_t width, int32_t channels, RoiSize window) {
-        return (int64_t{width} + window.width) * channels + kVector;
+        return alignUp<int64_t>((int64_t{width} + window.width) * channels + kVector, kVector);
     }
     static constexpr int64_t mostPointers(RoiSize window, int32_t runs) {
         return HWY_MAX(int64_t{runs}, int64_t{window.height} + kResults) + kMostJoined + 1;
     }
 
-    bool findDiagonals() const {
+    bool findSlopes() const {
         for (int32_t i = 0; i < element_.strandCount; ++i)
             if (element_.strands[i].kind != Strand::kBar)
                 return true;
         return false;
     }
 
-    int32_t resultsAtOnce() const { return hasDiagonals_ ? kResults : kFewResults; }
+    int32_t resultsAtOnce() const { return hasSlopes_ ? kResults : kFewResults; }
 
     RunNeeds needs() const {
         RunNeeds needs{element_.lengths, {}, resultsAtOnce()};
@@ -100,61 +104,69 @@ class FlatFilter {
         hasResults_ = false;
         for (int32_t i = 0; i < element_.strandCount; ++i)
             if (const Strand strand = sideOf(element_.strands[i]); strand.kind != Strand::kBar) {
-                joinDiagonal<R>(strand);
+                joinSlope<R>(strand);
                 hasResults_ = true;
             }
-        for (int32_t k = 0; k < results; ++k) {
-            hasResults_ = hasDiagonals_;
-            T* const result = results_ + k * resultElements_;
-            int32_t count = 0;  // of pointers to what a bar consists of
-            for (int32_t i = 0; i < element_.strandCount; ++i) {
-                const Strand strand = sideOf(element_.strands[i]);
-                if (strand.kind != Strand::kBar)
-                    continue;
-                if (count > 0)
-                    joinPointers<R>(count, result);
-                count = findBar<R>(strand, k);
+        bar_.count = 0;
+        for (int32_t i = 0; i < element_.strandCount; ++i)
+            if (const Strand strand = sideOf(element_.strands[i]); strand.kind == Strand::kBar) {
+                if (bar_.count > 0) {
+                    for (int32_t k = 0; k < results; ++k)
+                        joinRows<R>(pointers_, findOthers(findBar(k), k), length_, resultRow(k));
+                    hasResults_ = true;
+                }
+                prepareBar<R>(strand, results);
             }
+        for (int32_t k = 0; k < results; ++k) {
+            int32_t count = findBar(k);
             for (int32_t i = 0; i < element_.runCount; ++i)
                 pointers_[count++] = source_(sideOf(element_.runs[i]), k);
-            if (hasResults_)
-                pointers_[count++] = result;
-            joinRows<R>(pointers_, count, length_, out[y + k]);
+            joinRows<R>(pointers_, findOthers(count, k), length_, out[y + k]);
         }
     }
 
-    /** Joins what the pointers point to, and an intermediate result where there is one, to an intermediate result. */
-    template <typename R>
-    void joinPointers(int32_t count, T* result) {
+    T* resultRow(int32_t k) const { return results_ + k * resultElements_; }
+
+    /** Adds a pointer to intermediate result k to `count` pointers, if there is one; how many these are. */
+    int32_t findOthers(int32_t count, int32_t k) {
         if (hasResults_)
-            pointers_[count++] = result;
-        joinRows<R>(pointers_, count, length_, result);
-        hasResults_ = true;
+            pointers_[count++] = resultRow(k);
+        return count;
     }
 
-    /** Sets pointers to ranks that make up a bar for result k; how many these are. All but the last step are done. */
+    /** Sets pointers to ranks that make up the bar for result k; how many these are. */
+    int32_t findBar(int32_t k) {
+        return bar_.count == 0 ? 0 : partsAlong(bar_.lines[k], channels_, bar_.joined, bar_.count, pointers_);
+    }
+
+    /** Joins along the rows of a bar, all but the last step. */
     template <typename R>
-    int32_t findBar(const Strand& bar, int32_t k) {
-        const T* line = source_(bar.first, k);
-        const auto [lengths, steps] = LineSteps(bar.runs);
-        int32_t joined = 1;
+    void prepareBar(const Strand& strand, int32_t results) {
+        const auto [lengths, steps] = LineSteps(strand.runs);
+        bar_.count = strand.runs;
+        bar_.joined = 1;
+        for (int32_t k = 0; k < results; ++k)
+            bar_.lines[k] = source_(strand.first, k);
         for (int32_t step = steps - 1; step > 0; --step) {
-            const ptrdiff_t elements = length_ + ptrdiff_t{bar.runs - lengths[step]} * channels_;
-            joinAlong<R>(line, channels_, joined, lengths[step], line == line_ ? alignUp(elements, kVector) : elements,
-                         line_);
-            line = line_;
-            joined = lengths[step];
+            const ptrdiff_t elements = length_ + ptrdiff_t{bar_.count - lengths[step]} * channels_;
+            const bool isFirst = step == steps - 1;
+            for (int32_t k = 0; k < results; ++k) {
+                T* const line = lines_ + k * lineElements_;
+                joinAlong<R>(bar_.lines[k], channels_, bar_.joined, lengths[step],
+                             isFirst ? elements : alignUp(elements, kVector), line);
+                bar_.lines[k] = line;
+            }
+            bar_.joined = lengths[step];
         }
-        return partsAlong(line, channels_, joined, bar.runs, pointers_);
     }
 
     template <typename R>
-    void joinDiagonal(const Strand& strand) {
+    void joinSlope(const Strand& strand) {
         if constexpr (std::is_same_v<R, Rank>) {
-            // Seen from a place that moves with the diagonal, it is a column. It begins so far to the left, and is so
-            // much longer, that all results are complete.
-            const ptrdiff_t shift = strand.kind == Strand::kRightwards ? channels_ : -channels_;
-            const ptrdiff_t beyond = (kResults - 1) * ptrdiff_t{channels_}, begin = shift > 0 ? -beyond : 0;
+            // Seen from a place that moves with the slope, it is a column. It begins so far to the left, and is so much
+            // longer, that all results are complete.
+            const ptrdiff_t shift = ptrdiff_t{strand.shift()} * channels_, beyond = (kResults - 1) * std::abs(shift);
+            const ptrdiff_t begin = shift > 0 ? -beyond : 0;
             for (int32_t k = 0; k < strand.runs + kResults - 1; ++k)
                 pointers_[k] = source_(strand[k], 0) + begin;
             slideDown<Rank, kResults>(pointers_, strand.runs, length_ + beyond, hasResults_,
@@ -163,9 +175,7 @@ class FlatFilter {
             for (int32_t k = 0; k < kResults; ++k) {
                 for (int32_t i = 0; i < strand.runs; ++i)
                     pointers_[i] = source_(strand[i], k);
-                const bool hasResults = hasResults_;
-                joinPointers<R>(strand.runs, results_ + k * resultElements_);
-                hasResults_ = hasResults;
+                joinRows<R>(pointers_, findOthers(strand.runs, k), length_, resultRow(k));
             }
         }
     }
@@ -186,11 +196,16 @@ class FlatFilter {
     RoiSize size_;
     RunElement element_;
     Side side_;
-    bool hasDiagonals_;
+    bool hasSlopes_;
     RunRows<Rank, T> source_;
     ptrdiff_t resultElements_;
     T* results_;  // intermediate ones
-    T* line_;     // of a bar
+    T* lines_;    // of a bar
+    ptrdiff_t lineElements_;
+    struct {
+        int32_t count, joined;  // pixels of the bar, 0 where there is none, and those that are joined
+        const T* lines[kResults];
+    } bar_;
     const T** pointers_;
     bool hasResults_ = false;  // intermediate ones have been written
 };

@@ -105,6 +105,7 @@ inline const std::vector<Shape>& shapes() {
         [](int x, int y, RoiSize) { return x <= y; },
         [](int x, int y, RoiSize) { return (x + y) % 2 == 0; },
         [](int x, int, RoiSize s) { return x % 4 != 3 || s.width < 4; },  // comb
+        [](int, int y, RoiSize) { return y % 3 == 0; },                   // several bars
         [](int x, int y, RoiSize s) { return x != 1 || y != s.height - 1; },
         [](int x, int y, RoiSize) { return (x * 7 + y * y * 5 + x * x * y) % 11 < 2; },
         [](int x, int y, RoiSize) { return (x * 3 + y * y * 5 + x * x * y) % 7 < 5; },
