@@ -1,5 +1,6 @@
 #include "call.h"
 
+#include <algorithm>
 #include <cstdio>
 
 namespace fuzz {
@@ -23,6 +24,10 @@ std::string text(const Operand& operand) {
            ", rows " + std::to_string(extent.top) + " to " + std::to_string(extent.bottom - 1) + "]";
 }
 
+int32_t dataTypeOf(Element element) {
+    return element == Element::k8u ? 1 : element == Element::k8s ? 3 : element == Element::k16u ? 5 : 13;
+}
+
 }  // namespace
 
 int32_t Call::channelsOf(size_t image) const {
@@ -41,12 +46,22 @@ std::optional<State::Bytes> Call::stateArgument(std::string_view parameter) cons
     return {};
 }
 
+bool Call::isArgumentOfQuery(std::string_view parameter) const {
+    constexpr std::string_view kOthers[] = {"bufferSize", "roiWidth", "dataType", "channels"};
+    return target->has(parameter) || std::ranges::find(kOthers, parameter) != std::end(kOthers);
+}
+
 Value Call::argumentOfQuery(std::string_view parameter) const {
-    if (parameter != "roiWidth")
-        return plainValues[target->indexOf(parameter)];
-    Value width;
-    width.set(plainValues[target->indexOf("roiSize")].as<RoiSize>().width);
-    return width;
+    Value value;
+    if (parameter == "roiWidth")
+        value.set(plainValues[target->indexOf("roiSize")].as<RoiSize>().width);
+    else if (parameter == "dataType")
+        value.set(dataTypeOf(target->parameters[0].element));
+    else if (parameter == "channels")
+        value.set(channelsOf(0));
+    else
+        value = plainValues[target->indexOf(parameter)];
+    return value;
 }
 
 std::string Call::describe() const {

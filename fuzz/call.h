@@ -34,7 +34,9 @@ struct Call {
     /** What a parameter takes from one of the objects; nothing where it is of none. */
     std::optional<State::Bytes> stateArgument(std::string_view parameter) const;
 
-    /** What the query of the size of the work buffer takes, of the arguments without faults. */
+    /** Whether the query of the size of the work buffer may take that. */
+    bool isArgumentOfQuery(std::string_view parameter) const;
+    /** What it takes, of the arguments without faults. */
     Value argumentOfQuery(std::string_view parameter) const;
 
     /** Whether a parameter is an image: a step follows it. */

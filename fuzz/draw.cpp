@@ -325,7 +325,7 @@ std::string missingPlan(const Export& target) {
     if (query == nullptr)
         return name + " has no query of the size of its buffer";
     for (const Parameter& parameter : query->parameters)
-        if (parameter.name != "bufferSize" && parameter.name != "roiWidth" && !target.has(parameter.name))
+        if (!call.isArgumentOfQuery(parameter.name))
             return std::string(query->name) + " has a parameter that " + name +
                    " has not: " + std::string(parameter.name);
     return "";

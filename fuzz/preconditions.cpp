@@ -18,6 +18,7 @@ const NumberRule kNumbers[] = {
     {"channelOfInterest", {1, 2, 3, 0, 4}},
     {"kernelSize", {3, 5, 7, 9, 1, 2, 4, 11, 13, 15, 17, 19, 21, 23, 25, 27, 29, 31, 33, 64}, NumberRule::kBelowOne},
     {"maskSize", {MaskSize3x3, MaskSize5x5}},
+    {"roiWidth", {1, 2, 15, 31, 64, 333, 5000}},
     {"scaleFactor", {0, -1, -2, -5, -31, -64, 1, 3}},
 };
 

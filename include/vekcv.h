@@ -1540,6 +1540,88 @@ VEKCV_API Status VEKCV_CALL vekiGenSobelKernel_32f(float* kernel, int32_t kernel
 
 /* ------------------------------------------------------------------------------------------------------------------ */
 /**
+ * @defgroup GaussPyramid Pyramids of rate 2
+ * Images of half and of double size, smoothed with the weights 1 4 6 4 1 (Burt and Adelson 1983).
+ *
+ * vekiPyrDown, w x h to (w + 1) / 2 x (h + 1) / 2 pixels, s being the source:
+ *
+ *     t(i, y) = s(2i - 2, y) + 4 s(2i - 1, y) + 6 s(2i, y) + 4 s(2i + 1, y) + s(2i + 2, y)
+ *     result(i, j) = (t(i, 2j - 2) + 4 t(i, 2j - 1) + 6 t(i, 2j) + 4 t(i, 2j + 1) + t(i, 2j + 2)) / 256
+ *
+ * Pixels outside of the image are mirrored, without the edge pixel itself: s(-1) is s(1), s(w) is s(w - 2); in one or
+ * two pixels back and forth. So a single row or column stands for its neighbours too.
+ *
+ * vekiPyrUp, w x h to 2w x 2h pixels: the same smoothing of an image whose odd pixels are 0, times 4.
+ *
+ *     r(x, 2j) = s(x, j - 1) + 6 s(x, j) + s(x, j + 1)          result(2k, y) = (r(k - 1, y) + 6 r(k, y) + r(k + 1, y))
+ * / 64 r(x, 2j + 1) = 4 s(x, j) + 4 s(x, j + 1)                  result(2k + 1, y) = (4 r(k, y) + 4 r(k + 1, y)) / 64
+ *
+ * Here pixels are mirrored on the left and above, s(-1) being s(1), and the edge is repeated on the right and below,
+ * s(w) being s(w - 1). A single row or column stands for its neighbours.
+ *
+ * 8u and 8s are exact: rounded to the nearest, halves towards positive infinity. 32f adds in single precision, in an
+ * order that is the same on all processors: 1 6 1 as ((a + c) + 2b) + 4b, and 1 4 6 4 1 as that plus 4 (b + d). So
+ * equal pixels stay as they are; factors that are powers of two do not round.
+ *
+ * @param source        first pixel of the source
+ * @param destination   first pixel of the result; must not overlap the source
+ * @param sourceStep, destinationStep   bytes from row to row
+ * @param roiSize       size of the source, at least 1 x 1
+ * @param buffer        work buffer at any address, of the size that GetBufSize gives for this or a greater width
+ * @param roiWidth      width of the source
+ * @param dataType      1 for 8u, 3 for 8s, 13 for 32f; the size does not depend on it
+ * @param channels      1 or 3
+ * @param bufferSize       receives the bytes of the work buffer: (4 roiWidth channels + 15) / 16 * 96 + 64 for
+ * vekiPyrDown, (8 roiWidth channels + 15) / 16 * 48 + 64 for vekiPyrUp, by integer division
+ *
+ * @retval StatusOk                the result was written
+ * @retval StatusNullPointer       an image or the buffer is null; of GetBufSize, bufferSize
+ * @retval StatusSizeError         width or height is below 1; of GetBufSize also, after all other checks, that the size
+ *                                 is above 2147483647
+ * @retval StatusStepError         a step is smaller than a row
+ * @retval StatusStepNotMultiple   a step of a 32f image is not a multiple of 4
+ * @retval StatusChannelError      of GetBufSize: channels is neither 1 nor 3
+ * @retval StatusDataTypeError     of GetBufSize: dataType is none of these
+ *
+ * The calling thread does all the work.
+ * @{
+ */
+/** work buffer of vekiPyrDown_Gauss5x5 */
+VEKCV_API Status VEKCV_CALL vekiPyrDownGetBufSize_Gauss5x5(int32_t roiWidth, int32_t dataType, int32_t channels,
+                                                           int32_t* bufferSize);
+/** work buffer of vekiPyrUp_Gauss5x5 */
+VEKCV_API Status VEKCV_CALL vekiPyrUpGetBufSize_Gauss5x5(int32_t roiWidth, int32_t dataType, int32_t channels,
+                                                         int32_t* bufferSize);
+/** half size */
+VEKCV_API Status VEKCV_CALL vekiPyrDown_Gauss5x5_8u_C1R(const uint8_t* source, int32_t sourceStep, uint8_t* destination,
+                                                        int32_t destinationStep, RoiSize roiSize, uint8_t* buffer);
+VEKCV_API Status VEKCV_CALL vekiPyrDown_Gauss5x5_8u_C3R(const uint8_t* source, int32_t sourceStep, uint8_t* destination,
+                                                        int32_t destinationStep, RoiSize roiSize, uint8_t* buffer);
+VEKCV_API Status VEKCV_CALL vekiPyrDown_Gauss5x5_8s_C1R(const int8_t* source, int32_t sourceStep, int8_t* destination,
+                                                        int32_t destinationStep, RoiSize roiSize, uint8_t* buffer);
+VEKCV_API Status VEKCV_CALL vekiPyrDown_Gauss5x5_8s_C3R(const int8_t* source, int32_t sourceStep, int8_t* destination,
+                                                        int32_t destinationStep, RoiSize roiSize, uint8_t* buffer);
+VEKCV_API Status VEKCV_CALL vekiPyrDown_Gauss5x5_32f_C1R(const float* source, int32_t sourceStep, float* destination,
+                                                         int32_t destinationStep, RoiSize roiSize, uint8_t* buffer);
+VEKCV_API Status VEKCV_CALL vekiPyrDown_Gauss5x5_32f_C3R(const float* source, int32_t sourceStep, float* destination,
+                                                         int32_t destinationStep, RoiSize roiSize, uint8_t* buffer);
+/** double size */
+VEKCV_API Status VEKCV_CALL vekiPyrUp_Gauss5x5_8u_C1R(const uint8_t* source, int32_t sourceStep, uint8_t* destination,
+                                                      int32_t destinationStep, RoiSize roiSize, uint8_t* buffer);
+VEKCV_API Status VEKCV_CALL vekiPyrUp_Gauss5x5_8u_C3R(const uint8_t* source, int32_t sourceStep, uint8_t* destination,
+                                                      int32_t destinationStep, RoiSize roiSize, uint8_t* buffer);
+VEKCV_API Status VEKCV_CALL vekiPyrUp_Gauss5x5_8s_C1R(const int8_t* source, int32_t sourceStep, int8_t* destination,
+                                                      int32_t destinationStep, RoiSize roiSize, uint8_t* buffer);
+VEKCV_API Status VEKCV_CALL vekiPyrUp_Gauss5x5_8s_C3R(const int8_t* source, int32_t sourceStep, int8_t* destination,
+                                                      int32_t destinationStep, RoiSize roiSize, uint8_t* buffer);
+VEKCV_API Status VEKCV_CALL vekiPyrUp_Gauss5x5_32f_C1R(const float* source, int32_t sourceStep, float* destination,
+                                                       int32_t destinationStep, RoiSize roiSize, uint8_t* buffer);
+VEKCV_API Status VEKCV_CALL vekiPyrUp_Gauss5x5_32f_C3R(const float* source, int32_t sourceStep, float* destination,
+                                                       int32_t destinationStep, RoiSize roiSize, uint8_t* buffer);
+/** @} */
+
+/* ------------------------------------------------------------------------------------------------------------------ */
+/**
  * @defgroup RankFilters Minimum and maximum filters
  * Each pixel becomes the least or the greatest one in a rectangular window:
  *

@@ -90,6 +90,15 @@ Call gauss(const Case& work) {
     };
 }
 
+Call pyrDown(const Case& work) {
+    return
+        [source = matrix(work.operands[0]), out = matrix(work.operands[1])] { cv::pyrDown(source, out, out.size()); };
+}
+
+Call pyrUp(const Case& work) {
+    return [source = matrix(work.operands[0]), out = matrix(work.operands[1])] { cv::pyrUp(source, out, out.size()); };
+}
+
 Call binomialAlongRows(const Case& work) {
     return separable(work, binomial(), none());
 }

@@ -6,7 +6,7 @@
 namespace bench::peer {
 
 [[gnu::weak]] Peer sobelHoriz, sobelVert, sobelNegVert, sobelHorizSecond, sobelVertSecond, sobelCross;
-[[gnu::weak]] Peer scharrHoriz, scharrVert, laplacian, lowpass, gauss;
+[[gnu::weak]] Peer scharrHoriz, scharrVert, laplacian, lowpass, gauss, pyrDown, pyrUp;
 
 // A pass along the rows or the columns with the five taps of a binomial kernel.
 [[gnu::weak]] Peer binomialAlongRows, binomialAlongColumns;

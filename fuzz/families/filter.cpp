@@ -27,6 +27,21 @@ Extent fixedFilterExtent(const Call& call, size_t image) {
             extent.right + margin(BorderInMemoryRight), extent.bottom + margin(BorderInMemoryBottom)};
 }
 
+/** The result of a pyramid has half or double the size of the source. */
+Extent halfExtent(const Call& call, size_t image) {
+    const Extent extent = regionExtent(call, image);
+    const int64_t channels = call.channelsOf(image);
+    if (call.target->parameters[image].isConst)
+        return extent;
+    return {0, 0, (extent.right / channels + 1) / 2 * channels, (extent.bottom + 1) / 2};
+}
+Extent doubleExtent(const Call& call, size_t image) {
+    const Extent extent = regionExtent(call, image);
+    return call.target->parameters[image].isConst ? extent : enlarged(extent, extent.right, extent.bottom);
+}
+
+const NumberRule kDataType{"dataType", {1, 3, 13, 5, 0}}, kChannels{"channels", {1, 3, 4, 0}};
+
 const NumberRule kDivisor{"divisor", {1, 2, 4, 9, 16, 25, -3, 1000, 0}};
 
 const Precondition kFamilies[] = {
@@ -48,6 +63,14 @@ const Precondition kFamilies[] = {
      .query = "GetBufferSize_",
      .replacedByQuery = "Border_",
      .numbers = {{"sigma", {1, 0.5, 2, 10, 0, -1, 1e-20, std::numeric_limits<double>::quiet_NaN()}}}},
+    {.family = "vekiPyrDown",
+     .extent = halfExtent,
+     .query = "vekiPyrDownGetBufSize_Gauss5x5",
+     .numbers = {kDataType, kChannels}},
+    {.family = "vekiPyrUp",
+     .extent = doubleExtent,
+     .query = "vekiPyrUpGetBufSize_Gauss5x5",
+     .numbers = {kDataType, kChannels}},
     {.family = "vekiGenSobelKernel", .numbers = {{"derivativeOrder", {0, 1, 2, 3}}, {"sign", {1, -1}}}},
 };
 const Families families(kFamilies);

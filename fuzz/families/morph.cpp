@@ -3,17 +3,12 @@
 namespace fuzz {
 namespace {
 
-const NumberRule kWidth{"roiWidth", {1, 2, 15, 31, 64, 333, 5000}};
 const NumberRule kBorder{"borderType", {BorderReplicate}};
 const NumberRule kNorm{"norm", {NormL1, NormInf, NormL2}};
 const std::string_view kFlat = "MorphologyState", kGray = "GrayMorphologyState";
 
 Precondition rankFilter(std::string_view family) {
-    return {.family = family,
-            .query = "GetBufferSize_",
-            .replacedByQuery = "BorderReplicate_",
-            .hasAnyZero = true,
-            .numbers = {kWidth}};
+    return {.family = family, .query = "GetBufferSize_", .replacedByQuery = "BorderReplicate_", .hasAnyZero = true};
 }
 
 Precondition operations(std::string_view family) {

@@ -18,11 +18,18 @@ using fuzz::Kind;
 using fuzz::Parameter;
 using fuzz::Value;
 
-/** Columns and rows that images have more than the region, for tables of integral images and windows. */
+/**
+ * There is memory for twice as many rows as the region has, and for three times as many columns, and for so many more,
+ * for results that are larger than the region.
+ */
 constexpr int32_t kMore = 8;
 constexpr int32_t kTaps = 3;
 /** More than any work buffer, and any kernel or result needs. */
 constexpr size_t kBufferBytes = size_t{1} << 26, kOtherBytes = 4096;
+
+bool isTapCount(std::string_view parameter) {
+    return parameter == "kernelSize" || parameter == "apertureSize" || parameter == "averageWindow";
+}
 
 template <typename T>
 Value valueWith(T content) {
@@ -91,7 +98,7 @@ Value ExportCall::valueOf(const Parameter& parameter, size_t index) {
         case Kind::kPointer:
             if (call_.isImage(index))
                 return valueWith(
-                    addOperand(parameter, rowBytesOf(parameter) * size_t(roi_.height + kMore), address_).data);
+                    addOperand(parameter, rowBytesOf(parameter) * size_t(2 * roi_.height + kMore), address_).data);
             return valueWith(parameter.name == "buffer" ? addOperand(parameter, kBufferBytes, address_).data
                                                         : addOperand(parameter, kOtherBytes, Address::kAligned).data);
         default:
@@ -101,7 +108,7 @@ Value ExportCall::valueOf(const Parameter& parameter, size_t index) {
 
 Value ExportCall::number(const Parameter& parameter) const {
     const int32_t value = parameter.name == "maskSize"      ? MaskSize3x3
-                          : parameter.name == "kernelSize"  ? kTaps
+                          : isTapCount(parameter.name)      ? kTaps
                           : parameter.name == "roiWidth"    ? roi_.width
                           : parameter.name == "scaleFactor" ? 0
                                                             : 1;
@@ -110,7 +117,7 @@ Value ExportCall::number(const Parameter& parameter) const {
 
 size_t ExportCall::rowBytesOf(const Parameter& image) const {
     const int32_t channels = call_.channelsOf(call_.target->indexOf(image.name));
-    return size_t(roi_.width + kMore) * size_t(channels * bytesOf(image.element));
+    return size_t(3 * roi_.width + kMore) * size_t(channels * bytesOf(image.element));
 }
 
 ExportCall::Operand& ExportCall::addOperand(const Parameter& parameter, size_t bytes, Address address) {
