@@ -50,7 +50,8 @@ Options parse(int argc, char** argv) {
 int32_t sideBeyondCache() {
     int cacheBytes = 0;
     vekGetMaxCacheSizeB(&cacheBytes);
-    // The bytes of the largest images, floats in four channels, have to fit an int, and a few of them the address space.
+    // The bytes of the largest images, floats in four channels, have to fit an int, and a few of them the address
+    // space.
     constexpr int32_t kMostSide = sizeof(void*) == 4 ? 7168 : 11520;
     int32_t side = 1024;
     while (side < kMostSide && int64_t{side} * side < int64_t{2} * cacheBytes)
@@ -59,8 +60,8 @@ int32_t sideBeyondCache() {
 }
 
 /**
- * Ends the program where the call fails or the peer computes something else, for then the comparison would be of
- * different work.
+ * Ends the program where the call fails, or where the peer computes something else and should not, for then the
+ * comparison would be of different work.
  */
 void check(const Row& row) {
     const Work work = row.prepare({67, 31});
@@ -73,6 +74,8 @@ void check(const Row& row) {
         results.push_back(operand.values());
     work.data.fill();
     work.peer();
+    if (!work.peerGivesTheSame)
+        return;
     for (size_t i = 0; i < results.size(); ++i) {
         if (work.data.operands[i].role == Role::kBuffer)
             continue;

@@ -62,8 +62,9 @@ using Peer = Call(const Case&);
 /** The calls of a row at one size. */
 struct Work {
     Case data;
-    Call vekcv;
-    Call peer;  // empty where there is none
+    Call vekcv{};
+    Call peer{};  // empty where there is none
+    bool peerGivesTheSame = true;
 };
 
 struct Row {

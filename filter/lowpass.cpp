@@ -1,6 +1,6 @@
 // Means of 3 x 3 and 5 x 5 pixels.
 #include "bind.h"
-#include "fixed_filter.h"
+#include "filter_stripes.h"
 #include "taps.h"
 
 namespace VEKCV_VARIANT {
@@ -36,6 +36,10 @@ struct Lowpass {
 };
 
 }  // namespace
+
+FilterStripe<float, float> meanStripe(int32_t taps) {
+    return taps == 3 ? filterFixed<Lowpass::Small, float, float> : filterFixed<Lowpass::Large, float, float>;
+}
 
 VEKCV_BIND(vekiFilterLowpassBorder_8u_C1R, maskFilter<Lowpass>);
 VEKCV_BIND(vekiFilterLowpassBorder_32f_C1R, maskFilter<Lowpass>);

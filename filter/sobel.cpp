@@ -1,6 +1,6 @@
 // Sobel, Scharr and Laplace filters: first and second derivatives with smoothing across.
 #include "bind.h"
-#include "fixed_filter.h"
+#include "filter_stripes.h"
 #include "taps.h"
 
 namespace VEKCV_VARIANT {
@@ -101,7 +101,37 @@ struct Laplacian : Buffer {
     using Large = Laplacian5;
 };
 
+template <typename T>
+GradientStripes<T> sobelStripesOf(int32_t taps) {
+    using Result = Intermediate<T>;
+    if (taps == 3)
+        return {filterFixed<SobelNegVert::Small, T, Result>, filterFixed<SobelHoriz::Small, T, Result>};
+    return {filterFixed<SobelNegVert::Large, T, Result>, filterFixed<SobelHoriz::Large, T, Result>};
+}
+template <typename T>
+GradientStripes<T> scharrStripesOf() {
+    using Result = Intermediate<T>;
+    return {filterFixed<ScharrVert::Small, T, Result>, filterFixed<ScharrHoriz::Small, T, Result>};
+}
+
 }  // namespace
+
+template <>
+GradientStripes<uint8_t> sobelStripes(int32_t taps) {
+    return sobelStripesOf<uint8_t>(taps);
+}
+template <>
+GradientStripes<float> sobelStripes(int32_t taps) {
+    return sobelStripesOf<float>(taps);
+}
+template <>
+GradientStripes<uint8_t> scharrStripes() {
+    return scharrStripesOf<uint8_t>();
+}
+template <>
+GradientStripes<float> scharrStripes() {
+    return scharrStripesOf<float>();
+}
 
 VEKCV_BIND(vekiFilterSobelHorizBorder_8u16s_C1R, maskFilter<SobelHoriz>);
 VEKCV_BIND(vekiFilterSobelHorizBorder_8u8s_C1R, maskFilter<SobelHoriz>);

@@ -2254,6 +2254,134 @@ VEKCV_API Status VEKCV_CALL vekiCanny_32f8u_C1R(const float* derivativeX, int32_
 
 /* ------------------------------------------------------------------------------------------------------------------ */
 /**
+ * @defgroup Corners Corner measures
+ * Eigenvalues and eigenvectors of the matrix of the products of the derivatives around each pixel (Harris and Stephens
+ * 1988; Shi and Tomasi 1994). With dx and dy the results of vekiFilterSobelNegVertBorder and vekiFilterSobelHorizBorder
+ * (kernelType 0) or of vekiFilterScharrVertBorder and vekiFilterScharrHorizBorder (1), of 8u to 16s or of 32f, with
+ * BorderReplicate, their products are rounded to float and averaged by vekiFilterLowpassBorder_32f_C1R over
+ * averageWindow x averageWindow pixels, with BorderReplicate too:
+ *
+ *     a = mean of dx dx, b = mean of dx dy, c = mean of dy dy, root = sqrt((a - c) (a - c) + 4 (b b))
+ *     larger eigenvalue  = (a + c + root) (scale / 2)
+ *     smaller eigenvalue = (a + c - root) (scale / 2)
+ *
+ * in single precision, where scale is 1 / (255 * 2^(2 apertureSize - 2)): 1 / 4080 or 1 / 65280; of Scharr derivatives,
+ * times 0.6125. It is the same for 8u and 32f, so equal pixel values have equal measures. Numbers beyond the range of
+ * floats give infinities and NaN.
+ *
+ * vekiMinEigenVal writes the smaller eigenvalue. vekiEigenValsVecs writes six floats for each pixel: the larger and the
+ * smaller eigenvalue, x and y of the unit vector of the larger one, x and y of that of the smaller one. The first
+ * vector is the direction in which the image changes most; its x is not negative, and its y is not where x is 0. The
+ * second one is (-y, x) of the first. Where both eigenvalues are equal, as in an image that does not change, the
+ * vectors are (1, 0) and (0, 1).
+ *
+ * @param source          first pixel of the source
+ * @param minEigen        first pixel of the smaller eigenvalues; must not overlap the source
+ * @param eigen           first of the six floats of the first pixel; must not overlap the source
+ * @param sourceStep, minEigenStep, eigenStep   bytes from row to row
+ * @param roiSize         size of the source, at least 1 x 1
+ * @param kernelType      0 for Sobel derivatives, 1 for Scharr derivatives
+ * @param apertureSize    side of the kernels of the derivatives: 3 or 5, of Scharr 3
+ * @param averageWindow   side of the window over which products are averaged: 3 or 5
+ * @param buffer          work buffer at any address, of the size that GetBufferSize gives for the same region,
+ * aperture, window and number of threads
+ * @param bufferSize      receives the bytes of the work buffer: for each thread a band of at most 32 rows of the
+ *                        derivatives, of a product and of three means
+ *
+ * @retval StatusOk                the result was written
+ * @retval StatusNullPointer       an image or the buffer is null; of GetBufferSize, bufferSize
+ * @retval StatusSizeError         width or height is below 1; or, behind the checks of steps and kernelType:
+ * apertureSize is neither 3 nor 5, or 5 with Scharr derivatives, or averageWindow is neither 3 nor 5; of GetBufferSize
+ * also, after all other checks, that the size is above 2147483647
+ * @retval StatusStepError         a step is smaller than a row
+ * @retval StatusStepNotMultiple   a step of a 32f image is not a multiple of 4
+ * @retval StatusBadArgument       kernelType is neither 0 nor 1
+ *
+ * Regions of 262144 pixels and more are shared among the threads. The results are the same for any number of them.
+ * @{
+ */
+/** smaller eigenvalue */
+VEKCV_API Status VEKCV_CALL vekiMinEigenVal_8u32f_C1R(const uint8_t* source, int32_t sourceStep, float* minEigen,
+                                                      int32_t minEigenStep, RoiSize roiSize, int32_t kernelType,
+                                                      int32_t apertureSize, int32_t averageWindow, uint8_t* buffer);
+VEKCV_API Status VEKCV_CALL vekiMinEigenVal_32f_C1R(const float* source, int32_t sourceStep, float* minEigen,
+                                                    int32_t minEigenStep, RoiSize roiSize, int32_t kernelType,
+                                                    int32_t apertureSize, int32_t averageWindow, uint8_t* buffer);
+/** work buffer of vekiMinEigenVal */
+VEKCV_API Status VEKCV_CALL vekiMinEigenValGetBufferSize_8u32f_C1R(RoiSize roiSize, int32_t apertureSize,
+                                                                   int32_t averageWindow, int32_t* bufferSize);
+VEKCV_API Status VEKCV_CALL vekiMinEigenValGetBufferSize_32f_C1R(RoiSize roiSize, int32_t apertureSize,
+                                                                 int32_t averageWindow, int32_t* bufferSize);
+/** eigenvalues and eigenvectors */
+VEKCV_API Status VEKCV_CALL vekiEigenValsVecs_8u32f_C1R(const uint8_t* source, int32_t sourceStep, float* eigen,
+                                                        int32_t eigenStep, RoiSize roiSize, int32_t kernelType,
+                                                        int32_t apertureSize, int32_t averageWindow, uint8_t* buffer);
+VEKCV_API Status VEKCV_CALL vekiEigenValsVecs_32f_C1R(const float* source, int32_t sourceStep, float* eigen,
+                                                      int32_t eigenStep, RoiSize roiSize, int32_t kernelType,
+                                                      int32_t apertureSize, int32_t averageWindow, uint8_t* buffer);
+/** work buffer of vekiEigenValsVecs */
+VEKCV_API Status VEKCV_CALL vekiEigenValsVecsGetBufferSize_8u32f_C1R(RoiSize roiSize, int32_t apertureSize,
+                                                                     int32_t averageWindow, int32_t* bufferSize);
+VEKCV_API Status VEKCV_CALL vekiEigenValsVecsGetBufferSize_32f_C1R(RoiSize roiSize, int32_t apertureSize,
+                                                                   int32_t averageWindow, int32_t* bufferSize);
+/** @} */
+
+/* ------------------------------------------------------------------------------------------------------------------ */
+/**
+ * @defgroup Peaks Local extrema
+ * The pixels of a frame less image that are extrema of their neighbourhood and farther from 0 than a threshold. A pixel
+ * v is a peak if |v| > threshold and
+ *
+ *     v > 0 and v is the maximum of its neighbourhood, or
+ *     v <= 0 and v is the minimum of its neighbourhood.
+ *
+ * The neighbourhood is the pixel with its eight neighbours (norm 1) or with the four beside, above and below it (norm
+ * 0). Equal neighbours do not matter, so every pixel of a plateau is a peak; floats count as equal up to the smallest
+ * normal number, 2^-126. A NaN is no peak and is no neighbour of one. Above a threshold below 0 are all numbers, above
+ * one that is NaN none.
+ *
+ * Peaks are written in the order of the rows, those of a row from left to right. The search ends with the last pixel or
+ * with peak maxPeakCount.
+ *
+ * @param source         first pixel of the image
+ * @param sourceStep     bytes from row to row
+ * @param roiSize        size of the image, at least 1 x 1
+ * @param threshold      what the absolute value of a peak is above
+ * @param peaks          receives the positions of the peaks; there is room for maxPeakCount
+ * @param maxPeakCount   the most peaks that are written, at least 1
+ * @param peakCount      receives how many were written
+ * @param norm           1 for eight neighbours, 0 for four
+ * @param border         how many rows and columns at each edge are left out, at least 1 and at most half of the width
+ * and of the height, compared in single precision; these are neighbours still
+ * @param buffer         work buffer at any address, of the size that GetBufferSize gives for this or a greater width
+ * @param roiWidth       width of the image
+ * @param bufferSize     receives the bytes of the work buffer: (roiWidth + 5) / 4 * 128 + 32, by integer division
+ *
+ * @retval StatusOk                peaks and peakCount were written
+ * @retval StatusNullPointer       source, peaks, peakCount or buffer is null; of GetBufferSize, bufferSize
+ * @retval StatusSizeError         width, height, maxPeakCount or border is below 1, or border is too large; of
+ * GetBufferSize also, after all other checks, that the size is above 2147483647
+ * @retval StatusStepError         a step is smaller than a row
+ * @retval StatusStepNotMultiple   a step is not a multiple of 4
+ * @retval StatusBadArgument       norm is neither 0 nor 1
+ *
+ * The calling thread does all the work.
+ * @{
+ */
+/** positions of the extrema */
+VEKCV_API Status VEKCV_CALL vekiFindPeaks3x3_32f_C1R(const float* source, int32_t sourceStep, RoiSize roiSize,
+                                                     float threshold, ImagePoint* peaks, int32_t maxPeakCount,
+                                                     int32_t* peakCount, int32_t norm, int32_t border, uint8_t* buffer);
+VEKCV_API Status VEKCV_CALL vekiFindPeaks3x3_32s_C1R(const int32_t* source, int32_t sourceStep, RoiSize roiSize,
+                                                     int32_t threshold, ImagePoint* peaks, int32_t maxPeakCount,
+                                                     int32_t* peakCount, int32_t norm, int32_t border, uint8_t* buffer);
+/** work buffer of vekiFindPeaks3x3 */
+VEKCV_API Status VEKCV_CALL vekiFindPeaks3x3GetBufferSize_32f_C1R(int32_t roiWidth, int32_t* bufferSize);
+VEKCV_API Status VEKCV_CALL vekiFindPeaks3x3GetBufferSize_32s_C1R(int32_t roiWidth, int32_t* bufferSize);
+/** @} */
+
+/* ------------------------------------------------------------------------------------------------------------------ */
+/**
  * @defgroup HaarClassifier Haar classifiers
  * Stages of a cascade of Haar-like features. The cascade is by Viola and Jones, "Rapid Object Detection using a Boosted
  * Cascade of Simple Features" (2001), the tilted features are by Lienhart and Maydt, "An Extended Set of Haar-like

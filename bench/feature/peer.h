@@ -5,6 +5,6 @@
 
 namespace bench::peer {
 
-[[gnu::weak]] Peer canny;
+[[gnu::weak]] Peer canny, minEigenVal, eigenValsVecs, findPeaks;
 
 }  // namespace bench::peer
