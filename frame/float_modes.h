@@ -19,16 +19,24 @@ class FloatModes {
         return modes;
     }
 
+    /** Those that a program begins with: rounding to nearest, with subnormal numbers, and no exception traps. */
+    static FloatModes usual() {
+        FloatModes modes;
+        modes.vectors_ = kUsual;
+        modes.x87_ = x87Control() & kX87Precision;
+        return modes;
+    }
+
     void setForThread() const {
         _mm_setcsr(vectors_ | (_mm_getcsr() & kRaised));
         setX87Modes(x87_);
     }
 
   private:
-    static constexpr uint32_t kRaised = 0x3f;
+    static constexpr uint32_t kRaised = 0x3f, kUsual = 0x1f80;
 
     // The x87 unit has modes of its own; in 32 bits it converts 64-bit integers to floats.
-    static constexpr uint16_t kX87Modes = 0x0f00;
+    static constexpr uint16_t kX87Modes = 0x0f00, kX87Precision = 0x0300;
 
     static uint16_t x87Control() {
         uint16_t control;
@@ -55,5 +63,21 @@ class FloatModesGuard {
   private:
     FloatModes own_ = FloatModes::ofThread();
 };
+
+/** Calls body(arguments...), out of line: bodies are long, and called in several places. */
+template <typename Body, typename... Arguments>
+[[gnu::noinline]] auto callBody(const Body& body, Arguments... arguments) {
+    return body(arguments...);
+}
+
+/**
+ * Calls body() in the modes that a program begins with. Floats that it computes must go to memory: a compiler moves
+ * other computations with floats across the change of the modes.
+ */
+template <typename Body>
+auto inUsualModes(const Body& body) {
+    const FloatModesGuard guard(FloatModes::usual());
+    return callBody(body);
+}
 
 }  // namespace VEKCV_VARIANT

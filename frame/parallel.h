@@ -79,12 +79,6 @@ struct TeamWork {
     }
 }
 
-/** Calls body(stripe...), out of line: bodies are long, and called in several places. */
-template <typename Body, typename... Stripe>
-[[gnu::noinline]] auto callBody(const Body& body, Stripe... stripe) {
-    return body(stripe...);
-}
-
 /** Runs body(thread, firstRow, rowCount): on the calling thread, or in one stripe for each thread of a team. */
 template <typename Body>
 void forThreadStripes(bool isForTeam, int32_t height, const Body& body, int32_t mostThreads = INT32_MAX) {

@@ -92,6 +92,21 @@ TEST(RowStripes, AreComputedInTheFloatingPointModesOfTheCaller) {
     EXPECT_EQ(ofTeam, floatModesOfTeam(kThreads));  // the threads have their own again
 }
 
+TEST(FloatModes, AreTheUsualOnesOnRequest) {
+    const auto usual = floatModes();
+    std::fesetround(FE_UPWARD);
+    _mm_setcsr(_mm_getcsr() | _MM_FLUSH_ZERO_ON | _MM_DENORMALS_ZERO_ON);
+    const auto before = floatModes();
+    auto inside = before;
+    inUsualModes([&] { inside = floatModes(); });
+    const auto after = floatModes();
+    _mm_setcsr(usual.first);
+    std::fesetround(FE_TONEAREST);
+    EXPECT_EQ(usual, inside);
+    EXPECT_EQ(before, after);
+    EXPECT_NE(usual, before);
+}
+
 TEST(RowStripes, LeaveTheCallerTheExceptionsThatItRaised) {
     vekSetNumThreads(2);
     std::feclearexcept(FE_ALL_EXCEPT);
