@@ -54,9 +54,9 @@ ImageRect transposed(const ImageRect& place) {
 }
 
 /** A picture at smaller and smaller sizes. */
-class Pyramid {
+class ScaledPictures {
   public:
-    explicit Pyramid(const Picture& grey) : largest_(&grey) {}
+    explicit ScaledPictures(const Picture& grey) : largest_(&grey) {}
 
     const Picture& at(double scale, RoiSize size) {
         if (scale == 1)
@@ -101,9 +101,9 @@ std::vector<ImageRect> Detector::windowsIn(const Picture& grey, const Options& o
     double done = 0;
     std::vector<ImageRect> windows;
     std::vector<ImagePoint> found;
-    Pyramid pyramid(grey);
+    ScaledPictures pictures(grey);
     for (const Level& level : levels) {
-        const Picture& picture = pyramid.at(level.scale, level.size);
+        const Picture& picture = pictures.at(level.scale, level.size);
         for (int32_t y = 0; y < level.positions.height; y += part.height)
             for (int32_t x = 0; x < level.positions.width; x += part.width) {
                 const RoiSize positions{std::min(part.width, level.positions.width - x),
