@@ -1622,6 +1622,208 @@ VEKCV_API Status VEKCV_CALL vekiPyrUp_Gauss5x5_32f_C3R(const float* source, int3
 
 /* ------------------------------------------------------------------------------------------------------------------ */
 /**
+ * @defgroup Pyramids Pyramid records
+ * Sizes and scales of the levels of an image pyramid. Level 0 is the base; each level above it is smaller by the rate.
+ *
+ * vekiGetPyramidUpROI tells which sizes an image may be expanded to. A width or a height n becomes any number from min
+ * to max, where products are in float and their fraction is cut off:
+ *
+ *     min = n == 1 ? 1 : max(n + 1, (n - 1) * rate + 1)
+ *     max = max(n + 1, n * rate)
+ *
+ * and both are at most 2147483647. Each number is in the range of exactly one n, which vekiGetPyramidDownROI gives: the
+ * size of the next level, from which an image of this size can be expanded again.
+ *
+ * vekiPyramidInitAlloc makes a record with the sizes of the levels, down to `levels` levels above the base, or to the
+ * first one of 1 x 1 if that comes before. It is one block of 44 * levelCount + 112 bytes, in 64 bits and in 32. The
+ * images and their steps are the caller's to make and to enter; vekiPyramidFree does not release images, nor a state.
+ *
+ * @param sourceRoi        size of an image, at least 1 x 1
+ * @param destinationRoi   receives the size of the next smaller level
+ * @param destinationMin, destinationMax   receive the least and the greatest size that the image may be expanded to
+ * @param rate             ratio between the sizes of two levels, above 1 and at most 10
+ * @param pyramid          receives the new record; of vekiPyramidFree, a record
+ * @param levels           greatest number of levels above the base, at least 1
+ * @param baseRoi          size of the base, at least 1 x 1
+ *
+ * @retval StatusOk                 success
+ * @retval StatusNullPointer        a pointer is null
+ * @retval StatusSizeError          a width or a height is below 1
+ * @retval StatusBadArgument        the rate is not above 1 and at most 10, or levels is below 1
+ * @retval StatusMemoryAllocation   there is no memory for the record, and *pyramid is as it was
+ *
+ * The floating-point modes of the calling thread have no effect. The calling thread does all the work.
+ * @{
+ */
+/** Intermediate rows, tables and a kernel for the functions on pyramid layers. */
+typedef struct PyramidLayerState PyramidLayerState;
+
+/** The levels of an image pyramid. The arrays have levelCount + 1 elements each. */
+typedef struct Pyramid {
+    void** levelImages;            /**< first pixels of the images, for the caller to set; null at first */
+    RoiSize* levelSizes;           /**< sizes of the levels; that of level 0 is the base */
+    double* levelScales;           /**< 1.0, and for each level above 0 that of the level before times 1 / rate */
+    int32_t* levelSteps;           /**< bytes from row to row, for the caller to set; 0 at first */
+    PyramidLayerState* layerState; /**< a place where the caller may keep a state; null at first */
+    int32_t levelCount;            /**< number of levels above the base */
+} Pyramid;
+
+/** size of the next smaller level */
+VEKCV_API Status VEKCV_CALL vekiGetPyramidDownROI(RoiSize sourceRoi, RoiSize* destinationRoi, float rate);
+/** sizes of the next larger level */
+VEKCV_API Status VEKCV_CALL vekiGetPyramidUpROI(RoiSize sourceRoi, RoiSize* destinationMin, RoiSize* destinationMax,
+                                                float rate);
+/** makes a record of the levels of a pyramid */
+VEKCV_API Status VEKCV_CALL vekiPyramidInitAlloc(Pyramid** pyramid, int32_t levels, RoiSize baseRoi, float rate);
+/** releases a record */
+VEKCV_API Status VEKCV_CALL vekiPyramidFree(Pyramid* pyramid);
+/** @} */
+
+/* ------------------------------------------------------------------------------------------------------------------ */
+/**
+ * @defgroup PyramidLayers Pyramid layers
+ * The next smaller (Down) or larger (Up) level of an image pyramid, of any rate: smoothing with a kernel of any odd
+ * size, along rows and along columns, and interpolation between neighbouring pixels. With r = kernelSize / 2,
+ *
+ *     smooth(s, x) = w(0) * s(x - r) + w(1) * s(x - r + 1) + ... + w(kernelSize - 1) * s(x + r)
+ *     at(s, p)     = s(i) * (1 - f) + s(i + 1) * f,   i = p without its fraction, f = p - i
+ *
+ *     Down         rows: t = smooth(source, x),  u = at(t, x * rate);  then the columns of u likewise
+ *     Up           rows: t = at(source, x / rate),  u = smooth(t, x);  then the columns of u likewise
+ *
+ * Each operation is rounded to float, in the order that is written here, for all types; results of 8u and 16u are then
+ * rounded to the nearest integer, of two equally near ones to the even one, and saturated. The weights w are the kernel
+ * divided by its sum in float, to which floats are added one after the other and integers exactly; a kernel whose sum
+ * is 0 is used as it is. Pixels before the first one and behind the last one are mirrored without repeating that one,
+ * again and again where the kernel reaches further: those of the source (Down) or of t and u (Up); a single pixel
+ * stands for all others. i and i + 1 are at most the index of the last pixel.
+ *
+ * A state holds the weights, tables, and memory for intermediate rows, for as many threads as are configured when it is
+ * made; a later change of their number is harmless. It serves the direction, the type and the layout in the names of
+ * its functions, and sources up to the size that it was made for: with the base of a pyramid, both states serve all of
+ * its levels. It is one block of memory, released by the Free function. A state serves one call at a time.
+ *
+ * @param state               result of InitAlloc: the state; else the state
+ * @param source              first pixel of the source
+ * @param destination         first pixel of the result; must not overlap the source
+ * @param sourceStep, destinationStep   bytes from row to row
+ * @param sourceRoi           size of the source, at least 1 x 1; of InitAlloc, the greatest width and height of one
+ * @param destinationRoi      size of the result: Down, that of vekiGetPyramidDownROI; Up, from the least to the
+ *                            greatest of vekiGetPyramidUpROI
+ * @param rate                ratio between the sizes of the two levels, above 1 and at most 10
+ * @param kernel              kernelSize taps
+ * @param kernelSize          odd, at least 3; it may be larger than the images
+ * @param interpolationMode   2: between two pixels
+ *
+ * @retval StatusOk                 the result was written, or the state was made or released
+ * @retval StatusNullPointer        a pointer is null
+ * @retval StatusSizeError          width or height of the source is below 1; after all other checks: it is larger than
+ *                                  the state serves, or destinationRoi is another size than described above; of
+ *                                  InitAlloc, the size of the state is above 2147483647 bytes
+ * @retval StatusStepError          a step is smaller than a row
+ * @retval StatusStepNotMultiple    the step of a 16u or 32f image is not a multiple of 2 or 4
+ * @retval StatusBadArgument        the state is none, or that of other functions; of InitAlloc, interpolationMode is
+ *                                  not 2, the rate is not above 1 and at most 10, or kernelSize is even or below 3
+ * @retval StatusMemoryAllocation   there is no memory for the state, and *state is as it was
+ *
+ * The floating-point modes of the calling thread have no effect. Regions of 65536 pixels and more are shared among the
+ * threads, where the region is the larger one of the two.
+ * @{
+ */
+/** makes a state for the next smaller level */
+VEKCV_API Status VEKCV_CALL vekiPyramidLayerDownInitAlloc_8u_C1R(PyramidLayerState** state, RoiSize sourceRoi,
+                                                                 float rate, const int16_t* kernel, int32_t kernelSize,
+                                                                 int32_t interpolationMode);
+VEKCV_API Status VEKCV_CALL vekiPyramidLayerDownInitAlloc_8u_C3R(PyramidLayerState** state, RoiSize sourceRoi,
+                                                                 float rate, const int16_t* kernel, int32_t kernelSize,
+                                                                 int32_t interpolationMode);
+VEKCV_API Status VEKCV_CALL vekiPyramidLayerDownInitAlloc_16u_C1R(PyramidLayerState** state, RoiSize sourceRoi,
+                                                                  float rate, const int16_t* kernel, int32_t kernelSize,
+                                                                  int32_t interpolationMode);
+VEKCV_API Status VEKCV_CALL vekiPyramidLayerDownInitAlloc_16u_C3R(PyramidLayerState** state, RoiSize sourceRoi,
+                                                                  float rate, const int16_t* kernel, int32_t kernelSize,
+                                                                  int32_t interpolationMode);
+VEKCV_API Status VEKCV_CALL vekiPyramidLayerDownInitAlloc_32f_C1R(PyramidLayerState** state, RoiSize sourceRoi,
+                                                                  float rate, const float* kernel, int32_t kernelSize,
+                                                                  int32_t interpolationMode);
+VEKCV_API Status VEKCV_CALL vekiPyramidLayerDownInitAlloc_32f_C3R(PyramidLayerState** state, RoiSize sourceRoi,
+                                                                  float rate, const float* kernel, int32_t kernelSize,
+                                                                  int32_t interpolationMode);
+/** the next smaller level */
+VEKCV_API Status VEKCV_CALL vekiPyramidLayerDown_8u_C1R(const uint8_t* source, int32_t sourceStep, RoiSize sourceRoi,
+                                                        uint8_t* destination, int32_t destinationStep,
+                                                        RoiSize destinationRoi, PyramidLayerState* state);
+VEKCV_API Status VEKCV_CALL vekiPyramidLayerDown_8u_C3R(const uint8_t* source, int32_t sourceStep, RoiSize sourceRoi,
+                                                        uint8_t* destination, int32_t destinationStep,
+                                                        RoiSize destinationRoi, PyramidLayerState* state);
+VEKCV_API Status VEKCV_CALL vekiPyramidLayerDown_16u_C1R(const uint16_t* source, int32_t sourceStep, RoiSize sourceRoi,
+                                                         uint16_t* destination, int32_t destinationStep,
+                                                         RoiSize destinationRoi, PyramidLayerState* state);
+VEKCV_API Status VEKCV_CALL vekiPyramidLayerDown_16u_C3R(const uint16_t* source, int32_t sourceStep, RoiSize sourceRoi,
+                                                         uint16_t* destination, int32_t destinationStep,
+                                                         RoiSize destinationRoi, PyramidLayerState* state);
+VEKCV_API Status VEKCV_CALL vekiPyramidLayerDown_32f_C1R(const float* source, int32_t sourceStep, RoiSize sourceRoi,
+                                                         float* destination, int32_t destinationStep,
+                                                         RoiSize destinationRoi, PyramidLayerState* state);
+VEKCV_API Status VEKCV_CALL vekiPyramidLayerDown_32f_C3R(const float* source, int32_t sourceStep, RoiSize sourceRoi,
+                                                         float* destination, int32_t destinationStep,
+                                                         RoiSize destinationRoi, PyramidLayerState* state);
+/** releases a state for the next smaller level */
+VEKCV_API Status VEKCV_CALL vekiPyramidLayerDownFree_8u_C1R(PyramidLayerState* state);
+VEKCV_API Status VEKCV_CALL vekiPyramidLayerDownFree_8u_C3R(PyramidLayerState* state);
+VEKCV_API Status VEKCV_CALL vekiPyramidLayerDownFree_16u_C1R(PyramidLayerState* state);
+VEKCV_API Status VEKCV_CALL vekiPyramidLayerDownFree_16u_C3R(PyramidLayerState* state);
+VEKCV_API Status VEKCV_CALL vekiPyramidLayerDownFree_32f_C1R(PyramidLayerState* state);
+VEKCV_API Status VEKCV_CALL vekiPyramidLayerDownFree_32f_C3R(PyramidLayerState* state);
+/** makes a state for the next larger level */
+VEKCV_API Status VEKCV_CALL vekiPyramidLayerUpInitAlloc_8u_C1R(PyramidLayerState** state, RoiSize sourceRoi, float rate,
+                                                               const int16_t* kernel, int32_t kernelSize,
+                                                               int32_t interpolationMode);
+VEKCV_API Status VEKCV_CALL vekiPyramidLayerUpInitAlloc_8u_C3R(PyramidLayerState** state, RoiSize sourceRoi, float rate,
+                                                               const int16_t* kernel, int32_t kernelSize,
+                                                               int32_t interpolationMode);
+VEKCV_API Status VEKCV_CALL vekiPyramidLayerUpInitAlloc_16u_C1R(PyramidLayerState** state, RoiSize sourceRoi,
+                                                                float rate, const int16_t* kernel, int32_t kernelSize,
+                                                                int32_t interpolationMode);
+VEKCV_API Status VEKCV_CALL vekiPyramidLayerUpInitAlloc_16u_C3R(PyramidLayerState** state, RoiSize sourceRoi,
+                                                                float rate, const int16_t* kernel, int32_t kernelSize,
+                                                                int32_t interpolationMode);
+VEKCV_API Status VEKCV_CALL vekiPyramidLayerUpInitAlloc_32f_C1R(PyramidLayerState** state, RoiSize sourceRoi,
+                                                                float rate, const float* kernel, int32_t kernelSize,
+                                                                int32_t interpolationMode);
+VEKCV_API Status VEKCV_CALL vekiPyramidLayerUpInitAlloc_32f_C3R(PyramidLayerState** state, RoiSize sourceRoi,
+                                                                float rate, const float* kernel, int32_t kernelSize,
+                                                                int32_t interpolationMode);
+/** the next larger level */
+VEKCV_API Status VEKCV_CALL vekiPyramidLayerUp_8u_C1R(const uint8_t* source, int32_t sourceStep, RoiSize sourceRoi,
+                                                      uint8_t* destination, int32_t destinationStep,
+                                                      RoiSize destinationRoi, PyramidLayerState* state);
+VEKCV_API Status VEKCV_CALL vekiPyramidLayerUp_8u_C3R(const uint8_t* source, int32_t sourceStep, RoiSize sourceRoi,
+                                                      uint8_t* destination, int32_t destinationStep,
+                                                      RoiSize destinationRoi, PyramidLayerState* state);
+VEKCV_API Status VEKCV_CALL vekiPyramidLayerUp_16u_C1R(const uint16_t* source, int32_t sourceStep, RoiSize sourceRoi,
+                                                       uint16_t* destination, int32_t destinationStep,
+                                                       RoiSize destinationRoi, PyramidLayerState* state);
+VEKCV_API Status VEKCV_CALL vekiPyramidLayerUp_16u_C3R(const uint16_t* source, int32_t sourceStep, RoiSize sourceRoi,
+                                                       uint16_t* destination, int32_t destinationStep,
+                                                       RoiSize destinationRoi, PyramidLayerState* state);
+VEKCV_API Status VEKCV_CALL vekiPyramidLayerUp_32f_C1R(const float* source, int32_t sourceStep, RoiSize sourceRoi,
+                                                       float* destination, int32_t destinationStep,
+                                                       RoiSize destinationRoi, PyramidLayerState* state);
+VEKCV_API Status VEKCV_CALL vekiPyramidLayerUp_32f_C3R(const float* source, int32_t sourceStep, RoiSize sourceRoi,
+                                                       float* destination, int32_t destinationStep,
+                                                       RoiSize destinationRoi, PyramidLayerState* state);
+/** releases a state for the next larger level */
+VEKCV_API Status VEKCV_CALL vekiPyramidLayerUpFree_8u_C1R(PyramidLayerState* state);
+VEKCV_API Status VEKCV_CALL vekiPyramidLayerUpFree_8u_C3R(PyramidLayerState* state);
+VEKCV_API Status VEKCV_CALL vekiPyramidLayerUpFree_16u_C1R(PyramidLayerState* state);
+VEKCV_API Status VEKCV_CALL vekiPyramidLayerUpFree_16u_C3R(PyramidLayerState* state);
+VEKCV_API Status VEKCV_CALL vekiPyramidLayerUpFree_32f_C1R(PyramidLayerState* state);
+VEKCV_API Status VEKCV_CALL vekiPyramidLayerUpFree_32f_C3R(PyramidLayerState* state);
+/** @} */
+
+/* ------------------------------------------------------------------------------------------------------------------ */
+/**
  * @defgroup RankFilters Minimum and maximum filters
  * Each pixel becomes the least or the greatest one in a rectangular window:
  *

@@ -107,4 +107,9 @@ Call binomialAlongColumns(const Case& work) {
     return separable(work, none(), binomial());
 }
 
+Call halve(const Case& work) {
+    return
+        [source = matrix(work.operands[0]), out = matrix(work.operands[1])] { cv::pyrDown(source, out, out.size()); };
+}
+
 }  // namespace bench::peer

@@ -11,4 +11,7 @@ namespace bench::peer {
 // A pass along the rows or the columns with the five taps of a binomial kernel.
 [[gnu::weak]] Peer binomialAlongRows, binomialAlongColumns;
 
+// The next level of a pyramid of rate 2, with five binomial taps.
+[[gnu::weak]] Peer halve;
+
 }  // namespace bench::peer

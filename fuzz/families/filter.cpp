@@ -42,6 +42,14 @@ Extent doubleExtent(const Call& call, size_t image) {
 
 const NumberRule kDataType{"dataType", {1, 3, 13, 5, 0}}, kChannels{"channels", {1, 3, 4, 0}};
 
+// Sources and results have sizes of their own.
+Extent pyramidLayerExtent(const Call& call, size_t image) {
+    const bool isSource = call.target->parameters[image].isConst;
+    const auto size = call.value(isSource ? "sourceRoi" : "destinationRoi").as<RoiSize>();
+    return {0, 0, int64_t{size.width} * call.channelsOf(image), size.height};
+}
+
+const NumberRule kRate{"rate", {2, 1.5, 1.1, 3, 10, 1.0000001, 4.7, 1, 11}};
 const NumberRule kDivisor{"divisor", {1, 2, 4, 9, 16, 25, -3, 1000, 0}};
 
 const Precondition kFamilies[] = {
@@ -71,6 +79,11 @@ const Precondition kFamilies[] = {
      .extent = doubleExtent,
      .query = "vekiPyrUpGetBufSize_Gauss5x5",
      .numbers = {kDataType, kChannels}},
+    {.family = "vekiGetPyramid", .numbers = {kRate}},
+    {.family = "vekiPyramid", .numbers = {kRate, {"levels", {3, 1, 10, 100, 0}}}},
+    {.family = "vekiPyramidLayer",
+     .extent = pyramidLayerExtent,
+     .numbers = {kRate, {"interpolationMode", {2, 2, 2, 2, 1, 3}}}},
     {.family = "vekiGenSobelKernel", .numbers = {{"derivativeOrder", {0, 1, 2, 3}}, {"sign", {1, -1}}}},
 };
 const Families families(kFamilies);

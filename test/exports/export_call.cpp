@@ -8,6 +8,7 @@
 
 #include "fuzz/morphology_functions.h"
 #include "fuzz/preconditions.h"
+#include "pyramid_sizes.h"
 
 namespace exports {
 namespace {
@@ -24,8 +25,9 @@ using fuzz::Value;
  */
 constexpr int32_t kMore = 8;
 constexpr int32_t kTaps = 3;
+constexpr float kRate = 1.5f;
 /** More than any work buffer, and any kernel or result needs. */
-constexpr size_t kBufferBytes = size_t{1} << 26, kOtherBytes = 4096;
+constexpr size_t kBufferBytes = size_t{1} << 28, kOtherBytes = 4096;
 
 bool isTapCount(std::string_view parameter) {
     return parameter == "kernelSize" || parameter == "apertureSize" || parameter == "averageWindow";
@@ -84,7 +86,9 @@ Value ExportCall::valueOf(const Parameter& parameter, size_t index) {
         case Kind::kPoint:
             return valueWith(ImagePoint{1, 1});
         case Kind::kSize:
-            return valueWith(parameter.name == "maskSize" ? RoiSize{kTaps, kTaps} : roi_);
+            return valueWith(parameter.name == "maskSize"         ? RoiSize{kTaps, kTaps}
+                             : parameter.name == "destinationRoi" ? nextLevel()
+                                                                  : roi_);
         case Kind::kRectangle:
             return valueWith(ImageRect{1, 0, 1, 2});
         case Kind::kRows:
@@ -92,7 +96,9 @@ Value ExportCall::valueOf(const Parameter& parameter, size_t index) {
         case Kind::kState:
             if (call_.target->makesInPlace())
                 return valueWith(addOperand(parameter, kBufferBytes, address_).data);
-            return parameter.type == "HaarClassifier" ? valueWith(addClassifier()) : valueWith(addMorphologyState());
+            return parameter.type == "HaarClassifier"      ? valueWith(addClassifier())
+                   : parameter.type.starts_with("Pyramid") ? valueWith(addPyramidState())
+                                                           : valueWith(addMorphologyState());
         case Kind::kStateSlot:
             return valueWith(addOperand(parameter, sizeof(void*), Address::kAligned).data);
         case Kind::kPointer:
@@ -107,11 +113,14 @@ Value ExportCall::valueOf(const Parameter& parameter, size_t index) {
 }
 
 Value ExportCall::number(const Parameter& parameter) const {
-    const int32_t value = parameter.name == "maskSize"      ? MaskSize3x3
-                          : isTapCount(parameter.name)      ? kTaps
-                          : parameter.name == "roiWidth"    ? roi_.width
-                          : parameter.name == "scaleFactor" ? 0
-                                                            : 1;
+    if (parameter.name == "rate")
+        return valueWith(kRate);
+    const int32_t value = parameter.name == "maskSize"            ? MaskSize3x3
+                          : isTapCount(parameter.name)            ? kTaps
+                          : parameter.name == "roiWidth"          ? roi_.width
+                          : parameter.name == "scaleFactor"       ? 0
+                          : parameter.name == "interpolationMode" ? 2
+                                                                  : 1;
     return fuzz::withType(parameter.element, [=](auto type) { return valueWith(decltype(type)(value)); });
 }
 
@@ -148,17 +157,36 @@ const HaarClassifier* ExportCall::addClassifier() {
     return isFloat ? build(float()) : build(int32_t());
 }
 
-/** By a call of the export that makes such states, with arguments that follow from its declaration, too. */
 void* ExportCall::addMorphologyState() {
     const auto functions = fuzz::MorphologyFunctions::of(*call_.target);
-    ExportCall maker(functions.find("InitAlloc"), roi_);
+    return addState(functions.find("InitAlloc"), functions.find("Free"));
+}
+
+/** The functions differ in what stands in front of the form, such as "_8u_C1R", or of Free. */
+void* ExportCall::addPyramidState() {
+    const std::string name(call_.target->name);
+    const std::string form = name.substr(std::min(name.find('_'), name.size()));
+    const std::string function = name.substr(0, std::min(name.find("Free"), name.size() - form.size()));
+    return addState(*fuzz::findExport(function + "InitAlloc" + form), *fuzz::findExport(function + "Free" + form));
+}
+
+/** By a call of the export that makes such states, with arguments that follow from its declaration, too. */
+void* ExportCall::addState(const Export& initAlloc, const Export& free) {
+    ExportCall maker(initAlloc, roi_);
     maker.fill(1);
     EXPECT_EQ(StatusOk, maker.run());
     void* const state = *static_cast<void**>(maker.call_.values[0].as<void*>());
-    states_.emplace_back(state, [release = &functions.find("Free")](void* made) {
+    states_.emplace_back(state, [release = &free](void* made) {
         EXPECT_EQ(StatusOk, release->call(std::array{valueWith(made)}.data()));
     });
     return state;
+}
+
+/** The smallest that an image of the next level of a pyramid may be. */
+RoiSize ExportCall::nextLevel() const {
+    const bool isDown = call_.target->name.find("Down") != std::string_view::npos;
+    const auto up = [](int32_t length) { return int32_t(pyramid::expanded(length, kRate).least); };
+    return isDown ? pyramid::reduced(roi_, kRate) : RoiSize{up(roi_.width), up(roi_.height)};
 }
 
 void ExportCall::fill(uint32_t seed) {

@@ -18,7 +18,7 @@ enum class Address { kAligned = 0, kOdd = 1 };
 
 /**
  * An export with arguments for a region: images of zeros with the shortest steps that are accepted, a kernel of 3 taps
- * or 3 x 3, a classifier of one feature, a structuring element of 3 x 3.
+ * or 3 x 3, a classifier of one feature, a structuring element of 3 x 3, pyramids of rate 1.5.
  */
 class ExportCall {
   public:
@@ -57,6 +57,9 @@ class ExportCall {
     void* addRows(const fuzz::Parameter& parameter);
     const HaarClassifier* addClassifier();
     void* addMorphologyState();
+    void* addPyramidState();
+    void* addState(const fuzz::Export& initAlloc, const fuzz::Export& free);
+    RoiSize nextLevel() const;
     size_t rowBytesOf(const fuzz::Parameter& image) const;
 
     fuzz::Call call_;

@@ -13,7 +13,7 @@ long fromEnvironment(const char* name, long otherwise) {
 }
 
 std::atomic<int> threads{int(fromEnvironment("STANDIN_THREADS", 1))};
-std::atomic<int> allowedBlocks{INT_MAX}, blocks{0}, teams{0};
+std::atomic<int> allowedBlocks{INT_MAX}, blocks{0}, latestBytes{0}, teams{0};
 
 }  // namespace
 
@@ -25,6 +25,10 @@ int standInBlocks() {
     return blocks;
 }
 
+int standInLatestBytes() {
+    return latestBytes;
+}
+
 int standInTeams() {
     return teams;
 }
@@ -34,6 +38,7 @@ void* vekMalloc(int bytes) {
         return nullptr;
     --allowedBlocks;
     ++blocks;
+    latestBytes = bytes;
     return ::operator new (size_t(bytes), std::align_val_t{64});
 }
 

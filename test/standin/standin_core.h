@@ -10,6 +10,8 @@ extern "C" {
 VEKCORE_API void standInFailAfter(int blocks);
 /** The number of blocks that were allocated and not released. */
 VEKCORE_API int standInBlocks(void);
+/** The size of the block that was allocated last. */
+VEKCORE_API int standInLatestBytes(void);
 /** How often ownGetNumThreads was called, as the library does once for each team of threads that it opens. */
 VEKCORE_API int standInTeams(void);
 }

@@ -6,15 +6,16 @@
 struct StandIn {
     void (*failAfter)(int blocks);
     int (*blocks)();
+    int (*latestBytes)();
     int (*teams)();
 };
 
 /** Null where the core library is the real one. */
 inline const StandIn* standIn() {
     const auto find = [](const char* name) { return dlsym(RTLD_DEFAULT, name); };
-    static const StandIn functions{reinterpret_cast<void (*)(int)>(find("standInFailAfter")),
-                                   reinterpret_cast<int (*)()>(find("standInBlocks")),
-                                   reinterpret_cast<int (*)()>(find("standInTeams"))};
+    static const StandIn functions{
+        reinterpret_cast<void (*)(int)>(find("standInFailAfter")), reinterpret_cast<int (*)()>(find("standInBlocks")),
+        reinterpret_cast<int (*)()>(find("standInLatestBytes")), reinterpret_cast<int (*)()>(find("standInTeams"))};
     return functions.teams == nullptr ? nullptr : &functions;
 }
 
