@@ -32,12 +32,13 @@ consteval std::string_view nameOf() {
 
 /** What the last part of a name tells: "C3IMR" has three channels, is in place and has a mask. */
 struct Layout {
-    int32_t channels;
+    int32_t channels, resultChannels;  // of C3C1 forms 3 and 1
     bool inPlace, masked;
 
     constexpr explicit Layout(std::string_view name) {
         const std::string_view layout = name.substr(name.rfind('_') + 1);
         channels = layout[1] - '0';
+        resultChannels = layout.starts_with("C3C1") ? 1 : channels;
         inPlace = layout.find('I') != layout.npos;
         masked = layout.find('M') != layout.npos;
     }
@@ -86,6 +87,7 @@ class Arguments {
         const int32_t channels = std::is_same_v<Value, ImagePoint>              ? 2
                                  : role == Role::kMask || role == Role::kResult ? 1
                                  : role == Role::kBuffer                        ? 1
+                                 : role == Role::kDestination                   ? layout_.resultChannels
                                                                                 : layout_.channels;
         case_.operands.push_back(Operand::make(role, elementOf<Value>(), channels, sizeOf(role)));
         return case_.operands.back();

@@ -60,8 +60,8 @@ int32_t sideBeyondCache() {
 }
 
 /**
- * Ends the program where the call fails, or where the peer computes something else and should not, for then the
- * comparison would be of different work.
+ * Ends the program where the call fails or the peer computes something else, for then the comparison would be of
+ * different work.
  */
 void check(const Row& row) {
     const Work work = row.prepare({67, 31});
@@ -74,8 +74,6 @@ void check(const Row& row) {
         results.push_back(operand.values());
     work.data.fill();
     work.peer();
-    if (!work.peerGivesTheSame)
-        return;
     for (size_t i = 0; i < results.size(); ++i) {
         if (work.data.operands[i].role == Role::kBuffer)
             continue;
@@ -85,7 +83,7 @@ void check(const Row& row) {
         for (const double value : expected)
             largest = std::max(largest, std::abs(value));
         for (size_t k = 0; k < expected.size(); ++k)
-            if (!(std::abs(results[i][k] - expected[k]) <= 1e-6 * largest))
+            if (!(std::abs(results[i][k] - expected[k]) <= work.data.tolerance * largest))
                 fail(row.name + ": " + std::to_string(results[i][k]) + ", but the peer gives " +
                      std::to_string(expected[k]));
     }

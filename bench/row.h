@@ -46,6 +46,7 @@ struct Case {
     std::vector<double> parameters;
     std::vector<Operand> operands;
     void (*content)(const Case&) = nullptr;  // replaces what must not be random
+    double tolerance = 1e-6;                 // of the results of the peer, as a share of the largest one
 
     void fill() const;
     bool writesImages() const;
@@ -64,7 +65,6 @@ struct Work {
     Case data;
     Call vekcv{};
     Call peer{};  // empty where there is none
-    bool peerGivesTheSame = true;
 };
 
 struct Row {

@@ -35,7 +35,8 @@ int32_t Call::channelsOf(size_t image) const {
     const size_t layout = target->name.rfind("_C");
     if (parameter.name == "mask" || layout == std::string_view::npos)
         return 1;
-    return target->name[layout + 2] - '0';
+    const bool isReduced = !parameter.isConst && target->name.substr(layout).starts_with("_C3C1");
+    return isReduced ? 1 : target->name[layout + 2] - '0';
 }
 
 std::optional<State::Bytes> Call::stateArgument(std::string_view parameter) const {

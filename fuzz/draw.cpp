@@ -12,7 +12,7 @@
 namespace fuzz {
 namespace {
 
-enum class Role { kNone, kImage, kRows, kTaps, kOfState, kBuffer, kResult, kUnknown };
+enum class Role { kNone, kImage, kRows, kTaps, kOfState, kBuffer, kArray, kResult, kUnknown };
 
 Role roleOf(const Call& call, size_t index) {
     const Export& target = *call.target;
@@ -31,6 +31,8 @@ Role roleOf(const Call& call, size_t index) {
         return Role::kBuffer;
     if (parameter.isConst && call.stateArgument(parameter.name))
         return Role::kOfState;
+    if (call.rules->arrayLength != nullptr)
+        return Role::kArray;
     return parameter.isConst ? Role::kUnknown : Role::kResult;
 }
 
@@ -103,6 +105,14 @@ class Drawing {
         return {width, from1(8)};
     }
 
+    /** The anchor of a window, or a pixel of the region, mostly. */
+    ImagePoint drawPoint() {
+        if (target_.has("maskSize"))
+            return drawAnchor(input_, call_.value("maskSize").as<RoiSize>());
+        const ImagePoint place = drawAnchor(input_, call_.value("roiSize").as<RoiSize>());
+        return input_.oneIn(16) ? ImagePoint{anyInteger(), place.y} : place;
+    }
+
     ImageRect drawRectangle() {
         const auto x = static_cast<int32_t>(input_.below(20));
         const auto y = static_cast<int32_t>(input_.below(20));
@@ -138,7 +148,7 @@ class Drawing {
         } else if (parameter.kind == Kind::kSize) {
             value.set(drawSize(parameter));
         } else if (parameter.kind == Kind::kPoint) {
-            value.set(drawAnchor(input_, call_.value("maskSize").as<RoiSize>()));
+            value.set(drawPoint());
         } else if (parameter.kind == Kind::kRectangle) {
             value.set(drawRectangle());
         } else {
@@ -221,6 +231,9 @@ class Drawing {
                 break;
             case Role::kOfState:
                 addArrayOfState(i);
+                break;
+            case Role::kArray:
+                addArray(i, call_.rules->arrayLength(call_, i));
                 break;
             case Role::kResult:
                 addArray(i, 1);

@@ -28,6 +28,9 @@ struct Precondition {
     /** How many columns the check of a step asks for, where those are not the columns that there are. */
     int64_t (*checkedColumns)(const Call& call, size_t image) = nullptr;
 
+    /** The elements of an array that has more than one, by its parameter. */
+    int64_t (*arrayLength)(const Call& call, size_t array) = nullptr;
+
     /** The query of the size of the work buffer: the whole name, or what takes the place of a part of the export's. */
     std::string_view query{}, replacedByQuery{};
 

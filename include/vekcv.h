@@ -2753,6 +2753,194 @@ VEKCV_API Status VEKCV_CALL vekiApplyMixedHaarClassifier_32s_C1RSfs(
     int32_t stageThreshold, const HaarClassifier* state, int32_t scaleFactor);
 /** @} */
 
+/* ------------------------------------------------------------------------------------------------------------------ */
+/**
+ * @defgroup HoughLine Hough lines
+ * Straight lines through the pixels of a binary image that are not 0, such as edges, by the standard Hough transform:
+ * Duda and Hart, "Use of the Hough Transformation to Detect Lines and Curves in Pictures" (1972). A line is the set of
+ * points with rho = x * cos(theta) + y * sin(theta), with the first pixel of the region at (0, 0); so theta is the
+ * direction of its normal and |rho| its distance from that pixel.
+ *
+ * The accumulator has a row of cells for each angle. With s = width + height,
+ *
+ *     theta of row n    n * deltaTheta                 n = 0 ... floor(3.14159 / deltaTheta)
+ *     rho of cell r     r * deltaRho - s               r = 0 ... rhoCount - 1, rhoCount = floor((2 s + 1) / deltaRho)
+ *     a point votes     in every row, for the cell r nearest to x * c + (y * d + o), of two equally near ones the even
+ *                       one; for the first or the last cell where that lies outside of the row
+ *     c, d, o           cos(theta) / deltaRho, sin(theta) / deltaRho and s / deltaRho, computed in double
+ *
+ * where c, d, o, the coordinates, both products and both sums are rounded to float. The number of rows is computed in
+ * double, rhoCount in float, and the theta and rho that are reported are computed in double and rounded to float. All
+ * of this is rounded to nearest, whatever the floating-point modes of the calling thread are.
+ *
+ * A cell is a line when it has at least threshold votes, and more than its neighbours: the cells of the same rho in the
+ * rows before and behind, and of the next smaller and larger rho in its row. A neighbour with as many votes counts as
+ * less where it has the larger theta or rho; so a rectangle of equal cells gives one line. Neighbours outside of the
+ * accumulator count as less. Of more than maxLineCount lines those with the most votes are reported. Lines with more
+ * votes come first, of equal ones those of smaller theta, then those of smaller rho.
+ *
+ * vekiHoughLine_Region considers only cells with minRho <= rho <= maxRho and minTheta <= theta <= maxTheta, as they
+ * would be reported. The others do not exist for it, as neighbours neither; it takes less time for fewer angles.
+ *
+ * @param source         first pixel of the image; every value but 0 is a point
+ * @param sourceStep     bytes from row to row; at least 1, and not compared with the width: rows may overlap
+ * @param roiSize        size of the image, at least 1 x 1
+ * @param deltaRho       distance between cells, in pixels: above 0, at most width + height
+ * @param deltaTheta     angle between rows of cells, in radians: above 0, at most 3.14159f
+ * @param threshold      least number of votes of a line, at least 1
+ * @param minRho, maxRho       range of rho; may be infinite
+ * @param minTheta, maxTheta   range of theta; may be infinite
+ * @param lines          receives rho and theta of each line, one after the other: room for 2 * maxLineCount floats
+ * @param maxLineCount   most lines that are reported, at least 1
+ * @param lineCount      receives the number of lines; floats behind those of the last line stay as they are
+ * @param buffer         work buffer at any address, of the size that vekiHoughLineGetSize gives for the same values
+ * @param bufferSize     receives the bytes of the work buffer, for both operations: with rows = floor(3.14159 /
+ *                       deltaTheta) and rhoCount as above, either being 2147483647 where it is larger,
+ *                       (4 width + 48) height + 16 maxLineCount + 8 (rows + 1) + 16 rhoCount + 256 modulo 2^32
+ *
+ * @retval StatusOk                  the lines were written; of vekiHoughLineGetSize, the size was written
+ * @retval StatusBufferSizeWarning   of vekiHoughLineGetSize: the size that was written is negative. As an unsigned
+ *                                   number it is right where the work buffer needs less than 4294967296 bytes
+ * @retval StatusNullPointer         source, lines, lineCount or the buffer is null; of vekiHoughLineGetSize, bufferSize
+ * @retval StatusStepError           sourceStep is below 1
+ * @retval StatusSizeError           width or height is below 1; or, not of vekiHoughLineGetSize, maxLineCount is below
+ *                                   1 or, after all other checks, the work buffer needs 4294967296 bytes or more
+ * @retval StatusBadArgument         deltaRho or deltaTheta is not above 0; or, not of vekiHoughLineGetSize, deltaRho is
+ *                                   above width + height, deltaTheta is above 3.14159f, or threshold is below 1
+ * @retval StatusRangeError          minRho is not at most maxRho, or minTheta is not at most maxTheta
+ *
+ * The calling thread does all the work.
+ * @{
+ */
+/** work buffer of vekiHoughLine */
+VEKCV_API Status VEKCV_CALL vekiHoughLineGetSize_8u_C1R(RoiSize roiSize, float deltaRho, float deltaTheta,
+                                                        int32_t maxLineCount, int32_t* bufferSize);
+/** straight lines */
+VEKCV_API Status VEKCV_CALL vekiHoughLine_8u32f_C1R(const uint8_t* source, int32_t sourceStep, RoiSize roiSize,
+                                                    float deltaRho, float deltaTheta, int32_t threshold, float* lines,
+                                                    int32_t maxLineCount, int32_t* lineCount, uint8_t* buffer);
+/** straight lines in ranges of rho and theta */
+VEKCV_API Status VEKCV_CALL vekiHoughLine_Region_8u32f_C1R(const uint8_t* source, int32_t sourceStep, RoiSize roiSize,
+                                                           float deltaRho, float deltaTheta, int32_t threshold,
+                                                           float minRho, float maxRho, float minTheta, float maxTheta,
+                                                           float* lines, int32_t maxLineCount, int32_t* lineCount,
+                                                           uint8_t* buffer);
+/** @} */
+
+/* ------------------------------------------------------------------------------------------------------------------ */
+/**
+ * @defgroup SampleLine Line samples
+ * The pixels of an image along a line, as the midpoint algorithm selects them: one for each step along the longer
+ * direction, from the start to the end, both of which belong to them. With dx = end.x - start.x, dy = end.y - start.y,
+ * the longer direction is that of columns where |dx| <= |dy|. With major and minor the larger and the smaller of |dx|
+ * and |dy|, and error = major at the start, each step goes one pixel along the longer direction and subtracts 2 * minor
+ * from the error; where that makes it negative, the step also goes one pixel along the other direction and adds
+ * 2 * major.
+ *
+ * @param source        first pixel of the image
+ * @param sourceStep    bytes from row to row; need not be a whole number of elements
+ * @param roiSize       size of the image, at least 1 x 1
+ * @param destination   receives max(|dx|, |dy|) + 1 pixels with all their channels; must not overlap the source
+ * @param start, end    the ends of the line, in the image; may be the same pixel
+ *
+ * @retval StatusOk              all samples were written
+ * @retval StatusNullPointer     source or destination is null
+ * @retval StatusSizeError       width or height is below 1
+ * @retval StatusStepError       the step is smaller than a row
+ * @retval StatusOutOfRange      an end of the line is not in the image
+ * @retval StatusCountOverflow   the number of samples does not fit an int32_t; no line in an image has so many
+ *
+ * The calling thread does all the work.
+ * @{
+ */
+/** pixels along a line */
+VEKCV_API Status VEKCV_CALL vekiSampleLine_8u_C1R(const uint8_t* source, int32_t sourceStep, RoiSize roiSize,
+                                                  uint8_t* destination, ImagePoint start, ImagePoint end);
+VEKCV_API Status VEKCV_CALL vekiSampleLine_8u_C3R(const uint8_t* source, int32_t sourceStep, RoiSize roiSize,
+                                                  uint8_t* destination, ImagePoint start, ImagePoint end);
+VEKCV_API Status VEKCV_CALL vekiSampleLine_16u_C1R(const uint16_t* source, int32_t sourceStep, RoiSize roiSize,
+                                                   uint16_t* destination, ImagePoint start, ImagePoint end);
+VEKCV_API Status VEKCV_CALL vekiSampleLine_16u_C3R(const uint16_t* source, int32_t sourceStep, RoiSize roiSize,
+                                                   uint16_t* destination, ImagePoint start, ImagePoint end);
+VEKCV_API Status VEKCV_CALL vekiSampleLine_32f_C1R(const float* source, int32_t sourceStep, RoiSize roiSize,
+                                                   float* destination, ImagePoint start, ImagePoint end);
+VEKCV_API Status VEKCV_CALL vekiSampleLine_32f_C3R(const float* source, int32_t sourceStep, RoiSize roiSize,
+                                                   float* destination, ImagePoint start, ImagePoint end);
+/** @} */
+
+/* ------------------------------------------------------------------------------------------------------------------ */
+/**
+ * @defgroup FastArctan Arctangent
+ * Angles of vectors (x, y) in degrees, from a polynomial of second degree. With ax = |x|, ay = |y|, and every operation
+ * rounded to float,
+ *
+ *     t = min(ax, ay) / max(ax, ay, 1e-8f)
+ *     a = (-15.8131895f * t + 61.0941963f) * t - 0.14050041f
+ *     a = 90 - a    where ax < ay
+ *     a = 180 - a   where x < 0
+ *     a = 360 - a   where y < 0
+ *
+ * Vectors with a coordinate of 1e-8 and more get angles that are at most 0.15 degrees off. They are not cut to the
+ * range from 0 to 360: at t = 0 the polynomial gives -0.14050041, so (1, 0) and (0, 0) have an angle below 0, and x > 0
+ * with y slightly below 0 has one above 360. -0 is not below 0. A NaN in x or y, or infinity in both, gives NaN.
+ *
+ * @param y, x     coordinates of the vectors
+ * @param angle    receives the angles; may be the same array as x or y
+ * @param length   number of vectors, at least 1
+ *
+ * @retval StatusOk            all angles were written
+ * @retval StatusNullPointer   an array is null
+ * @retval StatusSizeError     length is below 1
+ *
+ * The calling thread does all the work.
+ * @{
+ */
+/** angles of vectors, roughly */
+VEKCV_API Status VEKCV_CALL vekibFastArctan_32f(const float* y, const float* x, float* angle, int32_t length);
+/** @} */
+
+/* ------------------------------------------------------------------------------------------------------------------ */
+/**
+ * @defgroup GradientColorToGray Colour gradients to grey
+ * One channel from the three of an image, such as the magnitudes of the gradients of its colours, by a norm that is
+ * scaled so that three equal channels give their value:
+ *
+ *     NormInf   max(max(c0, c1), c2)
+ *     NormL1    ((c0 + c1) + c2) / 3
+ *     NormL2    sqrt(((c0 * c0 + c1 * c1) + c2 * c2) / 3)
+ *
+ * Of 8u and 16u this is exact and then rounded to the nearest integer; no result is halfway between two. So NormL1 of
+ * 8u is ((c0 + c1 + c2) * 1365 + 2048) >> 12. In floats every operation is rounded to float, and max(a, b) is a where
+ * a > b, else b, also where one of them is NaN.
+ *
+ * @param source        first pixel of the image of three channels
+ * @param destination   first pixel of the result; must not overlap the source
+ * @param sourceStep, destinationStep   bytes from row to row
+ * @param roiSize       size of both images, at least 1 x 1
+ * @param norm          NormInf, NormL1 or NormL2
+ *
+ * @retval StatusOk                every pixel was written
+ * @retval StatusNullPointer       an image is null
+ * @retval StatusSizeError         width or height is below 1
+ * @retval StatusStepError         a step is smaller than a row
+ * @retval StatusStepNotMultiple   the step of a 16u or 32f image is not a multiple of 2 or 4
+ * @retval StatusBadArgument       norm is another number
+ *
+ * Regions of 262144 pixels and more are shared among the threads.
+ * @{
+ */
+/** three channels to one by a norm */
+VEKCV_API Status VEKCV_CALL vekiGradientColorToGray_8u_C3C1R(const uint8_t* source, int32_t sourceStep,
+                                                             uint8_t* destination, int32_t destinationStep,
+                                                             RoiSize roiSize, int32_t norm);
+VEKCV_API Status VEKCV_CALL vekiGradientColorToGray_16u_C3C1R(const uint16_t* source, int32_t sourceStep,
+                                                              uint16_t* destination, int32_t destinationStep,
+                                                              RoiSize roiSize, int32_t norm);
+VEKCV_API Status VEKCV_CALL vekiGradientColorToGray_32f_C3C1R(const float* source, int32_t sourceStep,
+                                                              float* destination, int32_t destinationStep,
+                                                              RoiSize roiSize, int32_t norm);
+/** @} */
+
 #ifdef __cplusplus
 }
 #endif

@@ -6,5 +6,6 @@
 namespace bench::peer {
 
 [[gnu::weak]] Peer canny, minEigenVal, eigenValsVecs, findPeaks;
+[[gnu::weak]] Peer fastAtan2, houghLines, largestChannel, meanOfChannels, sampleLine;
 
 }  // namespace bench::peer

@@ -1,4 +1,4 @@
-// A picture with edges and corners as pictures of rooms and streets have them.
+// Pictures of the feature benchmarks.
 #pragma once
 
 #include <algorithm>

@@ -42,14 +42,15 @@ class Faults {
 
     std::vector<Fault> collect() {
         addNullPointers();
+        if (family_.steps == Steps::kPositive)
+            addStepLengths();
         add(kSizes);
         addFamily(Behind::kSizes);
-        if (hasImages(target_))
-            add(kWidths);
-        forEachStep([&](size_t step, int32_t row, int32_t element) {
-            add(step, StatusStepError, row - element);
-            add(step, StatusStepError, -row);
-        });
+        if (family_.steps != Steps::kPositive) {
+            if (hasImages(target_))
+                add(kWidths);
+            addStepLengths();
+        }
         addFamily(Behind::kStepLengths);
         forEachStep([&](size_t step, int32_t row, int32_t element) {
             if (element > 1 && family_.steps == Steps::kMultiples)
@@ -90,6 +91,13 @@ class Faults {
             if (parameter.kind >= Kind::kPointer && !isOfFamily && optional.find(parameter.name) == optional.npos)
                 add(i, StatusNullPointer, kNull);
         }
+    }
+
+    void addStepLengths() {
+        forEachStep([&](size_t step, int32_t row, int32_t element) {
+            add(step, StatusStepError, row - element);
+            add(step, StatusStepError, -row);
+        });
     }
 
     template <typename Visit>
