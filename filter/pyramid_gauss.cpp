@@ -26,9 +26,10 @@ constexpr int32_t halfOf(int32_t count) {
     return count / 2 + count % 2;
 }
 
+/** Sets two pixels on the left, and three on the right: the last one counts 0 times. */
 template <int32_t kChannels, typename T>
 void mirrorBeside(T* line, int64_t width) {
-    for (const int64_t x : {int64_t{-2}, int64_t{-1}, width, width + 1})
+    for (const int64_t x : {int64_t{-2}, int64_t{-1}, width, width + 1, width + 2})
         copyPixel<kChannels>(line, borderIndex(BorderReflect, x, static_cast<int32_t>(width)),
                              static_cast<ptrdiff_t>(x));
 }
@@ -39,7 +40,7 @@ void halve(Image<const T, kChannels> source, Image<T, kChannels> out, RoiSize ro
     constexpr int32_t kRows = 5;
     const ptrdiff_t length = ptrdiff_t{roi.width} * kChannels;
     const ptrdiff_t outLength = ptrdiff_t{halfOf(roi.width)} * kChannels;
-    const ptrdiff_t lineBytes = length + 4 * kChannels + kLineSlack;
+    const ptrdiff_t lineBytes = length + 5 * kChannels + kLineSlack;
     const ptrdiff_t sumsBytes =
         alignUp<ptrdiff_t>(outLength * ptrdiff_t{sizeof(uint16_t)} + kVectorSlack, Scratch::kAlignment);
     alignas(Scratch::kAlignment) uint8_t few[1024];
@@ -68,7 +69,7 @@ void halve(Image<const T, kChannels> source, Image<T, kChannels> out, RoiSize ro
 template <int32_t kChannels>
 void halve(Image<const float, kChannels> source, Image<float, kChannels> out, RoiSize roi, uint8_t* buffer) {
     const ptrdiff_t length = ptrdiff_t{roi.width} * kChannels;
-    const ptrdiff_t lineElements = length + 4 * kChannels + kLineSlack / ptrdiff_t{sizeof(float)};
+    const ptrdiff_t lineElements = length + 5 * kChannels + kLineSlack / ptrdiff_t{sizeof(float)};
     alignas(Scratch::kAlignment) uint8_t few[1024];
     Scratch scratch = scratchFor(lineElements * ptrdiff_t{sizeof(float)} + Scratch::kAlignment, buffer,
                                  downBufferBytes(roi.width, kChannels), few);

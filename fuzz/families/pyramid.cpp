@@ -219,8 +219,8 @@ std::string PyramidLayerStateOfCall::addFault(Input& input, Call& call) {
         more_.width = -1;
         return "a state for smaller sources";
     }
-    const auto now = static_cast<size_t>(std::ranges::find(kForms, form_) - std::begin(kForms));
-    form_ = kForms[(now + 1 + input.below(std::size(kForms) - 1)) % std::size(kForms)];
+    const auto right = static_cast<size_t>(std::ranges::find(kForms, formOf(*call.target)) - std::begin(kForms));
+    form_ = kForms[(right + 1 + input.below(std::size(kForms) - 1)) % std::size(kForms)];
     return "a state of other functions";
 }
 
