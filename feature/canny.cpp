@@ -1,6 +1,7 @@
 // Canny edge detector.
 #include "bind.h"
 #include "check.h"
+#include "mask_bits.h"
 #include "pixelwise.h"
 #include "row_ring.h"
 
@@ -203,9 +204,7 @@ class EdgeMap {
         const auto touches = hn::And(isCandidate, hn::TestBit(around, hn::Set(d, uint8_t{1})));
         if (hn::AllFalse(d, touches))
             return;
-        uint64_t bits = 0;
-        hn::StoreMaskBits(d, touches, reinterpret_cast<uint8_t*>(&bits));
-        for (; bits != 0; bits &= bits - 1)
+        for (uint64_t bits = maskBits(d, touches); bits != 0; bits &= bits - 1)
             makeEdge(pixels + __builtin_ctzll(bits));
     }
 

@@ -1,6 +1,7 @@
 // Local extrema of an image.
 #include "bind.h"
 #include "check.h"
+#include "mask_bits.h"
 #include "rest.h"
 #include "work_buffer.h"
 
@@ -91,9 +92,7 @@ HWY_INLINE uint64_t findPeaks(D d, const hn::TFromD<D>* const (&rows)[3], ptrdif
     const auto isLow = hn::AndNot(isPositive, isHigh);
     if (!hn::AllFalse(d, isLow))
         isPeak = hn::Or(isPeak, hn::And(isLow, isAt(d, v, extremumAround<Smaller, kAll>(d, rows, x))));
-    uint64_t bits = 0;
-    hn::StoreMaskBits(d, isPeak, reinterpret_cast<uint8_t*>(&bits));
-    return bits;
+    return maskBits(d, isPeak);
 }
 
 template <bool kAll, typename T>

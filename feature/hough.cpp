@@ -4,6 +4,7 @@
 #include "check.h"
 #include "float_modes.h"
 #include "hough_points.h"
+#include "mask_bits.h"
 
 namespace VEKCV_VARIANT {
 namespace {
@@ -101,9 +102,7 @@ class Accumulator {
                 const auto isLessThan = [=](const int32_t* others) { return hn::Lt(votes, hn::LoadU(d, others + i)); };
                 const auto isAhead = hn::And(isMoreThan(before), isMoreThan(here - 1));
                 const auto isBehind = hn::Or(isTooWeak, hn::Or(isLessThan(behind), isLessThan(here + 1)));
-                uint64_t bits = 0;
-                hn::StoreMaskBits(d, hn::AndNot(isBehind, isAhead), reinterpret_cast<uint8_t*>(&bits));
-                for (; bits != 0; bits &= bits - 1) {
+                for (uint64_t bits = maskBits(d, hn::AndNot(isBehind, isAhead)); bits != 0; bits &= bits - 1) {
                     const ptrdiff_t cell = i + __builtin_ctzll(bits);
                     lines.offer({here[cell], row, static_cast<int32_t>(cell)});
                 }

@@ -3,6 +3,7 @@
 #include <cmath>
 
 #include "image.h"
+#include "mask_bits.h"
 #include "rest.h"
 #include "rounding.h"
 #include "work_buffer.h"
@@ -128,9 +129,7 @@ class Points {
         forHalves(
             hn::ScalableTag<uint8_t>(), 0, width, [&](auto d, ptrdiff_t x) __attribute__((always_inline)) {
                 const auto isPoint = hn::Ne(hn::LoadU(d, pixels + x), hn::Zero(d));
-                uint64_t bits = 0;
-                hn::StoreMaskBits(d, isPoint, reinterpret_cast<uint8_t*>(&bits));
-                for (; bits != 0; bits &= bits - 1)
+                for (uint64_t bits = maskBits(d, isPoint); bits != 0; bits &= bits - 1)
                     x_[count++] = static_cast<float>(static_cast<int32_t>(x) + __builtin_ctzll(bits));
             });
         return count;

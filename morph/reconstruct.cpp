@@ -1,6 +1,7 @@
 // Morphological reconstruction. Comments speak of dilation; erosion is the same with the order of values reversed.
 #include "bind.h"
 #include "check.h"
+#include "mask_bits.h"
 #include "pixelwise.h"
 #include "reconstruct_rows.h"
 #include "work_buffer.h"
@@ -190,10 +191,8 @@ class Reconstruction {
         // A bit for each byte: masks of 16-bit lanes take instructions that the variants do without.
         const hn::Repartition<uint8_t, D> bytes;
         constexpr uint64_t kFirstBytes = ~uint64_t{0} / ((uint64_t{1} << sizeof(T)) - 1);
-        uint64_t bits = 0;
-        hn::StoreMaskBits(bytes, hn::Eq(hn::BitCast(bytes, hn::VecFromMask(d, isSame)), hn::Zero(bytes)),
-                          reinterpret_cast<uint8_t*>(&bits));
-        for (bits &= kFirstBytes; bits != 0; bits &= bits - 1)
+        const auto isChanged = hn::Eq(hn::BitCast(bytes, hn::VecFromMask(d, isSame)), hn::Zero(bytes));
+        for (uint64_t bits = maskBits(bytes, isChanged) & kFirstBytes; bits != 0; bits &= bits - 1)
             push(x + __builtin_ctzll(bits) / int{sizeof(T)}, y);
     }
 
