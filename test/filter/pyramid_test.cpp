@@ -6,8 +6,8 @@
 #include <cmath>
 #include <vector>
 
+#include "caller_modes.h"
 #include "pyramid_sizes.h"
-#include "rounding_mode.h"
 #include "standin.h"
 #include "test/exports/faults.h"
 
@@ -73,17 +73,14 @@ TEST(PyramidSizes, MatchTheirDefinition) {
 }
 
 TEST(PyramidSizes, DependOnNoMode) {
-    std::vector<Sizes> expected, actual;
+    std::vector<Sizes> expected;
     for (const RoiSize size : sizesToTest())
         expected.push_back(Sizes::expectedOf(size, 1.1f));
-    for (const int rounding : {FE_UPWARD, FE_DOWNWARD, FE_TOWARDZERO}) {
-        actual.clear();
-        const RoundingMode mode(rounding);
+    forCallerModes([&] {
+        auto next = expected.begin();
         for (const RoiSize size : sizesToTest())
-            actual.push_back(Sizes::of(size, 1.1f));
-        for (size_t i = 0; i < expected.size(); ++i)
-            expectSizes(expected[i], actual[i]);
-    }
+            expectSizes(*next++, Sizes::of(size, 1.1f));
+    });
 }
 
 const std::initializer_list<float> kBadRates{1.0f, 0.5f, 0.0f, -2.0f, 10.000001f, INFINITY, NAN};
@@ -158,14 +155,13 @@ TEST(PyramidRecord, DependsOnNoMode) {
     std::vector<double> scales{1};
     for (int level = 1; level < 20; ++level)
         scales.push_back(scales.back() * (1 / double(1.7f)));
-    for (const int rounding : {FE_UPWARD, FE_DOWNWARD, FE_TOWARDZERO}) {
-        const RoundingMode mode(rounding);
+    forCallerModes([&] {
         Pyramid* pyramid = nullptr;
         ASSERT_EQ(StatusOk, vekiPyramidInitAlloc(&pyramid, 9, {1000, 700}, 1.7f));
         for (int level = 0; level <= pyramid->levelCount; ++level)
             EXPECT_EQ(scales[size_t(level)], pyramid->levelScales[level]);
         EXPECT_EQ(StatusOk, vekiPyramidFree(pyramid));
-    }
+    });
 }
 
 }  // namespace
