@@ -2,6 +2,7 @@
 
 #include <atomic>
 #include <climits>
+#include <cmath>
 #include <cstdlib>
 #include <new>
 
@@ -14,6 +15,7 @@ long fromEnvironment(const char* name, long otherwise) {
 
 std::atomic<int> threads{int(fromEnvironment("STANDIN_THREADS", 1))};
 std::atomic<int> allowedBlocks{INT_MAX}, blocks{0}, latestBytes{0}, teams{0};
+std::atomic<Status> sqrtStatus{StatusOk};
 
 }  // namespace
 
@@ -69,6 +71,17 @@ int ownGetNumThreads() {
 Status vekGetMaxCacheSizeB(int* bytes) {
     *bytes = int(fromEnvironment("STANDIN_CACHE_BYTES", 1 << 20));
     return StatusOk;
+}
+
+Status vekSqrt_32f_I(float* values, int count) {
+    if (sqrtStatus == StatusOk)
+        for (int i = 0; i < count; ++i)
+            values[i] = std::sqrt(values[i]);
+    return sqrtStatus;
+}
+
+void standInGiveForSqrt(Status status) {
+    sqrtStatus = status;
 }
 
 int vekGetNumCoresOnDie() {

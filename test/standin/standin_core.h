@@ -14,4 +14,6 @@ VEKCORE_API int standInBlocks(void);
 VEKCORE_API int standInLatestBytes(void);
 /** How often ownGetNumThreads was called, as the library does once for each team of threads that it opens. */
 VEKCORE_API int standInTeams(void);
+/** From now on vekSqrt_32f_I gives this status, and computes nothing unless it is StatusOk. */
+VEKCORE_API void standInGiveForSqrt(Status status);
 }

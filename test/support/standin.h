@@ -8,6 +8,7 @@ struct StandIn {
     int (*blocks)();
     int (*latestBytes)();
     int (*teams)();
+    void (*giveForSqrt)(Status status);
 };
 
 /** Null where the core library is the real one. */
@@ -15,7 +16,8 @@ inline const StandIn* standIn() {
     const auto find = [](const char* name) { return dlsym(RTLD_DEFAULT, name); };
     static const StandIn functions{
         reinterpret_cast<void (*)(int)>(find("standInFailAfter")), reinterpret_cast<int (*)()>(find("standInBlocks")),
-        reinterpret_cast<int (*)()>(find("standInLatestBytes")), reinterpret_cast<int (*)()>(find("standInTeams"))};
+        reinterpret_cast<int (*)()>(find("standInLatestBytes")), reinterpret_cast<int (*)()>(find("standInTeams")),
+        reinterpret_cast<void (*)(Status)>(find("standInGiveForSqrt"))};
     return functions.teams == nullptr ? nullptr : &functions;
 }
 
