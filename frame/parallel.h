@@ -49,29 +49,29 @@ struct RowStripes {
 
 /** What the threads of a team do, without its types, so that the code that opens teams exists once. */
 struct TeamWork {
+    int32_t height;
     const void* context;
     void (*prepare)(const void* context, int32_t threads);
     void (*body)(const void* context, int32_t thread, int32_t firstRow, int32_t rowCount);
 };
 
 /**
- * Calls the body on every thread of a team that has rows, with the floating-point modes of the calling thread. The team
- * may be smaller than what the core library asks for, so its master calls prepare(threads) before any body starts.
+ * Calls the body of each work on every thread of a team that has rows, with the floating-point modes of the calling
+ * thread. A work begins when the one before is done. The team may be smaller than what the core library asks for, so
+ * its master calls prepare(threads) before any body starts.
  */
-[[gnu::noinline]] inline void runTeam(int32_t height, TeamWork work, int32_t mostThreads = INT32_MAX) {
-    RowStripes stripes{};
+template <size_t kWorks>
+[[gnu::noinline]] inline void runTeam(const TeamWork (&works)[kWorks], int32_t mostThreads = INT32_MAX) {
     const auto modes = FloatModes::ofThread();
     const int32_t asked = ownGetNumThreads();  // once for each team
     const int32_t requested = asked < mostThreads ? asked : mostThreads;
 #pragma omp parallel num_threads(requested)
-    {
+    for (const TeamWork& work : works) {
+        const int32_t threads = omp_get_num_threads(), thread = omp_get_thread_num();
 #pragma omp master
-        {
-            stripes = RowStripes::of(height, omp_get_num_threads());
-            work.prepare(work.context, stripes.threads);
-        }
+        work.prepare(work.context, threads);
 #pragma omp barrier
-        const int32_t thread = omp_get_thread_num();
+        const auto stripes = RowStripes::of(work.height, threads);
         if (stripes.rowCount(thread) > 0) {
             const FloatModesGuard guard(modes);
             work.body(work.context, thread, stripes.firstRow(thread), stripes.rowCount(thread));
@@ -79,17 +79,31 @@ struct TeamWork {
     }
 }
 
+/** The work of a body(thread, firstRow, rowCount) that needs no preparation. */
+template <typename Body>
+TeamWork teamWork(int32_t height, const Body& body) {
+    return {height, &body, [](const void*, int32_t) {},
+            [](const void* context, int32_t thread, int32_t first, int32_t rows) {
+                callBody(*static_cast<const Body*>(context), thread, first, rows);
+            }};
+}
+
 /** Runs body(thread, firstRow, rowCount): on the calling thread, or in one stripe for each thread of a team. */
 template <typename Body>
 void forThreadStripes(bool isForTeam, int32_t height, const Body& body, int32_t mostThreads = INT32_MAX) {
     if (!isForTeam)
         return callBody(body, int32_t{0}, int32_t{0}, height);
-    runTeam(height,
-            {&body, [](const void*, int32_t) {},
-             [](const void* context, int32_t thread, int32_t first, int32_t rows) {
-                 callBody(*static_cast<const Body*>(context), thread, first, rows);
-             }},
-            mostThreads);
+    runTeam({teamWork(height, body)}, mostThreads);
+}
+
+/** The same with two bodies, each over rows of its own; the second one when the first one is done with all of its. */
+template <typename First, typename Second>
+void forThreadStripes(bool isForTeam, int32_t firstHeight, const First& first, int32_t secondHeight,
+                      const Second& second) {
+    if (isForTeam)
+        return runTeam({teamWork(firstHeight, first), teamWork(secondHeight, second)});
+    callBody(first, int32_t{0}, int32_t{0}, firstHeight);
+    callBody(second, int32_t{0}, int32_t{0}, secondHeight);
 }
 
 /** Runs body(firstRow, rowCount) over all rows: at once, or from the threshold on in one stripe for each thread. */
@@ -121,20 +135,20 @@ struct ReductionWork {
     };
     alignas(kMostBytes) uint8_t frameSlots[kFrameSlots * kMostBytes];
     Team team{work, total, bytes, frameSlots, 0};
-    runTeam(height, {&team,
-                     [](const void* context, int32_t threads) {
-                         auto& t = *static_cast<Team*>(const_cast<void*>(context));
-                         t.threads = threads;
-                         if (threads > kFrameSlots)
-                             t.slots = static_cast<uint8_t*>(allocateBytes(threads * static_cast<int64_t>(t.bytes)));
-                         for (int32_t i = 0; t.slots != nullptr && i < threads; ++i)
-                             __builtin_memcpy(t.slot(i), t.total, t.bytes);
-                     },
-                     [](const void* context, int32_t thread, int32_t first, int32_t rows) {
-                         const auto& t = *static_cast<const Team*>(context);
-                         if (t.slots != nullptr)
-                             t.work.body(t.work.context, first, rows, t.slot(thread));
-                     }});
+    runTeam({{height, &team,
+              [](const void* context, int32_t threads) {
+                  auto& t = *static_cast<Team*>(const_cast<void*>(context));
+                  t.threads = threads;
+                  if (threads > kFrameSlots)
+                      t.slots = static_cast<uint8_t*>(allocateBytes(threads * static_cast<int64_t>(t.bytes)));
+                  for (int32_t i = 0; t.slots != nullptr && i < threads; ++i)
+                      __builtin_memcpy(t.slot(i), t.total, t.bytes);
+              },
+              [](const void* context, int32_t thread, int32_t first, int32_t rows) {
+                  const auto& t = *static_cast<const Team*>(context);
+                  if (t.slots != nullptr)
+                      t.work.body(t.work.context, first, rows, t.slot(thread));
+              }}});
     if (team.slots == nullptr)
         return work.body(work.context, 0, height, total);
     for (int32_t thread = 0; thread < team.threads; ++thread)
