@@ -1,15 +1,10 @@
 // Reconstruction within a row: its pixels spread along it as far as those of the source let them.
 #pragma once
 
-#include <type_traits>
-
-#include "simd.h"
+#include "along_row.h"
+#include "min_max.h"
 
 namespace VEKCV_VARIANT {
-
-/** SSSE3 has no minimum and maximum of unsigned 16-bit lanes, but differences that saturate at 0. */
-template <typename T>
-constexpr bool kLacksMinMax = HWY_TARGET == HWY_SSSE3&& std::is_same_v<T, uint16_t>;
 
 /**
  * Reconstruction by dilation: pixels grow, and the source is their upper bound. Where an argument of join or limit is
@@ -18,17 +13,11 @@ constexpr bool kLacksMinMax = HWY_TARGET == HWY_SSSE3&& std::is_same_v<T, uint16
 struct Dilation {
     template <typename V>
     HWY_INLINE static V join(V a, V b) {
-        if constexpr (kLacksMinMax<hn::TFromV<V>>)
-            return hn::Add(b, hn::SaturatedSub(a, b));
-        else
-            return hn::Max(a, b);
+        return larger(a, b);
     }
     template <typename V>
     HWY_INLINE static V limit(V a, V b) {
-        if constexpr (kLacksMinMax<hn::TFromV<V>>)
-            return hn::Sub(a, hn::SaturatedSub(a, b));
-        else
-            return hn::Min(a, b);
+        return smaller(a, b);
     }
     template <typename T>
     static bool isBeyond(T a, T b) {
@@ -118,18 +107,6 @@ struct Stretch {
     Stretch mirrored(ptrdiff_t width) const { return {width - end, width - begin}; }
 };
 
-/** The end of a row that pixels spread from. */
-enum class From { kLeft, kRight };
-
-/** Lanes moved by so many bytes away from that end, within 128-bit groups; those of `fill` follow them. */
-template <From kFrom, int kBytes, typename D>
-HWY_INLINE hn::Vec<D> moved(D d, hn::Vec<D> v, hn::Vec<D> fill) {
-    if constexpr (kFrom == From::kLeft)
-        return hn::CombineShiftRightBytes<16 - kBytes>(d, v, fill);
-    else
-        return hn::CombineShiftRightBytes<kBytes>(d, fill, v);
-}
-
 /**
  * Spreads the pixels of each 128-bit group within it, in steps in each of which a lane sees twice as many lanes:
  * `pixels` becomes what reaches a lane from the group, `bounds` what it lets through from before the group.
@@ -144,17 +121,6 @@ HWY_INLINE void spreadInGroups(D d, hn::Vec<D>& pixels, hn::Vec<D>& bounds) {
         spreadInGroups<Rule, kFrom, 2 * kBytes>(d, pixels, bounds);
     }
 }
-
-/** Indices of bytes that repeat the last lane, seen from one end, of a 128-bit group. */
-template <From kFrom, size_t kLaneBytes>
-struct LastLane {
-    alignas(16) uint8_t bytes[16];
-
-    constexpr LastLane() : bytes() {
-        for (size_t i = 0; i < 16; ++i)
-            bytes[i] = static_cast<uint8_t>((kFrom == From::kLeft ? 16 - kLaneBytes : 0) + i % kLaneBytes);
-    }
-};
 
 /**
  * The pixels of all groups, with what reaches each from before it. `carry` is the pixel before the vector, in all
@@ -181,14 +147,9 @@ HWY_INLINE hn::Vec<D> spreadAcrossGroups(D d, hn::Vec<D> pixels, hn::Vec<D> boun
             return hn::Combine(d, upper, spreadLower());
         }
     } else {
-        static constexpr LastLane<kFrom, sizeof(T)> kLastLane;
-        const hn::Repartition<uint8_t, D> bytes;
-        const auto last = [=](hn::Vec<D> v) {
-            return hn::BitCast(d, hn::TableLookupBytes(hn::BitCast(bytes, v), hn::Load(bytes, kLastLane.bytes)));
-        };
         const auto spread = Rule::join(pixels, Rule::limit(bounds, carry));
-        // The same as last(spread), with fewer instructions between one carry and the next.
-        carry = Rule::join(last(pixels), Rule::limit(last(bounds), carry));
+        // The last lane of `spread`, with fewer instructions between one carry and the next.
+        carry = Rule::join(repeatLast<kFrom>(d, pixels), Rule::limit(repeatLast<kFrom>(d, bounds), carry));
         return spread;
     }
 }
