@@ -40,6 +40,11 @@ struct Operand {
     std::vector<double> values() const;
 };
 
+template <typename T>
+T* pointerTo(const Operand& operand) {
+    return static_cast<T*>(operand.memory.get());
+}
+
 /** What a call works on. */
 struct Case {
     RoiSize size;

@@ -33,7 +33,8 @@ int32_t dataTypeOf(Element element) {
 int32_t Call::channelsOf(size_t image) const {
     const Parameter& parameter = target->parameters[image];
     const size_t layout = target->name.rfind("_C");
-    if (parameter.name == "mask" || layout == std::string_view::npos)
+    const bool isSingle = parameter.name == "mask" || parameter.name == "markers" || parameter.name == "distance";
+    if (isSingle || layout == std::string_view::npos)
         return 1;
     const bool isReduced = !parameter.isConst && target->name.substr(layout).starts_with("_C3C1");
     return isReduced ? 1 : target->name[layout + 2] - '0';

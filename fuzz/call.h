@@ -28,7 +28,7 @@ struct Call {
 
     const Value& value(std::string_view parameter) const { return values.at(target->indexOf(parameter)); }
 
-    /** What the last part of the name tells; masks, and results of C3C1 forms, have one channel. */
+    /** What the last part of the name tells; masks, markers, distances, and results of C3C1 forms, have one channel. */
     int32_t channelsOf(size_t image) const;
 
     /** What a parameter takes from one of the objects; nothing where it is of none. */

@@ -165,7 +165,9 @@ class Drawing {
         constexpr Content::Values kValues[] = {Content::kAny,    Content::kAny,      Content::kSmall,
                                                Content::kSparse, Content::kConstant, Content::kZero};
         const std::string_view name = target_.parameters[i].name;
-        const auto values = name == "mask" ? Content::kMask : input_.oneOf(kValues);
+        const auto values = name == "mask"                           ? Content::kMask
+                            : name == "metrics" && !input_.oneIn(16) ? Content::kPositive
+                                                                     : input_.oneOf(kValues);
         return {values, input_.take<uint16_t>() * 16u + static_cast<uint32_t>(i)};
     }
 

@@ -11,7 +11,7 @@ namespace {
 template <typename T>
 constexpr bool isObject() {
     return std::is_class_v<T> && !std::is_same_v<T, ImagePoint> && !std::is_same_v<T, RoiSize> &&
-           !std::is_same_v<T, ImageRect>;
+           !std::is_same_v<T, ImageRect> && !std::is_same_v<T, ConnectedComponent>;
 }
 
 template <typename T>
@@ -22,6 +22,8 @@ constexpr Element elementOf() {
         return Element::kSize;
     else if constexpr (std::is_same_v<T, ImageRect>)
         return Element::kRectangle;
+    else if constexpr (std::is_same_v<T, ConnectedComponent>)
+        return Element::kComponent;
     else if constexpr (std::is_pointer_v<T> || isObject<T>())
         return Element::kPointer;
     else if constexpr (std::is_floating_point_v<T>)
@@ -105,6 +107,8 @@ int64_t bytesOf(Element element) {
             return 4;
         case Element::kRectangle:
             return 16;
+        case Element::kComponent:
+            return sizeof(ConnectedComponent);
         default:
             return 8;
     }

@@ -11,7 +11,7 @@
 
 namespace fuzz {
 
-enum class Element { k8u, k8s, k16u, k16s, k32s, k32f, k64f, kPoint, kSize, kRectangle, kPointer };
+enum class Element { k8u, k8s, k16u, k16s, k32s, k32f, k64f, kPoint, kSize, kRectangle, kComponent, kPointer };
 
 enum class Kind {
     kNumber,
@@ -56,6 +56,13 @@ class Value {
   private:
     unsigned char bytes_[16] = {};
 };
+
+template <typename T>
+Value valueOf(T content) {
+    Value value;
+    value.set(content);
+    return value;
+}
 
 struct Export {
     static constexpr size_t kNone = static_cast<size_t>(-1);

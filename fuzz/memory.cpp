@@ -20,6 +20,16 @@ size_t mappingBytes(int64_t rowBytes, int64_t rows, int64_t step, Place place) {
                                                                  : (rows - 1) * step + rowBytes + place.offset);
 }
 
+/** Small integers more often than large ones; floats that are no multiples of each other's last bits. */
+template <typename T>
+T drawPositive(Random& random) {
+    const uint32_t number = 1 + random.below(uint32_t{1} << random.below(20));
+    if constexpr (std::is_floating_point_v<T>)
+        return static_cast<T>(number) / 7;
+    else
+        return static_cast<T>(number);
+}
+
 template <typename T>
 T drawElement(Random& random, Content::Values values, T constant) {
     switch (values) {
@@ -31,6 +41,8 @@ T drawElement(Random& random, Content::Values values, T constant) {
             return constant;
         case Content::kMask:
             return static_cast<T>(random.mask());
+        case Content::kPositive:
+            return drawPositive<T>(random);
         default:
             return T(0);
     }

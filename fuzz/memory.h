@@ -26,7 +26,7 @@ struct Place {
 
 /** What elements hold. */
 struct Content {
-    enum Values : uint8_t { kAny, kSmall, kConstant, kSparse, kZero, kMask };  // sparse: zero but for a few
+    enum Values : uint8_t { kAny, kSmall, kConstant, kSparse, kZero, kMask, kPositive };  // sparse: zero but for a few
     Values values = kAny;
     uint32_t seed = 0;
 };

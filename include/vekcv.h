@@ -2941,6 +2941,244 @@ VEKCV_API Status VEKCV_CALL vekiGradientColorToGray_32f_C3C1R(const float* sourc
                                                               RoiSize roiSize, int32_t norm);
 /** @} */
 
+/* ------------------------------------------------------------------------------------------------------------------ */
+/**
+ * @defgroup FloodFill Flood fill
+ * Repaints the connected region of an image that contains the seed, in place. A pixel v joins the region
+ *
+ * - in plain forms where it equals the seed s as it was before: v = s
+ * - in Range forms where it is close to that seed: s - minDelta <= v <= s + maxDelta
+ * - in Grad forms where it is close to a neighbour p that has joined: p - minDelta <= v <= p + maxDelta
+ *
+ * and only as a neighbour of a pixel of the region: one of the four that share a side with it in 4Con forms, one of the
+ * eight that share a side or a corner in 8Con forms. All values are those before the fill, and of three channels all
+ * must pass. Sums and differences of integers are exact. Those of floats are rounded to float, and a NaN passes no
+ * test. The seed itself always belongs to the region.
+ *
+ * Plain and Range forms do nothing where the seed equals newValue: neither the image nor the component is written.
+ * Other pixels that equal newValue do not join in Range forms, even if they are close to the seed. Grad forms have no
+ * such exception.
+ *
+ * Range forms keep a list of runs, pixels side by side, whose neighbours are still to be looked at. The run that is
+ * found last is looked at first, and leaves the list then: its neighbours in the row away from the run from which it
+ * was found, from left to right, and then those in the other row. The run that would be number width * height / 4
+ * (rounded down) in the list empties it instead, without a status, and what could be reached from there only is left as
+ * it is; the area counts all pixels that were written, but the rectangle need not hold runs that were not looked at.
+ * The run of the seed is the first in the list, so in regions of 4 to 7 pixels in several rows nothing else is filled.
+ * The other forms fill all that can be reached.
+ *
+ * @param image         first pixel of the image, which is changed in place
+ * @param imageStep     bytes from row to row
+ * @param roiSize       size of the region of interest, at least 1 x 1; pixels beyond it are not there
+ * @param seed          a pixel of the region of interest
+ * @param newValue      what is written; an array of one for each channel in forms of three
+ * @param minDelta, maxDelta   how far below and above a value others may lie; arrays in forms of three channels
+ * @param component     receives what was filled
+ * @param bufferSize    receives the bytes of the work buffer: width * height * 24 / 4 + 32, for Grad forms (width + 2)
+ *                      * (height + 2) more
+ * @param buffer        work buffer; may begin at any address
+ *
+ * @retval StatusOk                the region was filled; of queries, the size was written
+ * @retval StatusNullPointer       image, component or the buffer is null, or an array of values; of queries, bufferSize
+ * @retval StatusSizeError         width or height is below 1; or, after all other checks, the work buffer of a plain
+ *                                 form would not fit an int32_t; of queries, the size does not fit one
+ * @retval StatusStepError         the step is smaller than a row
+ * @retval StatusStepNotMultiple   the step of a 16u or 32f image is not a multiple of 2 or 4
+ * @retval StatusOutOfRange        the seed is not in the region of interest
+ *
+ * The calling thread does all the work.
+ * @{
+ */
+/** A region that was filled. */
+typedef struct ConnectedComponent {
+    double area;     /**< number of pixels */
+    double value[3]; /**< what was written to each channel; 0 where there is none */
+    ImageRect rect;  /**< smallest rectangle that holds the region */
+} ConnectedComponent;
+
+/** work buffer of the plain and range forms */
+VEKCV_API Status VEKCV_CALL vekiFloodFillGetSize(RoiSize roiSize, int32_t* bufferSize);
+/** work buffer of the gradient forms */
+VEKCV_API Status VEKCV_CALL vekiFloodFillGetSize_Grad(RoiSize roiSize, int32_t* bufferSize);
+/** pixels that equal the seed */
+VEKCV_API Status VEKCV_CALL vekiFloodFill_4Con_8u_C1IR(uint8_t* image, int32_t imageStep, RoiSize roiSize,
+                                                       ImagePoint seed, uint8_t newValue, ConnectedComponent* component,
+                                                       uint8_t* buffer);
+VEKCV_API Status VEKCV_CALL vekiFloodFill_4Con_8u_C3IR(uint8_t* image, int32_t imageStep, RoiSize roiSize,
+                                                       ImagePoint seed, const uint8_t* newValue,
+                                                       ConnectedComponent* component, uint8_t* buffer);
+VEKCV_API Status VEKCV_CALL vekiFloodFill_4Con_16u_C1IR(uint16_t* image, int32_t imageStep, RoiSize roiSize,
+                                                        ImagePoint seed, uint16_t newValue,
+                                                        ConnectedComponent* component, uint8_t* buffer);
+VEKCV_API Status VEKCV_CALL vekiFloodFill_4Con_16u_C3IR(uint16_t* image, int32_t imageStep, RoiSize roiSize,
+                                                        ImagePoint seed, const uint16_t* newValue,
+                                                        ConnectedComponent* component, uint8_t* buffer);
+VEKCV_API Status VEKCV_CALL vekiFloodFill_4Con_32f_C1IR(float* image, int32_t imageStep, RoiSize roiSize,
+                                                        ImagePoint seed, float newValue, ConnectedComponent* component,
+                                                        uint8_t* buffer);
+VEKCV_API Status VEKCV_CALL vekiFloodFill_4Con_32f_C3IR(float* image, int32_t imageStep, RoiSize roiSize,
+                                                        ImagePoint seed, const float* newValue,
+                                                        ConnectedComponent* component, uint8_t* buffer);
+VEKCV_API Status VEKCV_CALL vekiFloodFill_8Con_8u_C1IR(uint8_t* image, int32_t imageStep, RoiSize roiSize,
+                                                       ImagePoint seed, uint8_t newValue, ConnectedComponent* component,
+                                                       uint8_t* buffer);
+VEKCV_API Status VEKCV_CALL vekiFloodFill_8Con_8u_C3IR(uint8_t* image, int32_t imageStep, RoiSize roiSize,
+                                                       ImagePoint seed, const uint8_t* newValue,
+                                                       ConnectedComponent* component, uint8_t* buffer);
+VEKCV_API Status VEKCV_CALL vekiFloodFill_8Con_16u_C1IR(uint16_t* image, int32_t imageStep, RoiSize roiSize,
+                                                        ImagePoint seed, uint16_t newValue,
+                                                        ConnectedComponent* component, uint8_t* buffer);
+VEKCV_API Status VEKCV_CALL vekiFloodFill_8Con_16u_C3IR(uint16_t* image, int32_t imageStep, RoiSize roiSize,
+                                                        ImagePoint seed, const uint16_t* newValue,
+                                                        ConnectedComponent* component, uint8_t* buffer);
+VEKCV_API Status VEKCV_CALL vekiFloodFill_8Con_32f_C1IR(float* image, int32_t imageStep, RoiSize roiSize,
+                                                        ImagePoint seed, float newValue, ConnectedComponent* component,
+                                                        uint8_t* buffer);
+VEKCV_API Status VEKCV_CALL vekiFloodFill_8Con_32f_C3IR(float* image, int32_t imageStep, RoiSize roiSize,
+                                                        ImagePoint seed, const float* newValue,
+                                                        ConnectedComponent* component, uint8_t* buffer);
+/** pixels that are close to their neighbour */
+VEKCV_API Status VEKCV_CALL vekiFloodFill_Grad4Con_8u_C1IR(uint8_t* image, int32_t imageStep, RoiSize roiSize,
+                                                           ImagePoint seed, uint8_t newValue, uint8_t minDelta,
+                                                           uint8_t maxDelta, ConnectedComponent* component,
+                                                           uint8_t* buffer);
+VEKCV_API Status VEKCV_CALL vekiFloodFill_Grad4Con_8u_C3IR(uint8_t* image, int32_t imageStep, RoiSize roiSize,
+                                                           ImagePoint seed, const uint8_t* newValue,
+                                                           const uint8_t* minDelta, const uint8_t* maxDelta,
+                                                           ConnectedComponent* component, uint8_t* buffer);
+VEKCV_API Status VEKCV_CALL vekiFloodFill_Grad4Con_16u_C1IR(uint16_t* image, int32_t imageStep, RoiSize roiSize,
+                                                            ImagePoint seed, uint16_t newValue, uint16_t minDelta,
+                                                            uint16_t maxDelta, ConnectedComponent* component,
+                                                            uint8_t* buffer);
+VEKCV_API Status VEKCV_CALL vekiFloodFill_Grad4Con_16u_C3IR(uint16_t* image, int32_t imageStep, RoiSize roiSize,
+                                                            ImagePoint seed, const uint16_t* newValue,
+                                                            const uint16_t* minDelta, const uint16_t* maxDelta,
+                                                            ConnectedComponent* component, uint8_t* buffer);
+VEKCV_API Status VEKCV_CALL vekiFloodFill_Grad4Con_32f_C1IR(float* image, int32_t imageStep, RoiSize roiSize,
+                                                            ImagePoint seed, float newValue, float minDelta,
+                                                            float maxDelta, ConnectedComponent* component,
+                                                            uint8_t* buffer);
+VEKCV_API Status VEKCV_CALL vekiFloodFill_Grad4Con_32f_C3IR(float* image, int32_t imageStep, RoiSize roiSize,
+                                                            ImagePoint seed, const float* newValue,
+                                                            const float* minDelta, const float* maxDelta,
+                                                            ConnectedComponent* component, uint8_t* buffer);
+VEKCV_API Status VEKCV_CALL vekiFloodFill_Grad8Con_8u_C1IR(uint8_t* image, int32_t imageStep, RoiSize roiSize,
+                                                           ImagePoint seed, uint8_t newValue, uint8_t minDelta,
+                                                           uint8_t maxDelta, ConnectedComponent* component,
+                                                           uint8_t* buffer);
+VEKCV_API Status VEKCV_CALL vekiFloodFill_Grad8Con_8u_C3IR(uint8_t* image, int32_t imageStep, RoiSize roiSize,
+                                                           ImagePoint seed, const uint8_t* newValue,
+                                                           const uint8_t* minDelta, const uint8_t* maxDelta,
+                                                           ConnectedComponent* component, uint8_t* buffer);
+VEKCV_API Status VEKCV_CALL vekiFloodFill_Grad8Con_16u_C1IR(uint16_t* image, int32_t imageStep, RoiSize roiSize,
+                                                            ImagePoint seed, uint16_t newValue, uint16_t minDelta,
+                                                            uint16_t maxDelta, ConnectedComponent* component,
+                                                            uint8_t* buffer);
+VEKCV_API Status VEKCV_CALL vekiFloodFill_Grad8Con_16u_C3IR(uint16_t* image, int32_t imageStep, RoiSize roiSize,
+                                                            ImagePoint seed, const uint16_t* newValue,
+                                                            const uint16_t* minDelta, const uint16_t* maxDelta,
+                                                            ConnectedComponent* component, uint8_t* buffer);
+VEKCV_API Status VEKCV_CALL vekiFloodFill_Grad8Con_32f_C1IR(float* image, int32_t imageStep, RoiSize roiSize,
+                                                            ImagePoint seed, float newValue, float minDelta,
+                                                            float maxDelta, ConnectedComponent* component,
+                                                            uint8_t* buffer);
+VEKCV_API Status VEKCV_CALL vekiFloodFill_Grad8Con_32f_C3IR(float* image, int32_t imageStep, RoiSize roiSize,
+                                                            ImagePoint seed, const float* newValue,
+                                                            const float* minDelta, const float* maxDelta,
+                                                            ConnectedComponent* component, uint8_t* buffer);
+/** pixels that are close to the seed */
+VEKCV_API Status VEKCV_CALL vekiFloodFill_Range4Con_8u_C1IR(uint8_t* image, int32_t imageStep, RoiSize roiSize,
+                                                            ImagePoint seed, uint8_t newValue, uint8_t minDelta,
+                                                            uint8_t maxDelta, ConnectedComponent* component,
+                                                            uint8_t* buffer);
+VEKCV_API Status VEKCV_CALL vekiFloodFill_Range4Con_8u_C3IR(uint8_t* image, int32_t imageStep, RoiSize roiSize,
+                                                            ImagePoint seed, const uint8_t* newValue,
+                                                            const uint8_t* minDelta, const uint8_t* maxDelta,
+                                                            ConnectedComponent* component, uint8_t* buffer);
+VEKCV_API Status VEKCV_CALL vekiFloodFill_Range4Con_16u_C1IR(uint16_t* image, int32_t imageStep, RoiSize roiSize,
+                                                             ImagePoint seed, uint16_t newValue, uint16_t minDelta,
+                                                             uint16_t maxDelta, ConnectedComponent* component,
+                                                             uint8_t* buffer);
+VEKCV_API Status VEKCV_CALL vekiFloodFill_Range4Con_16u_C3IR(uint16_t* image, int32_t imageStep, RoiSize roiSize,
+                                                             ImagePoint seed, const uint16_t* newValue,
+                                                             const uint16_t* minDelta, const uint16_t* maxDelta,
+                                                             ConnectedComponent* component, uint8_t* buffer);
+VEKCV_API Status VEKCV_CALL vekiFloodFill_Range4Con_32f_C1IR(float* image, int32_t imageStep, RoiSize roiSize,
+                                                             ImagePoint seed, float newValue, float minDelta,
+                                                             float maxDelta, ConnectedComponent* component,
+                                                             uint8_t* buffer);
+VEKCV_API Status VEKCV_CALL vekiFloodFill_Range4Con_32f_C3IR(float* image, int32_t imageStep, RoiSize roiSize,
+                                                             ImagePoint seed, const float* newValue,
+                                                             const float* minDelta, const float* maxDelta,
+                                                             ConnectedComponent* component, uint8_t* buffer);
+VEKCV_API Status VEKCV_CALL vekiFloodFill_Range8Con_8u_C1IR(uint8_t* image, int32_t imageStep, RoiSize roiSize,
+                                                            ImagePoint seed, uint8_t newValue, uint8_t minDelta,
+                                                            uint8_t maxDelta, ConnectedComponent* component,
+                                                            uint8_t* buffer);
+VEKCV_API Status VEKCV_CALL vekiFloodFill_Range8Con_8u_C3IR(uint8_t* image, int32_t imageStep, RoiSize roiSize,
+                                                            ImagePoint seed, const uint8_t* newValue,
+                                                            const uint8_t* minDelta, const uint8_t* maxDelta,
+                                                            ConnectedComponent* component, uint8_t* buffer);
+VEKCV_API Status VEKCV_CALL vekiFloodFill_Range8Con_16u_C1IR(uint16_t* image, int32_t imageStep, RoiSize roiSize,
+                                                             ImagePoint seed, uint16_t newValue, uint16_t minDelta,
+                                                             uint16_t maxDelta, ConnectedComponent* component,
+                                                             uint8_t* buffer);
+VEKCV_API Status VEKCV_CALL vekiFloodFill_Range8Con_16u_C3IR(uint16_t* image, int32_t imageStep, RoiSize roiSize,
+                                                             ImagePoint seed, const uint16_t* newValue,
+                                                             const uint16_t* minDelta, const uint16_t* maxDelta,
+                                                             ConnectedComponent* component, uint8_t* buffer);
+VEKCV_API Status VEKCV_CALL vekiFloodFill_Range8Con_32f_C1IR(float* image, int32_t imageStep, RoiSize roiSize,
+                                                             ImagePoint seed, float newValue, float minDelta,
+                                                             float maxDelta, ConnectedComponent* component,
+                                                             uint8_t* buffer);
+VEKCV_API Status VEKCV_CALL vekiFloodFill_Range8Con_32f_C3IR(float* image, int32_t imageStep, RoiSize roiSize,
+                                                             ImagePoint seed, const float* newValue,
+                                                             const float* minDelta, const float* maxDelta,
+                                                             ConnectedComponent* component, uint8_t* buffer);
+/** @} */
+
+/* ------------------------------------------------------------------------------------------------------------------ */
+/**
+ * @defgroup LabelMarkers Labels of markers
+ * Numbers the connected regions of an image in place: all pixels that are not 0, whatever they hold, become regions,
+ * whose pixels get the same label. The regions get labels in the order of their first pixels, from the top row to the
+ * bottom one, and in a row from left to right: minLabel, minLabel + 1 and so on, and after maxLabel minLabel again.
+ * Neighbours are the eight pixels that share a side or a corner with a pixel for NormInf, and the four that share a
+ * side for NormL1.
+ *
+ * @param markers       first pixel of the image, which is changed in place
+ * @param markersStep   bytes from row to row
+ * @param roiSize       size of the image, at least 1 x 1
+ * @param minLabel, maxLabel   first and last label: 1 <= minLabel <= maxLabel, and maxLabel is at most 254 for 8u and
+ *                             65534 for 16u
+ * @param norm          NormInf or NormL1
+ * @param labelCount    receives the number of regions, which may be larger than that of labels
+ * @param bufferSize    receives the bytes of the work buffer: width * height * 24 / 4 + 32
+ * @param buffer        work buffer; may begin at any address
+ *
+ * @retval StatusOk                all regions got labels; of queries, the size was written
+ * @retval StatusNullPointer       markers, labelCount or the buffer is null; of queries, bufferSize
+ * @retval StatusSizeError         width or height is below 1; or, after all other checks, the work buffer would not fit
+ *                                 an int32_t; of queries, the size does not fit one
+ * @retval StatusStepError         the step is smaller than a row
+ * @retval StatusStepNotMultiple   the step of a 16u image is not a multiple of 2
+ * @retval StatusBadArgument       labels are not as above, or norm is another number
+ *
+ * The calling thread does all the work.
+ * @{
+ */
+/** work buffer of vekiLabelMarkers */
+VEKCV_API Status VEKCV_CALL vekiLabelMarkersGetBufferSize_8u_C1R(RoiSize roiSize, int32_t* bufferSize);
+VEKCV_API Status VEKCV_CALL vekiLabelMarkersGetBufferSize_16u_C1R(RoiSize roiSize, int32_t* bufferSize);
+/** numbers connected regions */
+VEKCV_API Status VEKCV_CALL vekiLabelMarkers_8u_C1IR(uint8_t* markers, int32_t markersStep, RoiSize roiSize,
+                                                     int32_t minLabel, int32_t maxLabel, int32_t norm,
+                                                     int32_t* labelCount, uint8_t* buffer);
+VEKCV_API Status VEKCV_CALL vekiLabelMarkers_16u_C1IR(uint16_t* markers, int32_t markersStep, RoiSize roiSize,
+                                                      int32_t minLabel, int32_t maxLabel, int32_t norm,
+                                                      int32_t* labelCount, uint8_t* buffer);
+/** @} */
+
 #ifdef __cplusplus
 }
 #endif

@@ -8,11 +8,6 @@ namespace {
 constexpr float kDeltaRho = 1, kDeltaTheta = 0.017453292F;
 constexpr int32_t kMostLines = 500;
 
-template <typename T>
-T* pointerTo(const Operand& operand) {
-    return static_cast<T*>(operand.memory.get());
-}
-
 /** The votes of a picture take time with its points: no more of it than this has any. */
 RoiSize drawnPart(RoiSize size) {
     return {std::min(size.width, 1024), std::min(size.height, 1024)};

@@ -9,13 +9,6 @@
 namespace fuzz {
 namespace {
 
-template <typename T>
-Value valueOf(T content) {
-    Value value;
-    value.set(content);
-    return value;
-}
-
 // --- records
 
 class PyramidOfCall : public State {

@@ -77,8 +77,10 @@ void ExportCall::setFaults(std::initializer_list<Fault> faults) {
 }
 
 bool ExportCall::changesObjects() const {
-    return !hasImages(*call_.target) &&
-           std::ranges::any_of(call_.target->parameters, [](const Parameter& p) { return p.isObject() && !p.isConst; });
+    return makesObject(*call_.target) ||
+           (!hasImages(*call_.target) && std::ranges::any_of(call_.target->parameters, [](const Parameter& p) {
+               return p.isObject() && !p.isConst;
+           }));
 }
 
 Value ExportCall::valueOf(const Parameter& parameter, size_t index) {
@@ -96,15 +98,17 @@ Value ExportCall::valueOf(const Parameter& parameter, size_t index) {
         case Kind::kState:
             if (call_.target->makesInPlace())
                 return valueWith(addOperand(parameter, kBufferBytes, address_).data);
-            return parameter.type == "HaarClassifier"      ? valueWith(addClassifier())
-                   : parameter.type.starts_with("Pyramid") ? valueWith(addPyramidState())
-                                                           : valueWith(addMorphologyState());
+            return parameter.type == "HaarClassifier"            ? valueWith(addClassifier())
+                   : parameter.type.ends_with("MorphologyState") ? valueWith(addMorphologyState())
+                                                                 : valueWith(addStateOfForm());
         case Kind::kStateSlot:
             return valueWith(addOperand(parameter, sizeof(void*), Address::kAligned).data);
         case Kind::kPointer:
             if (call_.isImage(index))
                 return valueWith(
                     addOperand(parameter, rowBytesOf(parameter) * size_t(2 * roi_.height + kMore), address_).data);
+            if (parameter.name == "metrics")
+                return valueWith(addMetrics(parameter));
             return valueWith(parameter.name == "buffer" ? addOperand(parameter, kBufferBytes, address_).data
                                                         : addOperand(parameter, kOtherBytes, Address::kAligned).data);
         default:
@@ -115,7 +119,9 @@ Value ExportCall::valueOf(const Parameter& parameter, size_t index) {
 Value ExportCall::number(const Parameter& parameter) const {
     if (parameter.name == "rate")
         return valueWith(kRate);
-    const int32_t value = parameter.name == "maskSize"            ? MaskSize3x3
+    const bool isOfDistances = call_.target->name.starts_with("vekiGetDistanceTransform");
+    const int32_t value = parameter.name == "maskCode"            ? 31
+                          : parameter.name == "maskSize"          ? (isOfDistances ? 3 : MaskSize3x3)
                           : isTapCount(parameter.name)            ? kTaps
                           : parameter.name == "roiWidth"          ? roi_.width
                           : parameter.name == "scaleFactor"       ? 0
@@ -134,8 +140,19 @@ ExportCall::Operand& ExportCall::addOperand(const Parameter& parameter, size_t b
     void* const zeros = memory_.emplace_back(std::calloc(bytes + size_t(address), 1), &std::free).get();
     uint8_t* const data = static_cast<uint8_t*>(zeros) + size_t(address);
     const bool isMask = parameter.name == "mask" && parameter.element == Element::k8u;
-    operands_.push_back({parameter.element, isMask, parameter.name == "buffer", bytes, data});
+    operands_.push_back({parameter.element, isMask, parameter.name == "buffer", false, bytes, data});
     return operands_.back();
+}
+
+/** Weights of steps, with which a knight helps. */
+void* ExportCall::addMetrics(const Parameter& parameter) {
+    Operand& operand = addOperand(parameter, kOtherBytes, Address::kAligned);
+    operand.isFixed = true;
+    fuzz::withType(parameter.element, [&]<typename T>(T) {
+        const T metrics[] = {T(2), T(3), T(4)};
+        std::memcpy(operand.data, metrics, sizeof metrics);
+    });
+    return operand.data;
 }
 
 void* ExportCall::addRows(const Parameter& parameter) {
@@ -163,7 +180,7 @@ void* ExportCall::addMorphologyState() {
 }
 
 /** The functions differ in what stands in front of the form, such as "_8u_C1R", or of Free. */
-void* ExportCall::addPyramidState() {
+void* ExportCall::addStateOfForm() {
     const std::string name(call_.target->name);
     const std::string form = name.substr(std::min(name.find('_'), name.size()));
     const std::string function = name.substr(0, std::min(name.find("Free"), name.size() - form.size()));
@@ -195,7 +212,7 @@ void ExportCall::fill(uint32_t seed) {
         const size_t bytes = std::min(operand.bytes, size_t{1} << 16);
         if (operand.isMask)
             std::generate_n(operand.data, bytes, [&] { return random.mask(); });
-        else if (operand.element == Element::kPoint)
+        else if (operand.element == Element::kPoint || operand.isFixed)
             continue;
         else
             fuzz::withType(operand.element, [&](auto type) {
@@ -215,10 +232,14 @@ bool ExportCall::wroteTheSameAs(const ExportCall& other) const {
     return true;
 }
 
+bool makesObject(const Export& target) {
+    return std::ranges::any_of(target.parameters, [](const Parameter& p) { return p.kind == Kind::kStateSlot; });
+}
+
 std::vector<const Export*> exportsWithRegions() {
     std::vector<const Export*> found;
     for (const Export& target : fuzz::exports())
-        if (target.has("roiSize"))
+        if (target.has("roiSize") && !makesObject(target))
             found.push_back(&target);
     return found;
 }

@@ -46,7 +46,7 @@ class ExportCall {
   private:
     struct Operand {
         fuzz::Element element;
-        bool isMask, isScratch;
+        bool isMask, isScratch, isFixed;
         size_t bytes;
         uint8_t* data;
     };
@@ -54,10 +54,11 @@ class ExportCall {
     fuzz::Value valueOf(const fuzz::Parameter& parameter, size_t index);
     fuzz::Value number(const fuzz::Parameter& parameter) const;
     Operand& addOperand(const fuzz::Parameter& parameter, size_t bytes, Address address);
+    void* addMetrics(const fuzz::Parameter& parameter);
     void* addRows(const fuzz::Parameter& parameter);
     const HaarClassifier* addClassifier();
     void* addMorphologyState();
-    void* addPyramidState();
+    void* addStateOfForm();
     void* addState(const fuzz::Export& initAlloc, const fuzz::Export& free);
     RoiSize nextLevel() const;
     size_t rowBytesOf(const fuzz::Parameter& image) const;
@@ -72,7 +73,13 @@ class ExportCall {
     std::list<std::shared_ptr<void>> states_;
 };
 
-/** The exports that take the region of images, among them queries of the sizes of work buffers. */
+/** Whether an export gives a new object. */
+bool makesObject(const fuzz::Export& target);
+
+/**
+ * The exports that take the region of images, among them queries of the sizes of work buffers, but for those that make
+ * an object.
+ */
 std::vector<const fuzz::Export*> exportsWithRegions();
 
 /** Whether an export reads or writes images. */

@@ -47,7 +47,7 @@ class Faults {
         add(kSizes);
         addFamily(Behind::kSizes);
         if (family_.steps != Steps::kPositive) {
-            if (hasImages(target_))
+            if (hasImages(target_) && !isOfFamily("roiSize", StatusSizeError))
                 add(kWidths);
             addStepLengths();
         }
@@ -74,6 +74,12 @@ class Faults {
                 all_.push_back({target_.indexOf(rule.parameter), rule.status, value});
     }
 
+    /** Whether the family tells which values of a parameter give a status. */
+    bool isOfFamily(std::string_view parameter, Status status) const {
+        return std::ranges::any_of(
+            family_.rules, [&](const FaultRule& rule) { return rule.parameter == parameter && rule.status == status; });
+    }
+
     void addFamily(Behind behind) {
         for (const FaultRule& rule : family_.rules)
             if (rule.behind == behind)
@@ -85,10 +91,8 @@ class Faults {
         const std::string_view optional = fuzz::findPrecondition(target_)->optional;
         for (size_t i = 0; i < valid_.size(); ++i) {
             const Parameter& parameter = target_.parameters[i];
-            const bool isOfFamily = std::ranges::any_of(family_.rules, [&](const FaultRule& rule) {
-                return rule.parameter == parameter.name && rule.status == StatusNullPointer;
-            });
-            if (parameter.kind >= Kind::kPointer && !isOfFamily && optional.find(parameter.name) == optional.npos)
+            if (parameter.kind >= Kind::kPointer && !isOfFamily(parameter.name, StatusNullPointer) &&
+                optional.find(parameter.name) == optional.npos)
                 add(i, StatusNullPointer, kNull);
         }
     }
