@@ -2943,6 +2943,144 @@ VEKCV_API Status VEKCV_CALL vekiGradientColorToGray_32f_C3C1R(const float* sourc
 
 /* ------------------------------------------------------------------------------------------------------------------ */
 /**
+ * @defgroup DistanceTransform Distance transforms
+ * For each pixel the length of the shortest way to a pixel of the source that is 0, by steps to pixels of the region
+ * that have weights: a to the next pixel of a row or column, b to the next one of a diagonal and, in masks of 5 x 5, c
+ * to the pixel at the move of a knight (chamfer distances). After Borgefors, "Distance transformations in digital
+ * images" (1986).
+ *
+ * With d the result, S the largest value of its type (255, 65535 or 3.4028235e38) and d outside of the region counting
+ * as more than S:
+ *
+ *     forward, rows from top to bottom, pixels from left to right:
+ *         d(x, y) = 0 where the source is 0, else the least of S and, for 3 x 3,
+ *             d(x - 1, y) + a, d(x - 1, y - 1) + b, d(x, y - 1) + a, d(x + 1, y - 1) + b
+ *     backward, rows from bottom to top, pixels from right to left:
+ *         d(x, y) = the least of itself and
+ *             d(x + 1, y) + a, d(x + 1, y + 1) + b, d(x, y + 1) + a, d(x - 1, y + 1) + b
+ *
+ * where the terms with b are left out when 2 a <= b. For 5 x 5, the weights are first made no larger than those of
+ * other steps to the same pixel, a' = min(a, 3 c) and b' = min(b, 2 a, 2 c), and there are steps of two sides and of
+ * two diagonals, e = min(2 a', 2 b', 2 c) and f = min(c + a', 2 b'). The pixels of the mask that come before, in the
+ * row of the pixel and in the two above it (backward the same, mirrored), count with
+ *
+ *     f  c  e  c  f
+ *     c  b' a' b' c
+ *     e  a' 0
+ *
+ * But where a knight is no help, that is with m = min(2 a, b) when a + m <= c, and of 8u32f unless
+ * c - (a + m) <= -1e-7 (a + m) in double, the result is that of 3 x 3 with a and b.
+ *
+ * Integer results are exact, however large the weights are. Floats are sums in the order of the steps, rounded to
+ * nearest after each, whatever the floating-point modes of the calling thread are; e, f and the other derived weights
+ * are rounded to float, too. Where steps aside and back are shorter than straight ones, such as with b < a in 3 x 3,
+ * two passes may miss the shortest way, and the result is that of the passes.
+ *
+ * vekiGetDistanceTransformMask gives the usual weights, of 3 x 3 two and of 5 x 5 three:
+ *
+ *     maskSize, norm    32s         32f
+ *     3, NormInf        1, 1        1, 1
+ *     3, NormL1         1, 2        1, 2
+ *     3, NormL2         2, 3        0.955f, 1.3693f
+ *     5, NormInf        1, 1, 2     1, 1, 2
+ *     5, NormL1         1, 2, 3     1, 2, 3
+ *     5, NormL2         5, 7, 11    1, 1.4f, 2.1969f
+ *
+ * of which those of NormL2 approach Euclidean distances: the floats pixels, the integers 2 or 5 times as much.
+ *
+ * @param source             first pixel of the source; every value but 0 is a pixel whose distance is computed
+ * @param destination        first pixel of the result; an 8u result may be the source, with the same step; otherwise
+ *                           they must not overlap
+ * @param sourceDestination  first pixel of an image that is the source and becomes the result
+ * @param sourceStep, destinationStep, sourceDestinationStep   bytes from row to row
+ * @param roiSize            size of the images, at least 1 x 1
+ * @param metrics            a and b, of 5 x 5 also c, all above 0; of vekiGetDistanceTransformMask where they are
+ *                           written
+ * @param maskSize           3 or 5
+ * @param norm               NormInf, NormL1 or NormL2
+ * @param maskCode           maskSize * 10 + norm
+ *
+ * @retval StatusOk                the result was written
+ * @retval StatusNullPointer       an image or metrics is null
+ * @retval StatusSizeError         width or height is below 1; maskSize, or maskCode / 10, is neither 3 nor 5
+ * @retval StatusStepError         a step is smaller than a row
+ * @retval StatusStepNotMultiple   the step of a 16u or 32f image is not a multiple of 2 or 4
+ * @retval StatusMetricError       a weight that counts is not above 0, or NaN
+ * @retval StatusBadArgument       norm is none of the three, which is checked last; or, which is checked first of all,
+ *                                 the remainder of maskCode / 10 is none of them
+ *
+ * The calling thread does all the work.
+ * @{
+ */
+/** standard weights */
+VEKCV_API Status VEKCV_CALL vekiGetDistanceTransformMask_32s(int32_t maskSize, int32_t norm, int32_t* metrics);
+VEKCV_API Status VEKCV_CALL vekiGetDistanceTransformMask_32f(int32_t maskSize, int32_t norm, float* metrics);
+VEKCV_API Status VEKCV_CALL vekiGetDistanceTransformMask(int32_t maskCode, float* metrics);
+/** by steps to the 8 neighbours */
+VEKCV_API Status VEKCV_CALL vekiDistanceTransform_3x3_8u_C1R(const uint8_t* source, int32_t sourceStep,
+                                                             uint8_t* destination, int32_t destinationStep,
+                                                             RoiSize roiSize, const int32_t* metrics);
+VEKCV_API Status VEKCV_CALL vekiDistanceTransform_3x3_8u_C1IR(uint8_t* sourceDestination, int32_t sourceDestinationStep,
+                                                              RoiSize roiSize, const int32_t* metrics);
+VEKCV_API Status VEKCV_CALL vekiDistanceTransform_3x3_8u16u_C1R(const uint8_t* source, int32_t sourceStep,
+                                                                uint16_t* destination, int32_t destinationStep,
+                                                                RoiSize roiSize, const int32_t* metrics);
+VEKCV_API Status VEKCV_CALL vekiDistanceTransform_3x3_8u32f_C1R(const uint8_t* source, int32_t sourceStep,
+                                                                float* destination, int32_t destinationStep,
+                                                                RoiSize roiSize, const float* metrics);
+/** by steps to the 8 neighbours and the 8 at a knight's move */
+VEKCV_API Status VEKCV_CALL vekiDistanceTransform_5x5_8u_C1R(const uint8_t* source, int32_t sourceStep,
+                                                             uint8_t* destination, int32_t destinationStep,
+                                                             RoiSize roiSize, const int32_t* metrics);
+VEKCV_API Status VEKCV_CALL vekiDistanceTransform_5x5_8u_C1IR(uint8_t* sourceDestination, int32_t sourceDestinationStep,
+                                                              RoiSize roiSize, const int32_t* metrics);
+VEKCV_API Status VEKCV_CALL vekiDistanceTransform_5x5_8u16u_C1R(const uint8_t* source, int32_t sourceStep,
+                                                                uint16_t* destination, int32_t destinationStep,
+                                                                RoiSize roiSize, const int32_t* metrics);
+VEKCV_API Status VEKCV_CALL vekiDistanceTransform_5x5_8u32f_C1R(const uint8_t* source, int32_t sourceStep,
+                                                                float* destination, int32_t destinationStep,
+                                                                RoiSize roiSize, const float* metrics);
+/** @} */
+
+/* ------------------------------------------------------------------------------------------------------------------ */
+/**
+ * @defgroup TrueDistanceTransform Exact distance transform
+ * For each pixel the Euclidean distance, in pixels, to the nearest pixel of the source that is 0:
+ *
+ *     destination(x, y) = sqrt(minimum of (x - i)^2 + (y - j)^2 over all (i, j) where the source is 0)
+ *
+ * The minimum is rounded to float, which changes none below 16777216, and the square root once more, to nearest in
+ * whatever floating-point modes the calling thread is. Where the region has no zero pixel the minimum is 3.4028235e38.
+ * The time depends little on how far zero pixels are: for a row it grows by its length times the logarithm of that.
+ *
+ * @param source        first pixel of the source; every value but 0 is a pixel whose distance is computed
+ * @param destination   first pixel of the result; must not overlap the source
+ * @param sourceStep, destinationStep   bytes from row to row
+ * @param roiSize       size of the images, at least 1 x 1
+ * @param buffer        work buffer at any address, of the size that GetBufferSize gives for the same region and number
+ *                      of threads
+ * @param bufferSize    receives the bytes of the work buffer: with n the larger one of width and height, rounded up to
+ *                      a multiple of 4, 24 n + 56 for each configured thread
+ *
+ * @retval StatusOk                the result was written
+ * @retval StatusNullPointer       an image or the buffer is null; of GetBufferSize, bufferSize
+ * @retval StatusSizeError         width or height is below 1; of GetBufferSize also that the size is above 2147483647
+ * @retval StatusStepError         a step is smaller than a row
+ * @retval StatusStepNotMultiple   destinationStep is not a multiple of 4
+ *
+ * Regions of 65536 pixels and more are shared among the threads.
+ * @{
+ */
+/** work buffer of vekiTrueDistanceTransform_8u32f_C1R */
+VEKCV_API Status VEKCV_CALL vekiTrueDistanceTransformGetBufferSize_8u32f_C1R(RoiSize roiSize, int32_t* bufferSize);
+/** Euclidean distances */
+VEKCV_API Status VEKCV_CALL vekiTrueDistanceTransform_8u32f_C1R(const uint8_t* source, int32_t sourceStep,
+                                                                float* destination, int32_t destinationStep,
+                                                                RoiSize roiSize, uint8_t* buffer);
+/** @} */
+
+/* ------------------------------------------------------------------------------------------------------------------ */
+/**
  * @defgroup FloodFill Flood fill
  * Repaints the connected region of an image that contains the seed, in place. A pixel v joins the region
  *
