@@ -3081,6 +3081,134 @@ VEKCV_API Status VEKCV_CALL vekiTrueDistanceTransform_8u32f_C1R(const uint8_t* s
 
 /* ------------------------------------------------------------------------------------------------------------------ */
 /**
+ * @defgroup FastMarching Fast marching
+ * When a front arrives that starts at the edge of a mask and takes a unit of time for a pixel: the order in which
+ * vekiInpaint restores pixels, and how far they are from the known ones. Pixels whose mask is not 0 are unknown. Of a
+ * pixel, four others are neighbours: left, right, above and below; there are none outside of the region.
+ *
+ *     pixel                                    distance
+ *     unknown, with a known neighbour          1
+ *     unknown                                  T, or 999999 where all pixels are unknown
+ *     known, with an unknown neighbour         -0.0000000001
+ *     known, T at most radius + 0.00001        -T
+ *     known                                    0
+ *
+ * T is the solution of the following equations, the only one. a is the smaller T of the neighbours to the left and to
+ * the right, b that of those above and below. The pixels of the first line have T = 1, those of the third one have T =
+ * 0.0000000001, and neighbours that are not there or have no T count as 999999; no T is above that either.
+ *
+ *     T = (a + b + sqrt(2 - (a - b)^2)) / 2    where |a - b| < 1
+ *     T = min(a, b) + 1                        elsewhere
+ *
+ * They are computed in double precision and rounded to float, again and again for the pixels whose neighbours have
+ * changed, which only lowers T, until nothing changes. The result does not depend on the order of the pixels. The time
+ * that this takes is proportional to the pixels within the mask and within the radius around it, but for large masks it
+ * also has a small part that grows with pixels times depth. After Sethian, "A fast marching level set method for
+ * monotonically advancing fronts" (1996).
+ *
+ * @param mask           first pixel of the mask
+ * @param distance       first pixel of the result
+ * @param maskStep, distanceStep   bytes from row to row
+ * @param roiSize        size of both images, at least 1 x 1
+ * @param radius         how far known pixels get their distance, such as that of vekiInpaintInitAlloc; any number:
+ *                       infinity stands for all known pixels, and NaN and what is below 0.7 for those with an unknown
+ *                       neighbour
+ * @param buffer         work buffer at any address, of the size that GetBufferSize gives for the same region
+ * @param bufferSize     receives the bytes of the work buffer: (height + 34) * (w + 5) + 40, where w is the width
+ *                       rounded up to a multiple of 32
+ *
+ * @retval StatusOk                the result was written
+ * @retval StatusNullPointer       an image or the buffer is null; of GetBufferSize, bufferSize
+ * @retval StatusSizeError         width or height is below 1; of GetBufferSize also that the size is above 2147483647
+ * @retval StatusStepError         a step is smaller than a row
+ * @retval StatusStepNotMultiple   distanceStep is not a multiple of 4
+ *
+ * The floating-point modes of the calling thread have no effect. The calling thread does all the work.
+ * @{
+ */
+/** work buffer of vekiFastMarching_8u32f_C1R: a byte for each pixel, and some more */
+VEKCV_API Status VEKCV_CALL vekiFastMarchingGetBufferSize_8u32f_C1R(RoiSize roiSize, int32_t* bufferSize);
+/** arrival times */
+VEKCV_API Status VEKCV_CALL vekiFastMarching_8u32f_C1R(const uint8_t* mask, int32_t maskStep, float* distance,
+                                                       int32_t distanceStep, RoiSize roiSize, float radius,
+                                                       uint8_t* buffer);
+/** @} */
+
+/* ------------------------------------------------------------------------------------------------------------------ */
+/**
+ * @defgroup Inpaint Inpainting
+ * Pixels restored from their surroundings: scratches, text or objects vanish from a picture. Pixels whose mask is not 0
+ * are unknown. Their distance T, that of vekiFastMarching with the same mask and radius, tells the order: they are
+ * restored one after the other, the smallest T first; of equal T the upper row first, and in a row the left pixel
+ * first. All pixels of the result that are known from the start are those of the source.
+ *
+ * An unknown pixel p becomes the weighted mean of the pixels q that are known by then, at most a radius away: |p - q|^2
+ * <= radius^2. With d = |p - q| and g, the slope of T at p, the weights are
+ *
+ *     method 0   1 / 4096 / d^3 * max(|(p - q) . g|, 2.5e-25) / (1 + |T(p) - T(q)|)
+ *     method 1   1 / 4096 / d^4 / (1 + |T(p) - T(q)|)
+ *
+ * so close pixels, those as far from the edge of the mask, and with method 0 those in the direction in which the front
+ * moves weigh most. Method 0 is after Telea, "An image inpainting technique based on the fast marching method" (2004);
+ * method 1 keeps more of the contrast. Each component of g is the difference to the neighbour with the smaller T of the
+ * two in that direction, left and right or above and below, over which the front came: T(p) - T(left) or T(right) -
+ * T(p); of two equal ones to the left or upper one. It is 0 where neither is smaller than T(p).
+ *
+ * The means are rounded to the nearest integer. Channels have the same weights. A pixel gets 0 where the sum of its
+ * weights is below 0.0001, as it is where all pixels are unknown; with the distances of vekiFastMarching nowhere else.
+ * Any other distances are used, too, with NaN and what is above 999999 as 999999, and what is below -999999 as that.
+ * Weights and sums are floats, and the results are the same in all variants.
+ *
+ * A state holds all that follows from the mask and the distances, which need not exist any longer, and memory for the
+ * pixels around the mask. It is one block of memory, released by the Free function, and serves any number of images,
+ * one call at a time.
+ *
+ * @param state          result of InitAlloc: the state; else the state
+ * @param mask           first pixel of the mask
+ * @param distance       first pixel of the distances
+ * @param source         first pixel of the source
+ * @param destination    first pixel of the result; may be the same image as the source
+ * @param maskStep, distanceStep, sourceStep, destinationStep   bytes from row to row
+ * @param roiSize        size of the images, at least 1 x 1; of vekiInpaint, that of the mask of the state
+ * @param radius         of the surroundings of a pixel, at least 1; infinity stands for all pixels. The time of a call
+ *                       grows with its square
+ * @param method         0 or 1
+ *
+ * @retval StatusOk                 the result was written, or the state was made or released
+ * @retval StatusNullPointer        a pointer is null
+ * @retval StatusSizeError          width or height is below 1; then, of vekiInpaint, the width is not that of the
+ *                                  state, or the height is not
+ * @retval StatusStepError          a step is smaller than a row
+ * @retval StatusStepNotMultiple    distanceStep is not a multiple of 4
+ * @retval StatusBadArgument        method is another number; radius is below 1 or NaN; the state is that of the other
+ *                                  number of channels
+ * @retval StatusMemoryAllocation   there is no memory for the state, and *state is as it was
+ *
+ * The floating-point modes of the calling thread have no effect. The calling thread does all the work.
+ * @{
+ */
+/** What pixels to restore, and how. */
+typedef struct InpaintState InpaintState;
+
+/** makes a state */
+VEKCV_API Status VEKCV_CALL vekiInpaintInitAlloc_8u_C1R(InpaintState** state, const float* distance,
+                                                        int32_t distanceStep, const uint8_t* mask, int32_t maskStep,
+                                                        RoiSize roiSize, float radius, int32_t method);
+VEKCV_API Status VEKCV_CALL vekiInpaintInitAlloc_8u_C3R(InpaintState** state, const float* distance,
+                                                        int32_t distanceStep, const uint8_t* mask, int32_t maskStep,
+                                                        RoiSize roiSize, float radius, int32_t method);
+/** restores pixels */
+VEKCV_API Status VEKCV_CALL vekiInpaint_8u_C1R(const uint8_t* source, int32_t sourceStep, uint8_t* destination,
+                                               int32_t destinationStep, RoiSize roiSize, InpaintState* state);
+VEKCV_API Status VEKCV_CALL vekiInpaint_8u_C3R(const uint8_t* source, int32_t sourceStep, uint8_t* destination,
+                                               int32_t destinationStep, RoiSize roiSize, InpaintState* state);
+/** releases a state */
+VEKCV_API Status VEKCV_CALL vekiInpaintFree_8u_C1R(InpaintState* state);
+VEKCV_API Status VEKCV_CALL vekiInpaintFree_8u_C3R(InpaintState* state);
+/** @} */
+
+/* ------------------------------------------------------------------------------------------------------------------ */
+/**
  * @defgroup FloodFill Flood fill
  * Repaints the connected region of an image that contains the seed, in place. A pixel v joins the region
  *
