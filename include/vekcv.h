@@ -3445,6 +3445,154 @@ VEKCV_API Status VEKCV_CALL vekiLabelMarkers_16u_C1IR(uint16_t* markers, int32_t
                                                       int32_t* labelCount, uint8_t* buffer);
 /** @} */
 
+/* ------------------------------------------------------------------------------------------------------------------ */
+/**
+ * @defgroup BoundSegments Boundaries of segments
+ * Marks where the segments of an image of labels meet, in place. The pixels are visited in raster order, and what is
+ * written counts for those that follow. A pixel becomes borderValue when one of these neighbours has neither its value
+ * nor borderValue:
+ *
+ *     NormL1     above and left
+ *     NormInf    above left, above, above right and left
+ *
+ * Those outside of the region do not exist. So where two segments meet there is a line one pixel wide, in most places
+ * on the right or the lower side. In the end no two pixels that are neighbours, of four (NormL1) or of eight (NormInf),
+ * have different values unless one has borderValue.
+ *
+ * @param markers      first pixel of the labels, which become the result
+ * @param markersStep  bytes from row to row; need not be a whole number of elements
+ * @param roiSize      size of the image, at least 1 x 1
+ * @param borderValue  any value; pixels that have it stay, and separate segments
+ * @param norm         which pixels are neighbours: NormL1 or NormInf
+ *
+ * @retval StatusOk            the result was written
+ * @retval StatusNullPointer   markers is null
+ * @retval StatusSizeError     width or height is below 1
+ * @retval StatusStepError     the step is smaller than a row
+ * @retval StatusBadArgument   norm is neither NormL1 nor NormInf
+ *
+ * The calling thread does all the work: what becomes of a pixel may depend on any one before it.
+ * @{
+ */
+/** marks where segments meet */
+VEKCV_API Status VEKCV_CALL vekiBoundSegments_8u_C1IR(uint8_t* markers, int32_t markersStep, RoiSize roiSize,
+                                                      uint8_t borderValue, int32_t norm);
+VEKCV_API Status VEKCV_CALL vekiBoundSegments_16u_C1IR(uint16_t* markers, int32_t markersStep, RoiSize roiSize,
+                                                       uint16_t borderValue, int32_t norm);
+/** @} */
+
+/* ------------------------------------------------------------------------------------------------------------------ */
+/**
+ * @defgroup SegmentWatershed Watershed segmentation
+ * Segments an image by a flood that begins at markers: the source is a relief, dark pixels are low, and where the water
+ * from different markers meets, segments end. Often the source is a gradient, so that they end at edges. After Meyer,
+ * "Un algorithme optimal pour la ligne de partage des eaux" (1991), and Beucher and Meyer, "The Morphological Approach
+ * to Segmentation: The Watershed Transformation" (1993). The values of markers are
+ *
+ *     0                       no label yet
+ *     1 to 254 (65534)        labels
+ *     255 (65535)             walls: in no segment. They stay, and hold off the water
+ *
+ * Pixels wait in a queue of 256 levels, where within a level the first to come is the first to go. All pixels with
+ * labels come in raster order, each to the level of its grey value. Then, as long as any wait, the next one of the
+ * lowest level is taken out. Its neighbours without a label, in raster order, get its label, and each comes to the
+ * level of its grey value, or to that of the pixel taken out where this one is higher.
+ *
+ * So a pixel gets the label whose water is there first; across a plateau labels advance at the same speed from where
+ * they come to it. Every pixel gets one, except where walls lie between it and all markers. Without labels nothing
+ * changes.
+ *
+ * @param source       first pixel of the relief
+ * @param markers      first pixel of the markers, which become the result; must not overlap the source
+ * @param sourceStep, markersStep   bytes from row to row; need not be a whole number of elements
+ * @param roiSize      size of both images, at least 1 x 1, and such that GetBufferSize gives a size
+ * @param norm         which pixels are neighbours: NormL1 (four) or NormInf (eight)
+ * @param flag         0, or the sum of
+ *                     1  in the end boundaries of the value 255 (65535) are drawn, as vekiBoundSegments does with the
+ *                        same norm
+ *                     2  light pixels are low: the relief is 255 - source
+ * @param buffer       work buffer at any address, of the size that GetBufferSize gives for the same region and type
+ * @param bufferSize   receives the bytes of the work buffer, the larger number of
+ *                     12 * width * height + b * (width + 2) * (height + 2) + 36 and
+ *                     height + 66 + (6 * height + 2) * (b * width, rounded up to a multiple of 32);
+ *                     b is 1 for 8u and 2 for 8u16u
+ *
+ * @retval StatusOk            the result was written
+ * @retval StatusNullPointer   an image or the buffer is null; of GetBufferSize, bufferSize
+ * @retval StatusSizeError     width or height is below 1; of GetBufferSize also that the size is above 2147483647
+ * @retval StatusStepError     a step is smaller than a row
+ * @retval StatusBadArgument   norm is neither NormL1 nor NormInf, or flag is not 0, 1, 2 or 3
+ *
+ * The calling thread does all the work.
+ * @{
+ */
+/** work buffer of vekiSegmentWatershed: 13 or 14 bytes for each pixel, and some more */
+VEKCV_API Status VEKCV_CALL vekiSegmentWatershedGetBufferSize_8u_C1R(RoiSize roiSize, int32_t* bufferSize);
+VEKCV_API Status VEKCV_CALL vekiSegmentWatershedGetBufferSize_8u16u_C1R(RoiSize roiSize, int32_t* bufferSize);
+/** floods a relief from markers */
+VEKCV_API Status VEKCV_CALL vekiSegmentWatershed_8u_C1IR(const uint8_t* source, int32_t sourceStep, uint8_t* markers,
+                                                         int32_t markersStep, RoiSize roiSize, int32_t norm,
+                                                         int32_t flag, uint8_t* buffer);
+VEKCV_API Status VEKCV_CALL vekiSegmentWatershed_8u16u_C1IR(const uint8_t* source, int32_t sourceStep,
+                                                            uint16_t* markers, int32_t markersStep, RoiSize roiSize,
+                                                            int32_t norm, int32_t flag, uint8_t* buffer);
+/** @} */
+
+/* ------------------------------------------------------------------------------------------------------------------ */
+/**
+ * @defgroup SegmentGradient Gradient segmentation
+ * Segments an image by markers that grow, first to where pixels differ least. After Adams and Bischof, "Seeded Region
+ * Growing" (1994), and Meyer, "Color Image Segmentation" (1992). The values of markers are
+ *
+ *     0            no label yet
+ *     1 to 254     labels
+ *     255          reserved: in no segment. Such pixels stay, and nothing grows into them
+ *
+ * The difference of two pixels is that of their grey values, or the largest one of their three channels, without sign.
+ * Pixels wait in a queue of 256 levels, where within a level the first to come is the first to go. A pixel without a
+ * label comes to it as soon as a neighbour has one, once; those that come at the same time do so in raster order. With
+ * the sum over those of its neighbours that have labels by then, its level is
+ *
+ *     max(0, 256 - sum of w(difference))
+ *     w(d) = 256 * 2^(-d / 32), rounded to an integer: from w(0) = 256 down to w(255) = 1
+ *
+ * With one such neighbour that grows with the difference; two of them count as much as one that differs by 32 less. As
+ * long as any wait, the next pixel of the lowest level is taken out. It gets the label of the neighbour that differs
+ * least from it, of those that have labels now, and where several do that of the first in raster order. Every pixel
+ * gets one, except where reserved ones lie between it and all labels. Without labels nothing changes.
+ *
+ * @param source       first pixel of the source
+ * @param markers      first pixel of the markers, which become the result; must not overlap the source
+ * @param sourceStep, markersStep   bytes from row to row
+ * @param roiSize      size of both images, at least 1 x 1, and such that GetBufferSize gives a size
+ * @param norm         which pixels are neighbours: NormL1 (four) or NormInf (eight)
+ * @param flag         bits, of which these count; with both, 64 comes first
+ *                     64   in the end boundaries of the value 255 are drawn, as vekiBoundSegments does with NormL1
+ *                     128  the same with NormInf
+ * @param buffer       work buffer at any address, of the size that GetBufferSize gives for the same region
+ * @param bufferSize   receives the bytes of the work buffer, 13 * width * height + 103
+ *
+ * @retval StatusOk            the result was written
+ * @retval StatusNullPointer   an image or the buffer is null; of GetBufferSize, bufferSize
+ * @retval StatusSizeError     width or height is below 1; of GetBufferSize also that the size is above 2147483647
+ * @retval StatusStepError     a step is smaller than a row
+ * @retval StatusBadArgument   norm is neither NormL1 nor NormInf
+ *
+ * The calling thread does all the work.
+ * @{
+ */
+/** work buffer of vekiSegmentGradient: 13 bytes for each pixel, and some more */
+VEKCV_API Status VEKCV_CALL vekiSegmentGradientGetBufferSize_8u_C1R(RoiSize roiSize, int32_t* bufferSize);
+VEKCV_API Status VEKCV_CALL vekiSegmentGradientGetBufferSize_8u_C3R(RoiSize roiSize, int32_t* bufferSize);
+/** grows markers over pixels that differ little */
+VEKCV_API Status VEKCV_CALL vekiSegmentGradient_8u_C1IR(const uint8_t* source, int32_t sourceStep, uint8_t* markers,
+                                                        int32_t markersStep, RoiSize roiSize, int32_t norm,
+                                                        int32_t flag, uint8_t* buffer);
+VEKCV_API Status VEKCV_CALL vekiSegmentGradient_8u_C3IR(const uint8_t* source, int32_t sourceStep, uint8_t* markers,
+                                                        int32_t markersStep, RoiSize roiSize, int32_t norm,
+                                                        int32_t flag, uint8_t* buffer);
+/** @} */
+
 #ifdef __cplusplus
 }
 #endif
