@@ -61,7 +61,7 @@ valgrind:
 
 demo:
 	@cmake/packages.sh build demo
-	@cmake --preset x86_64 $(OPTIONS) >/dev/null && cmake --build --preset x86_64 --target vek make_frames
+	@cmake --preset x86_64 $(OPTIONS) >/dev/null && cmake --build --preset x86_64 --target vek make_frames make_scratches
 	@tools/demo/run.sh build/x86_64
 
 bench:
@@ -82,7 +82,7 @@ docs:
 
 pictures:
 	@cmake/packages.sh build demo
-	@cmake --preset x86_64 $(OPTIONS) >/dev/null && cmake --build --preset x86_64 --target vek
+	@cmake --preset x86_64 $(OPTIONS) >/dev/null && cmake --build --preset x86_64 --target vek make_scratches
 	@build/x86_64/vek filter sobel-neg-vert examples/pictures/camera.png docs/pictures/derivative.jpg
 	@build/x86_64/vek localcontrast examples/pictures/camera.png docs/pictures/local-contrast.jpg --window 5
 	@build/x86_64/vek edges examples/pictures/camera.png docs/pictures/edges.png --low 100 --high 250
@@ -91,6 +91,10 @@ pictures:
 	@build/x86_64/vek edges examples/pictures/coins.png build/coins-edges.png --low 1500 --high 3000 --aperture 5
 	@build/x86_64/vek morph close build/coins-edges.png build/closed.png --element ellipse --size 5x5
 	@build/x86_64/vek fillholes build/closed.png docs/pictures/regions.png
+	@build/x86_64/vek segment examples/pictures/coins.png docs/pictures/objects.png --mask docs/pictures/regions.png
+	@build/x86_64/tools/make_scratches examples/pictures/astronaut.png docs/pictures/scratched.jpg build/scratches.png
+	@build/x86_64/tools/make_scratches examples/pictures/astronaut.png build/scratched.png build/scratches.png
+	@build/x86_64/vek inpaint build/scratched.png build/scratches.png docs/pictures/restored.jpg
 
 fuzz:
 	@cmake/packages.sh build clang

@@ -30,8 +30,8 @@ run() {
     rm errors.txt
 }
 
-# show TITLE INPUTS OUTPUTS ARGUMENT...: runs vek with the arguments, and shows the pictures and the time that the library
-# took. Inputs and outputs are lists of pictures, separated by spaces.
+# show TITLE INPUTS OUTPUTS ARGUMENT...: runs vek with the arguments, and shows the pictures, what it prints and the time
+# that the library took. Inputs and outputs are lists of pictures, separated by spaces.
 show() {
     local title=$1 inputs=$2 outputs=$3 picture text time
     shift 3
@@ -40,8 +40,9 @@ show() {
     for picture in $inputs; do printf '<img src="%s" alt="%s" title="%s">\n' "$picture" "$picture" "$picture"; done
     echo '</div><div class="pictures"><span class="arrow">&rarr;</span>'
     for picture in $outputs; do printf '<img src="%s" alt="%s" title="%s">\n' "$picture" "$picture" "$picture"; done
-    printf '</div>\n<code>vek %s</code><span class="time">%s in the library</span>\n</article>\n' \
-        "$(escape "$*")" "$time"
+    printf '</div>\n'
+    [ -z "$text" ] || printf '<pre>%s</pre>\n' "$(escape "$text")"
+    printf '<code>vek %s</code><span class="time">%s in the library</span>\n</article>\n' "$(escape "$*")" "$time"
 }
 
 # print TITLE ARGUMENT...: runs vek with the arguments, and shows what it prints and the time that the library took.
@@ -70,6 +71,7 @@ strip() {
 
 # Inputs that are made from the photographs.
 "$build/tools/make_frames" camera.png frames 12
+"$build/tools/make_scratches" astronaut.png scratched.png scratches.png
 convert_media -i chelsea.png -vf 'crop=iw-2:ih-1:2:1,pad=iw+2:ih+1' shifted.png
 convert_media -i text.png -pix_fmt gray16be text16.png
 convert_media -i text16.png -vf 'gblur=sigma=12' -pix_fmt gray16be blurred16.png
@@ -179,9 +181,44 @@ are combined to.'
     show 'The regions that have such a place' 'coins-places.png coins-regions.png' coins-large.png \
         reconstruct coins-places.png coins-regions.png coins-large.png
 
+    section 'Distances' 'How far each white pixel is from the nearest black one: black at 0, over violet and orange to
+light yellow at the largest distance.'
+    show 'Coins as regions, without specks and thin parts' coins-regions.png coins-clean.png \
+        morph open coins-regions.png coins-clean.png --element ellipse --size 25x25
+    show 'How far it is out of them' coins-clean.png distance-view.png \
+        distance coins-clean.png distance.png --view distance-view.png
+    show 'The same in steps past the sides of pixels' coins-clean.png steps-view.png \
+        distance coins-clean.png steps.png --norm l1 --view steps-view.png
+
+    section 'Flood fill' 'The connected region around a pixel, by the values that its pixels may have.'
+    show 'What is at most 40 darker or lighter than the pixel: the coat' camera.png camera-coat.png \
+        fill camera.png camera-coat.png --seed 200,250 --range --delta 40
+    show 'What changes by at most 2 from pixel to pixel: the sky' camera.png camera-sky.png \
+        fill camera.png camera-sky.png --seed 30,30 --gradient --delta 2 --value 0
+    show 'In colour' coffee.png coffee-fill.png \
+        fill coffee.png coffee-fill.png --seed 300,200 --range --delta 60 --value 0,128,255
+
+    section 'Labels and segments' 'Regions told apart: by gaps between them, or by a watershed where they touch.'
+    show 'Coins as regions' coins-clean.png coins-labels.png label coins-clean.png coins-labels.png
+    show 'The same grown until they touch' coins-clean.png touching.png \
+        morph dilate coins-clean.png touching.png --element ellipse --size 15x15
+    show 'What is connected is one region' touching.png touching-labels.png label touching.png touching-labels.png
+    show 'A watershed finds all of them' 'touching.png coins.png' touching-segments.png \
+        segment coins.png touching-segments.png --mask touching.png
+    show 'Coins without the uneven light, found by a threshold' coins-tophat.png coins-segments.png \
+        segment coins-tophat.png coins-segments.png
+    print 'Places in numbers' label coins-places.png places-labels.png --json
+
+    section 'Inpainting' 'Pixels restored from those around them, from the edge of a mask inwards.'
+    show 'A photograph with scratches and writing, and where they are' 'scratched.png scratches.png' restored.png \
+        inpaint scratched.png scratches.png restored.png
+    show 'The same by method 1' 'scratched.png scratches.png' restored-1.png \
+        inpaint scratched.png scratches.png restored-1.png --method 1
+    show 'What is left of the difference from the photograph' 'astronaut.png restored.png' restored-difference.png \
+        diff astronaut.png restored.png restored-difference.png
+
     section 'Objects' 'What a trained cascade of Haar-like features finds: x, y, width and height, and a box in the picture.'
     show 'A face' astronaut.png faces.png detect "$cascades/haarcascade_frontalface_alt.xml" astronaut.png -o faces.png
-    print 'The same in numbers' detect "$cascades/haarcascade_frontalface_alt.xml" astronaut.png
     printf '</body>\n</html>\n'
 }
 

@@ -50,6 +50,11 @@ int main(int argc, char** argv) {
     addReconstruct(app);
     addFillHoles(app);
     addEdges(app);
+    addDistance(app);
+    addInpaint(app);
+    addFill(app);
+    addLabel(app);
+    addSegment(app);
     addDetect(app);
 
     try {

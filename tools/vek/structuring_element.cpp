@@ -1,11 +1,10 @@
 #include "structuring_element.h"
 
 #include <algorithm>
-#include <array>
-#include <charconv>
 #include <filesystem>
 #include <map>
 
+#include "numbers.h"
 #include "picture_file.h"
 
 namespace {
@@ -27,21 +26,8 @@ const std::map<std::string, IsMember> kShapes = {
      }},
 };
 
-/** Two numbers with a separator between them, as in 5x3. */
-std::optional<std::array<int32_t, 2>> pairFrom(const std::string& text, char separator) {
-    std::array<int32_t, 2> numbers{};
-    const char* const end = text.data() + text.size();
-    const auto first = std::from_chars(text.data(), end, numbers[0]);
-    if (first.ec != std::errc() || first.ptr == end || *first.ptr != separator)
-        return std::nullopt;
-    const auto second = std::from_chars(first.ptr + 1, end, numbers[1]);
-    if (second.ec != std::errc() || second.ptr != end)
-        return std::nullopt;
-    return numbers;
-}
-
 RoiSize sizeFrom(const std::string& text) {
-    const auto sides = pairFrom(text, 'x');
+    const auto sides = numbersFrom<2>(text, 'x');
     if (!sides)
         throw UsageError("--size", text + " is not a width and a height, as in 5x3");
     const auto [width, height] = *sides;
@@ -52,7 +38,7 @@ RoiSize sizeFrom(const std::string& text) {
 }
 
 ImagePoint anchorFrom(const std::string& text, RoiSize size) {
-    const auto place = pairFrom(text, ',');
+    const auto place = numbersFrom<2>(text, ',');
     if (!place)
         throw UsageError("--anchor", text + " is not a column and a row, as in 2,1");
     const auto [x, y] = *place;
