@@ -282,15 +282,9 @@ Status canny(const T* derivativeX, int32_t derivativeXStep, const T* derivativeY
     return StatusOk;
 }
 
-Status cannySize(RoiSize roi, int32_t* bufferSize) {
-    if (Status status = Check().pointers(bufferSize).roi(roi))
-        return status;
-    return writeBufferSize(bufferBytes(roi), bufferSize);
-}
-
 }  // namespace
 
-VEKCV_BIND(vekiCannyGetSize, cannySize);
+VEKCV_BIND(vekiCannyGetSize, roiBufferSize<bufferBytes>);
 VEKCV_BIND(vekiCanny_16s8u_C1R, canny);
 VEKCV_BIND(vekiCanny_32f8u_C1R, canny);
 }  // namespace VEKCV_VARIANT

@@ -3,9 +3,9 @@
 #include <cmath>
 
 #include "image.h"
-#include "mask_bits.h"
 #include "rest.h"
 #include "rounding.h"
+#include "set_pixels.h"
 #include "work_buffer.h"
 
 namespace VEKCV_VARIANT {
@@ -82,7 +82,10 @@ class Points {
         : x_(scratch.take<float>(int64_t{roi.width} * roi.height)), rows_(scratch.take<Row>(roi.height)) {
         uint32_t count = 0;
         for (int32_t y = 0; y < roi.height; ++y) {
-            const uint32_t end = addRow(image.row(y), roi.width, count);
+            uint32_t end = count;
+            forSetPixels(
+                image.row(y),
+                roi.width, [&](int32_t x) __attribute__((always_inline)) { x_[end++] = static_cast<float>(x); });
             if (end > count)
                 rows_[rowCount_++] = {static_cast<float>(y), end};
             count = end;
@@ -124,16 +127,6 @@ class Points {
     };
 
     static constexpr uint32_t kBlock = 256;
-
-    uint32_t addRow(const uint8_t* pixels, ptrdiff_t width, uint32_t count) {
-        forHalves(
-            hn::ScalableTag<uint8_t>(), 0, width, [&](auto d, ptrdiff_t x) __attribute__((always_inline)) {
-                const auto isPoint = hn::Ne(hn::LoadU(d, pixels + x), hn::Zero(d));
-                for (uint64_t bits = maskBits(d, isPoint); bits != 0; bits &= bits - 1)
-                    x_[count++] = static_cast<float>(static_cast<int32_t>(x) + __builtin_ctzll(bits));
-            });
-        return count;
-    }
 
     /**
      * Neighbouring points often vote for the same cell, and an addition to a cell has to wait for the one before it. So

@@ -4,6 +4,7 @@
 #include <climits>
 
 #include "allocation.h"
+#include "check.h"
 
 namespace VEKCV_VARIANT {
 
@@ -61,6 +62,14 @@ inline Status writeBufferSize(int64_t bytes, int32_t* result) {
         return StatusSizeError;
     *result = static_cast<int32_t>(bytes);
     return StatusOk;
+}
+
+/** The query of an operation whose buffer has kBytes(roi) bytes. */
+template <int64_t (*kBytes)(RoiSize)>
+Status roiBufferSize(RoiSize roi, int32_t* bufferSize) {
+    if (Status status = Check().pointers(bufferSize).roi(roi))
+        return status;
+    return writeBufferSize(kBytes(roi), bufferSize);
 }
 
 }  // namespace VEKCV_VARIANT

@@ -188,12 +188,8 @@ class Reconstruction {
 
     template <typename D>
     HWY_NOINLINE void pushChanged(D d, ptrdiff_t x, ptrdiff_t y, hn::Mask<D> isSame) {
-        // A bit for each byte: masks of 16-bit lanes take instructions that the variants do without.
-        const hn::Repartition<uint8_t, D> bytes;
-        constexpr uint64_t kFirstBytes = ~uint64_t{0} / ((uint64_t{1} << sizeof(T)) - 1);
-        const auto isChanged = hn::Eq(hn::BitCast(bytes, hn::VecFromMask(d, isSame)), hn::Zero(bytes));
-        for (uint64_t bits = maskBits(bytes, isChanged) & kFirstBytes; bits != 0; bits &= bits - 1)
-            push(x + __builtin_ctzll(bits) / int{sizeof(T)}, y);
+        for (uint64_t bits = maskBits(d, hn::Not(isSame)); bits != 0; bits &= bits - 1)
+            push(x + __builtin_ctzll(bits), y);
     }
 
     void push(ptrdiff_t x, ptrdiff_t y) { queue_.push({static_cast<int32_t>(x), static_cast<int32_t>(y)}); }
@@ -263,12 +259,6 @@ Status reconstruct(const T* source, int32_t sourceStep, T* marker, int32_t marke
     return StatusOk;
 }
 
-Status reconstructSize(RoiSize roi, int32_t* bufferSize) {
-    if (Status status = Check().pointers(bufferSize).roi(roi))
-        return status;
-    return writeBufferSize(bufferBytes(roi), bufferSize);
-}
-
 }  // namespace
 
 VEKCV_BIND(vekiMorphReconstructDilate_8u_C1IR, reconstruct<Dilation>);
@@ -277,10 +267,10 @@ VEKCV_BIND(vekiMorphReconstructDilate_32f_C1IR, reconstruct<Dilation>);
 VEKCV_BIND(vekiMorphReconstructErode_8u_C1IR, reconstruct<Erosion>);
 VEKCV_BIND(vekiMorphReconstructErode_16u_C1IR, reconstruct<Erosion>);
 VEKCV_BIND(vekiMorphReconstructErode_32f_C1IR, reconstruct<Erosion>);
-VEKCV_BIND(vekiMorphReconstructDilateGetBufferSize_8u_C1R, reconstructSize);
-VEKCV_BIND(vekiMorphReconstructDilateGetBufferSize_16u_C1R, reconstructSize);
-VEKCV_BIND(vekiMorphReconstructDilateGetBufferSize_32f_C1R, reconstructSize);
-VEKCV_BIND(vekiMorphReconstructErodeGetBufferSize_8u_C1R, reconstructSize);
-VEKCV_BIND(vekiMorphReconstructErodeGetBufferSize_16u_C1R, reconstructSize);
-VEKCV_BIND(vekiMorphReconstructErodeGetBufferSize_32f_C1R, reconstructSize);
+VEKCV_BIND(vekiMorphReconstructDilateGetBufferSize_8u_C1R, roiBufferSize<bufferBytes>);
+VEKCV_BIND(vekiMorphReconstructDilateGetBufferSize_16u_C1R, roiBufferSize<bufferBytes>);
+VEKCV_BIND(vekiMorphReconstructDilateGetBufferSize_32f_C1R, roiBufferSize<bufferBytes>);
+VEKCV_BIND(vekiMorphReconstructErodeGetBufferSize_8u_C1R, roiBufferSize<bufferBytes>);
+VEKCV_BIND(vekiMorphReconstructErodeGetBufferSize_16u_C1R, roiBufferSize<bufferBytes>);
+VEKCV_BIND(vekiMorphReconstructErodeGetBufferSize_32f_C1R, roiBufferSize<bufferBytes>);
 }  // namespace VEKCV_VARIANT

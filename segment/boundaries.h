@@ -6,6 +6,7 @@
 #include <type_traits>
 
 #include "image.h"
+#include "mask_bits.h"
 #include "rest.h"
 
 namespace VEKCV_VARIANT {
@@ -20,10 +21,8 @@ class LaneBits {
     using Bits = std::conditional_t<(kBytes > 32), uint64_t, uint32_t>;
 
     HWY_INLINE static Bits of(D d, hn::Mask<D> mask) {
-        Bits bits = 0;
-        hn::StoreMaskBits(Bytes(), hn::MaskFromVec(hn::BitCast(Bytes(), hn::VecFromMask(d, mask))),
-                          reinterpret_cast<uint8_t*>(&bits));
-        return bits;
+        const auto bytes = hn::MaskFromVec(hn::BitCast(Bytes(), hn::VecFromMask(d, mask)));
+        return static_cast<Bits>(maskBits(Bytes(), bytes));
     }
 
     /** Lanes of `yes` where the bits are set, of `no` elsewhere. */

@@ -4,6 +4,7 @@
 #include "bind.h"
 #include "check.h"
 #include "float_modes.h"
+#include "mask_bits.h"
 #include "promote.h"
 #include "rest.h"
 #include "work_buffer.h"
@@ -142,9 +143,7 @@ void splitRow(const uint8_t* mask, int32_t width, uint64_t* unknown, uint64_t* k
         uint64_t zeros = 0;
         ptrdiff_t i = x;
         for (; i + kLanes <= end; i += kLanes) {
-            uint64_t bits = 0;
-            hn::StoreMaskBits(d, isZero(d, mask + i), reinterpret_cast<uint8_t*>(&bits));
-            zeros |= bits << (i - x);
+            zeros |= maskBits(d, isZero(d, mask + i)) << (i - x);
         }
         for (; i < end; ++i)
             zeros |= uint64_t{mask[i] == 0} << (i - x);
@@ -213,14 +212,8 @@ Status fastMarching(const uint8_t* mask, int32_t maskStep, float* distance, int3
     return StatusOk;
 }
 
-Status bufferSize(RoiSize roi, int32_t* size) {
-    if (Status status = Check().pointers(size).roi(roi))
-        return status;
-    return writeBufferSize(bufferBytes(roi), size);
-}
-
 }  // namespace
 
-VEKCV_BIND(vekiFastMarchingGetBufferSize_8u32f_C1R, bufferSize);
+VEKCV_BIND(vekiFastMarchingGetBufferSize_8u32f_C1R, roiBufferSize<bufferBytes>);
 VEKCV_BIND(vekiFastMarching_8u32f_C1R, fastMarching);
 }  // namespace VEKCV_VARIANT

@@ -139,22 +139,14 @@ Status fillNear3(T* image, int32_t imageStep, RoiSize roi, ImagePoint seed, cons
     return StatusOk;
 }
 
-Status plainBufferSize(RoiSize roi, int32_t* bufferSize) {
-    if (Status status = Check().pointers(bufferSize).roi(roi))
-        return status;
-    return writeBufferSize(RunStack::bytes(roi), bufferSize);
-}
-
-Status gradientBufferSize(RoiSize roi, int32_t* bufferSize) {
-    if (Status status = Check().pointers(bufferSize).roi(roi))
-        return status;
-    return writeBufferSize(FillByGradient<uint8_t, 1>::mapBytes(roi) + RunStack::bytes(roi), bufferSize);
+int64_t gradientBytes(RoiSize roi) {
+    return FillByGradient<uint8_t, 1>::mapBytes(roi) + RunStack::bytes(roi);
 }
 
 }  // namespace
 
-VEKCV_BIND(vekiFloodFillGetSize, plainBufferSize);
-VEKCV_BIND(vekiFloodFillGetSize_Grad, gradientBufferSize);
+VEKCV_BIND(vekiFloodFillGetSize, roiBufferSize<RunStack::bytes>);
+VEKCV_BIND(vekiFloodFillGetSize_Grad, roiBufferSize<gradientBytes>);
 
 VEKCV_BIND(vekiFloodFill_4Con_8u_C1IR, fill1<Plain<0>>);
 VEKCV_BIND(vekiFloodFill_4Con_8u_C3IR, fill3<Plain<0>>);

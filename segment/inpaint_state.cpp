@@ -8,22 +8,11 @@
 #include "float_modes.h"
 #include "promote.h"
 #include "rest.h"
+#include "set_pixels.h"
 #include "state.h"
 
 namespace VEKCV_VARIANT {
 namespace {
-
-/** Calls visit(x) for the pixels of a row that are not 0, in their order. */
-template <typename Visit>
-HWY_INLINE void forSetPixels(const uint8_t* row, int32_t width, const Visit& visit) {
-    forHalves(
-        hn::ScalableTag<uint8_t>(), 0, width, [&](auto d, ptrdiff_t x) __attribute__((always_inline)) {
-            uint64_t bits = 0;
-            hn::StoreMaskBits(d, hn::Not(isZero(d, row + x)), reinterpret_cast<uint8_t*>(&bits));
-            for (; bits != 0; bits &= bits - 1)
-                visit(static_cast<int32_t>(x) + __builtin_ctzll(bits));
-        });
-}
 
 /** The pixels of a mask that are set: their number, and the rectangle around them. */
 struct MaskPixels {

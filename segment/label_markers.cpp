@@ -71,16 +71,10 @@ Status labelMarkers(T* markers, int32_t markersStep, RoiSize roi, int32_t minLab
     return StatusOk;
 }
 
-Status bufferSize(RoiSize roi, int32_t* size) {
-    if (Status status = Check().pointers(size).roi(roi))
-        return status;
-    return writeBufferSize(RunStack::bytes(roi), size);
-}
-
 }  // namespace
 
-VEKCV_BIND(vekiLabelMarkersGetBufferSize_8u_C1R, bufferSize);
-VEKCV_BIND(vekiLabelMarkersGetBufferSize_16u_C1R, bufferSize);
+VEKCV_BIND(vekiLabelMarkersGetBufferSize_8u_C1R, roiBufferSize<RunStack::bytes>);
+VEKCV_BIND(vekiLabelMarkersGetBufferSize_16u_C1R, roiBufferSize<RunStack::bytes>);
 VEKCV_BIND(vekiLabelMarkers_8u_C1IR, labelMarkers);
 VEKCV_BIND(vekiLabelMarkers_16u_C1IR, labelMarkers);
 }  // namespace VEKCV_VARIANT

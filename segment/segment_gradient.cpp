@@ -162,7 +162,10 @@ class Growth {
 };
 
 int64_t bufferBytes(RoiSize roi) {
-    return int64_t{roi.width} * roi.height * 13 + 103;
+    const int64_t pixels = int64_t{roi.width} * roi.height;
+    if (pixels > INT32_MAX)  // too large already, and several times that may not fit 64 bits
+        return pixels;
+    return pixels * 13 + 103;
 }
 
 template <int32_t kChannels>
@@ -187,19 +190,10 @@ Status segmentGradient(const uint8_t* source, int32_t sourceStep, uint8_t* marke
     return StatusOk;
 }
 
-Status gradientSize(RoiSize roi, int32_t* bufferSize) {
-    if (Status status = Check().pointers(bufferSize).roi(roi))
-        return status;
-    // Beyond this the formula itself would overflow.
-    if (int64_t{roi.width} * roi.height > INT32_MAX)
-        return StatusSizeError;
-    return writeBufferSize(bufferBytes(roi), bufferSize);
-}
-
 }  // namespace
 
 VEKCV_BIND(vekiSegmentGradient_8u_C1IR, segmentGradient<1>);
 VEKCV_BIND(vekiSegmentGradient_8u_C3IR, segmentGradient<3>);
-VEKCV_BIND(vekiSegmentGradientGetBufferSize_8u_C1R, gradientSize);
-VEKCV_BIND(vekiSegmentGradientGetBufferSize_8u_C3R, gradientSize);
+VEKCV_BIND(vekiSegmentGradientGetBufferSize_8u_C1R, roiBufferSize<bufferBytes>);
+VEKCV_BIND(vekiSegmentGradientGetBufferSize_8u_C3R, roiBufferSize<bufferBytes>);
 }  // namespace VEKCV_VARIANT

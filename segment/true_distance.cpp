@@ -79,14 +79,12 @@ Status trueDistanceTransform(const uint8_t* source, int32_t sourceStep, float* d
     return inUsualModes([&] { return measure(in, out, roi, buffer); });
 }
 
-Status bufferSize(RoiSize roi, int32_t* size) {
-    if (Status status = Check().pointers(size).roi(roi))
-        return status;
-    return writeBufferSize(WorkBuffer::bytes(threadBytes(roi)), size);
+int64_t bufferBytes(RoiSize roi) {
+    return WorkBuffer::bytes(threadBytes(roi));
 }
 
 }  // namespace
 
-VEKCV_BIND(vekiTrueDistanceTransformGetBufferSize_8u32f_C1R, bufferSize);
+VEKCV_BIND(vekiTrueDistanceTransformGetBufferSize_8u32f_C1R, roiBufferSize<bufferBytes>);
 VEKCV_BIND(vekiTrueDistanceTransform_8u32f_C1R, trueDistanceTransform);
 }  // namespace VEKCV_VARIANT

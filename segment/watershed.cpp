@@ -155,6 +155,8 @@ HWY_NOINLINE void grow(const CellImage<T>& image, uint32_t* queue) {
 template <typename T>
 int64_t bufferBytes(RoiSize roi) {
     const int64_t width = roi.width, height = roi.height, rowBytes = int64_t{sizeof(T)} * width;
+    if (width * height > INT32_MAX)  // too large already, and several times that may not fit 64 bits
+        return width * height;
     const int64_t nodes = 12 * width * height + int64_t{sizeof(T)} * (width + 2) * (height + 2) + 36;
     const int64_t rows = height + 66 + (6 * height + 2) * ((rowBytes + 31) / 32 * 32);
     return HWY_MAX(nodes, rows);
@@ -183,20 +185,10 @@ Status segmentWatershed(const uint8_t* source, int32_t sourceStep, T* markers, i
     return StatusOk;
 }
 
-template <typename T>
-Status watershedSize(RoiSize roi, int32_t* bufferSize) {
-    if (Status status = Check().pointers(bufferSize).roi(roi))
-        return status;
-    // Beyond this the formula itself would overflow.
-    if (int64_t{roi.width} * roi.height > INT32_MAX)
-        return StatusSizeError;
-    return writeBufferSize(bufferBytes<T>(roi), bufferSize);
-}
-
 }  // namespace
 
 VEKCV_BIND(vekiSegmentWatershed_8u_C1IR, segmentWatershed);
 VEKCV_BIND(vekiSegmentWatershed_8u16u_C1IR, segmentWatershed);
-VEKCV_BIND(vekiSegmentWatershedGetBufferSize_8u_C1R, watershedSize<uint8_t>);
-VEKCV_BIND(vekiSegmentWatershedGetBufferSize_8u16u_C1R, watershedSize<uint16_t>);
+VEKCV_BIND(vekiSegmentWatershedGetBufferSize_8u_C1R, roiBufferSize<bufferBytes<uint8_t>>);
+VEKCV_BIND(vekiSegmentWatershedGetBufferSize_8u16u_C1R, roiBufferSize<bufferBytes<uint16_t>>);
 }  // namespace VEKCV_VARIANT
