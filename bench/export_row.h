@@ -36,6 +36,9 @@ struct Layout {
     bool inPlace, masked;
 
     constexpr explicit Layout(std::string_view name) {
+        constexpr std::string_view kScaled = "_Sfs";
+        if (name.ends_with(kScaled))
+            name.remove_suffix(kScaled.size());
         const std::string_view layout = name.substr(name.rfind('_') + 1);
         channels = layout[1] - '0';
         resultChannels = layout.starts_with("C3C1") ? 1 : channels;

@@ -129,6 +129,8 @@ void run(const Options& options) {
     for (const TableEntry& entry : entries) {
         std::fprintf(stderr, "%s\n", entry.row.name.c_str());
         for (const RoiSize size : sizes) {
+            if (int64_t{size.width} * size.height > entry.row.mostPixels)
+                continue;
             const bool small = size.width * size.height < 16384;  // never shared among threads
             const bool inCache = int64_t{size.width} * size.height < cacheBytes / 2;
             const int mostThreads = small || options.quick ? 1 : kMostThreads;

@@ -80,27 +80,36 @@ class Build:
     def exports(self, family=None):
         return list(dict.fromkeys(r["name"] for r in self.results.values() if family in (None, r["family"])))
 
+    def sizes_of(self, export):
+        """Not all sizes: models of large images take more memory than a block may have."""
+        return [size for size in self.sizes if (export, size, 1) in self.results]
+
     def time(self, export, size, threads=1):
         return self.results[export, size, threads]["vekcv"]["ns"]
 
+    def cell(self, export, size):
+        return duration(self.time(export, size)) if size in self.sizes_of(export) else ""
+
     def peer(self, export):
         """Ratio to the peer at the two sizes that most caches hold, or None."""
-        pairs = [(self.peers.get((export, size, 1), {}).get("peer"), self.time(export, size)) for size in self.inside]
+        pairs = [(self.peers.get((export, size, 1), {}).get("peer"), self.time(export, size))
+                 for size in self.inside if size in self.sizes_of(export)]
         ratios = [peer["ns"] / time for peer, time in pairs if peer]
         return geometric_mean(ratios) if ratios else None
 
     def bandwidth(self, export):
         """Share of the bandwidth of a copy or, where nothing is written, of reading."""
-        result = self.results[export, self.sizes[-1], 1]
+        result = self.results[export, self.sizes_of(export)[-1], 1]
         return (result.get("memcpy") or result["read"])["ns"] / result["vekcv"]["ns"]
 
     def threads(self, export):
-        if (export, self.sizes[-1], 2) not in self.results:
+        largest = self.sizes_of(export)[-1]
+        if (export, largest, 2) not in self.results:
             return None
-        return self.time(export, self.sizes[-1]) / self.time(export, self.sizes[-1], 2)
+        return self.time(export, largest) / self.time(export, largest, 2)
 
     def spread(self, export):
-        return max(self.results[export, size, 1]["vekcv"]["spread"] for size in self.sizes)
+        return max(self.results[export, size, 1]["vekcv"]["spread"] for size in self.sizes_of(export))
 
 
 def table(header, rows):
@@ -132,7 +141,7 @@ def family_section(family, builds):
     for build in builds:
         header = ["Export"] + [size_name(size) for size in build.sizes]
         header += ["Peer", "Copy or read", "2 threads", "Spread"]
-        rows = [[f"`{export}`"] + [duration(build.time(export, size)) for size in build.sizes] +
+        rows = [[f"`{export}`"] + [build.cell(export, size) for size in build.sizes] +
                 [number(build.peer(export)), number(build.bandwidth(export)), number(build.threads(export)),
                  f"{100 * build.spread(export):.0f} %"] for export in build.exports(family)]
         text += f"\n{build.name}:\n\n" + table(header, rows)

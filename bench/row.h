@@ -75,6 +75,7 @@ struct Work {
 struct Row {
     std::string name;  // of the export; of one with several rows, a space and what distinguishes them follow
     std::function<Work(RoiSize)> prepare;
+    int64_t mostPixels = INT64_MAX;  // larger images are not measured, for what they take beside
 };
 
 /** The rows of a family; they join the table when the program starts. */

@@ -33,7 +33,8 @@ int32_t dataTypeOf(Element element) {
 int32_t Call::channelsOf(size_t image) const {
     const Parameter& parameter = target->parameters[image];
     const size_t layout = target->name.rfind("_C");
-    const bool isSingle = parameter.name == "mask" || parameter.name == "markers" || parameter.name == "distance";
+    const bool isSingle = parameter.name == "mask" || parameter.name == "markers" || parameter.name == "distance" ||
+                          parameter.name == "foreground";
     if (isSingle || layout == std::string_view::npos)
         return 1;
     const bool isReduced = !parameter.isConst && target->name.substr(layout).starts_with("_C3C1");
@@ -75,6 +76,9 @@ std::string Call::describe() const {
             all += text(values[i], parameter.element);
         } else if (parameter.kind == Kind::kPoint) {
             const auto point = values[i].as<ImagePoint>();
+            all += "(" + std::to_string(point.x) + ", " + std::to_string(point.y) + ")";
+        } else if (parameter.kind == Kind::kPoint32f) {
+            const auto point = values[i].as<ImagePoint32f>();
             all += "(" + std::to_string(point.x) + ", " + std::to_string(point.y) + ")";
         } else if (parameter.kind == Kind::kSize) {
             const auto size = values[i].as<RoiSize>();

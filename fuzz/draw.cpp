@@ -29,7 +29,7 @@ Role roleOf(const Call& call, size_t index) {
         return Role::kTaps;
     if (parameter.name == "buffer")
         return Role::kBuffer;
-    if (parameter.isConst && call.stateArgument(parameter.name))
+    if (call.stateArgument(parameter.name))
         return Role::kOfState;
     if (call.rules->arrayLength != nullptr)
         return Role::kArray;
@@ -113,6 +113,14 @@ class Drawing {
         return input_.oneIn(16) ? ImagePoint{anyInteger(), place.y} : place;
     }
 
+    /** Mostly in the source or near it. */
+    ImagePoint32f drawPoint32f() {
+        const ImagePoint place = drawAnchor(input_, call_.value("sourceRoi").as<RoiSize>());
+        const auto fraction = [&] { return static_cast<float>(input_.below(256)) / 64 - 2; };
+        const float x = static_cast<float>(place.x) + fraction();
+        return {x, static_cast<float>(place.y) + fraction()};
+    }
+
     ImageRect drawRectangle() {
         const auto x = static_cast<int32_t>(input_.below(20));
         const auto y = static_cast<int32_t>(input_.below(20));
@@ -149,6 +157,8 @@ class Drawing {
             value.set(drawSize(parameter));
         } else if (parameter.kind == Kind::kPoint) {
             value.set(drawPoint());
+        } else if (parameter.kind == Kind::kPoint32f) {
+            value.set(drawPoint32f());
         } else if (parameter.kind == Kind::kRectangle) {
             value.set(drawRectangle());
         } else {

@@ -11,7 +11,7 @@ namespace {
 template <typename T>
 constexpr bool isObject() {
     return std::is_class_v<T> && !std::is_same_v<T, ImagePoint> && !std::is_same_v<T, RoiSize> &&
-           !std::is_same_v<T, ImageRect> && !std::is_same_v<T, ConnectedComponent>;
+           !std::is_same_v<T, ImageRect> && !std::is_same_v<T, ConnectedComponent> && !std::is_same_v<T, ImagePoint32f>;
 }
 
 template <typename T>
@@ -22,6 +22,8 @@ constexpr Element elementOf() {
         return Element::kSize;
     else if constexpr (std::is_same_v<T, ImageRect>)
         return Element::kRectangle;
+    else if constexpr (std::is_same_v<T, ImagePoint32f>)
+        return Element::kPoint32f;
     else if constexpr (std::is_same_v<T, ConnectedComponent>)
         return Element::kComponent;
     else if constexpr (std::is_pointer_v<T> || isObject<T>())
@@ -47,10 +49,11 @@ consteval std::string_view nameOf() {
 template <typename T>
 constexpr Parameter parameterOf(std::string_view name) {
     if constexpr (!std::is_pointer_v<T>) {
-        constexpr Kind kKind = std::is_same_v<T, ImagePoint>  ? Kind::kPoint
-                               : std::is_same_v<T, RoiSize>   ? Kind::kSize
-                               : std::is_same_v<T, ImageRect> ? Kind::kRectangle
-                                                              : Kind::kNumber;
+        constexpr Kind kKind = std::is_same_v<T, ImagePoint>      ? Kind::kPoint
+                               : std::is_same_v<T, ImagePoint32f> ? Kind::kPoint32f
+                               : std::is_same_v<T, RoiSize>       ? Kind::kSize
+                               : std::is_same_v<T, ImageRect>     ? Kind::kRectangle
+                                                                  : Kind::kNumber;
         return {name, kKind, elementOf<T>(), true};
     } else {
         using Target = std::remove_pointer_t<T>;

@@ -11,11 +11,26 @@
 
 namespace fuzz {
 
-enum class Element { k8u, k8s, k16u, k16s, k32s, k32f, k64f, kPoint, kSize, kRectangle, kComponent, kPointer };
+enum class Element {
+    k8u,
+    k8s,
+    k16u,
+    k16s,
+    k32s,
+    k32f,
+    k64f,
+    kPoint,
+    kSize,
+    kRectangle,
+    kPoint32f,
+    kComponent,
+    kPointer
+};
 
 enum class Kind {
     kNumber,
     kPoint,
+    kPoint32f,
     kSize,
     kRectangle,
     kPointer,    // to one element or many

@@ -66,7 +66,9 @@ class Faults {
     }
 
     void addShortStep() {
-        const auto steps = indicesOf([&](size_t i) { return target_.isStep(i); });
+        auto steps = indicesOf([&](size_t i) { return target_.isStep(i); });
+        if (call_.rules->checksFirstStepOnly)
+            steps.resize(1);
         const size_t i = steps[input_.below(static_cast<uint32_t>(steps.size()))];
         const auto checked = static_cast<int32_t>(checkedRowBytes(call_, i - 1));
         const int32_t element = static_cast<int32_t>(bytesOf(target_.parameters[i - 1].element));

@@ -37,11 +37,12 @@ struct Precondition {
     /** The type of the objects that the arguments describe, where no parameter takes or gives one. */
     std::string_view object{};
 
-    bool sharesMemory = false;     // the destination may be the same image as a source
-    bool dependsOnTeam = false;    // float results may depend on the number of threads
-    bool hasAnyZero = false;       // a result of 0 may be -0 or +0
-    bool hasTiltedWindow = false;  // which must not begin left of the image
-    std::string_view optional{};   // results whose pointers may be null
+    bool sharesMemory = false;         // the destination may be the same image as a source
+    bool dependsOnTeam = false;        // float results may depend on the number of threads
+    bool hasAnyZero = false;           // a result of 0 may be -0 or +0
+    bool checksFirstStepOnly = false;  // of several
+    bool hasTiltedWindow = false;      // which must not begin left of the image
+    std::string_view optional{};       // results and buffers whose pointers may be null
 
     std::vector<NumberRule> numbers{};  // those that mean something else in other families
 };

@@ -213,10 +213,11 @@ std::string difference(const Call& call, const Results& expected, const Results&
         if (!isSameTeam && call.rules->dependsOnTeam && isFloat && mayBeShared(call))
             continue;
         const bool hasAnyZero = call.rules->hasAnyZero;
-        const auto at = parameter.element == Element::k32f   ? firstDifference<float>(a, b, hasAnyZero)
+        const bool hasFloats = parameter.element == Element::k32f || parameter.element == Element::kPoint32f;
+        const auto at = hasFloats                            ? firstDifference<float>(a, b, hasAnyZero)
                         : parameter.element == Element::k64f ? firstDifference<double>(a, b, hasAnyZero)
                                                              : firstDifference<uint8_t>(a, b, hasAnyZero);
-        const size_t element = parameter.element == Element::k32f ? 4 : parameter.element == Element::k64f ? 8 : 1;
+        const size_t element = hasFloats ? 4 : parameter.element == Element::k64f ? 8 : 1;
         if (at * element < a.size())
             return std::string(parameter.name) + " differs at " + (element == 1 ? "byte " : "element ") +
                    std::to_string(at) + " of " + std::to_string(a.size() / element);

@@ -119,6 +119,12 @@ typedef struct ImagePoint {
     int32_t y;
 } ImagePoint;
 
+/** Position between pixels. */
+typedef struct ImagePoint32f {
+    float x;
+    float y;
+} ImagePoint32f;
+
 /** Rectangle of pixels: first column, first row, size. */
 typedef struct ImageRect {
     int32_t x;
@@ -3591,6 +3597,205 @@ VEKCV_API Status VEKCV_CALL vekiSegmentGradient_8u_C1IR(const uint8_t* source, i
 VEKCV_API Status VEKCV_CALL vekiSegmentGradient_8u_C3IR(const uint8_t* source, int32_t sourceStep, uint8_t* markers,
                                                         int32_t markersStep, RoiSize roiSize, int32_t norm,
                                                         int32_t flag, uint8_t* buffer);
+/** @} */
+
+/* ------------------------------------------------------------------------------------------------------------------ */
+/**
+ * @defgroup Undistort Undistortion
+ * Images as a camera with a lens without distortion would have taken them. Pixel (x, y) of the result is the source at
+ *
+ *     xs = x + (x - cx) * f        f = k1 * r2 + k2 * r2 * r2
+ *     ys = y + (y - cy) * f        r2 = ((x - cx) / fx)^2 + ((y - cy) / fy)^2
+ *
+ * All is computed in float, each operation rounded to nearest, whatever the modes of the caller, in this order: with
+ * dx = x - cx and dy = y - cy, where x and y are rounded to float first,
+ *
+ *     x2 = dx * dx * (1 / (fx * fx))        y2 = dy * dy * (1 / (fy * fy))
+ *     f = (k1 * y2 + k2 * (y2 * y2)) + ((k2 * x2 + k1) * x2 + 2 * k2 * y2 * x2)
+ *
+ * vekiUndistortRadial writes the pixels with 0 <= xs < width - 1 and 0 <= ys < height - 1, and no others: those keep
+ * what the destination held. So the last row and column of the source are only met as neighbours, and without
+ * distortion (k1 = k2 = 0) all pixels but those of the last row and column are copied. With ix and iy, the integer
+ * parts of xs and ys, and ax = xs - ix and ay = ys - iy, a pixel is
+ *
+ *     s(ix, iy) * (1 - ax) * (1 - ay) + s(ix + 1, iy) * ax * (1 - ay)
+ *         + s(ix, iy + 1) * (1 - ax) * ay + s(ix + 1, iy + 1) * ax * ay
+ *
+ * from left to right; integer results are this value plus 0.5 without its fraction. Parameters that are infinite or
+ * NaN, or so large or small that xs or ys are, leave pixels out likewise.
+ *
+ * vekiCreateMapCameraUndistort writes xs and ys of all pixels, for a function that samples images by maps. With p1 or
+ * p2 other than 0 they have tangential terms, too, with u = dx * (1 / fx) and v = dy * (1 / fy):
+ *
+ *     xs = (x + dx * f) + fx * (2 * p1 * u * v + p2 * ((x2 + y2) + (x2 + x2)))
+ *     ys = (y + dy * f) + fy * (2 * p2 * u * v + p1 * ((x2 + y2) + (y2 + y2)))
+ *
+ * Maps of 131072 pixels and more whose rows begin at multiples of 16 bytes are written past the caches.
+ *
+ * @param source        first pixel of the distorted image
+ * @param destination   first pixel of the result; must not overlap the source
+ * @param xMap, yMap    first element of each map; must not overlap each other
+ * @param sourceStep, destinationStep, xMapStep, yMapStep   bytes from row to row
+ * @param roiSize       size of all images, at least 1 x 1
+ * @param fx, fy        focal lengths in pixels, not 0
+ * @param cx, cy        principal point in pixels
+ * @param k1, k2        radial coefficients
+ * @param p1, p2        tangential coefficients
+ * @param buffer        not used, and may be null; for programs that pass a buffer of the size that
+ *                      vekiUndistortGetSize gives
+ * @param bufferSize    receives 24 bytes for each pixel of a row, whose width is rounded up to a multiple of 4, and 32
+ *
+ * @retval StatusOk                the result was written
+ * @retval StatusNullPointer       an image or a map is null; of vekiUndistortGetSize, bufferSize
+ * @retval StatusSizeError         width or height is below 1; of vekiUndistortGetSize also, after all other checks,
+ *                                 that the size is above 2147483647
+ * @retval StatusStepError         a step is smaller than a row
+ * @retval StatusStepNotMultiple   a step is not a multiple of the element size
+ * @retval StatusBadArgument       fx or fy is 0
+ *
+ * Regions of 262144 pixels and more are shared among the threads.
+ * @{
+ */
+/** work buffer of the functions below */
+VEKCV_API Status VEKCV_CALL vekiUndistortGetSize(RoiSize roiSize, int32_t* bufferSize);
+/** removes radial distortion */
+VEKCV_API Status VEKCV_CALL vekiUndistortRadial_8u_C1R(const uint8_t* source, int32_t sourceStep, uint8_t* destination,
+                                                       int32_t destinationStep, RoiSize roiSize, float fx, float fy,
+                                                       float cx, float cy, float k1, float k2, uint8_t* buffer);
+VEKCV_API Status VEKCV_CALL vekiUndistortRadial_8u_C3R(const uint8_t* source, int32_t sourceStep, uint8_t* destination,
+                                                       int32_t destinationStep, RoiSize roiSize, float fx, float fy,
+                                                       float cx, float cy, float k1, float k2, uint8_t* buffer);
+VEKCV_API Status VEKCV_CALL vekiUndistortRadial_16u_C1R(const uint16_t* source, int32_t sourceStep,
+                                                        uint16_t* destination, int32_t destinationStep, RoiSize roiSize,
+                                                        float fx, float fy, float cx, float cy, float k1, float k2,
+                                                        uint8_t* buffer);
+VEKCV_API Status VEKCV_CALL vekiUndistortRadial_16u_C3R(const uint16_t* source, int32_t sourceStep,
+                                                        uint16_t* destination, int32_t destinationStep, RoiSize roiSize,
+                                                        float fx, float fy, float cx, float cy, float k1, float k2,
+                                                        uint8_t* buffer);
+VEKCV_API Status VEKCV_CALL vekiUndistortRadial_32f_C1R(const float* source, int32_t sourceStep, float* destination,
+                                                        int32_t destinationStep, RoiSize roiSize, float fx, float fy,
+                                                        float cx, float cy, float k1, float k2, uint8_t* buffer);
+VEKCV_API Status VEKCV_CALL vekiUndistortRadial_32f_C3R(const float* source, int32_t sourceStep, float* destination,
+                                                        int32_t destinationStep, RoiSize roiSize, float fx, float fy,
+                                                        float cx, float cy, float k1, float k2, uint8_t* buffer);
+/** where each pixel comes from */
+VEKCV_API Status VEKCV_CALL vekiCreateMapCameraUndistort_32f_C1R(float* xMap, int32_t xMapStep, float* yMap,
+                                                                 int32_t yMapStep, RoiSize roiSize, float fx, float fy,
+                                                                 float cx, float cy, float k1, float k2, float p1,
+                                                                 float p2, uint8_t* buffer);
+/** @} */
+
+/* ------------------------------------------------------------------------------------------------------------------ */
+/**
+ * @defgroup CopySubpix Sub-pixel copies
+ * Images that are shifted by a fraction of a pixel, by bilinear interpolation: a result lies fx columns right of a
+ * pixel of the source, and fy rows below it. vekiCopySubpix takes the fractions of dx and dy, dx minus its integer
+ * part, plus 1 where that is negative; the integer parts are not applied, as the caller begins with the pixel of the
+ * source that they lead to. Offsets that are infinite or NaN count as 0. Nothing here depends on the floating-point
+ * modes of the caller.
+ *
+ * 8u and 16u results have weights of 14 bits. With wx the integer part of fx * 16384 + 0.5, likewise wy,
+ *
+ *     w00 = ((16384 - wx) * (16384 - wy) + 16384) >> 14        w01 = (wx * (16384 - wy) + 16384) >> 14
+ *     w10 = ((16384 - wx) * wy + 16384) >> 14                  w11 = (wx * wy + 16384) >> 14
+ *
+ * and the largest of them (of equal ones the first of w00, w10, w11, w01) becomes smaller by what their sum is above
+ * 16384. The result is
+ *
+ *     sum = w00 * s(x, y) + w01 * s(x + 1, y) + w10 * s(x, y + 1) + w11 * s(x + 1, y + 1)
+ *     destination(x, y) = (sum + 8192) >> 14
+ *
+ * No weight is 0: without a fraction they are 16381, 1, 1 and 1, which leaves 8u images as they are, and changes pixels
+ * of 16u images by 12 at most. A result of Sfs is sum / 2^(14 + scaleFactor), rounded once, to the nearest integer and
+ * up from a half, and saturated.
+ *
+ * 32f results have the fractions themselves, rounded to float, as weights, and are not rounded further: each operation
+ * of
+ *
+ *     row(y) = s(x, y) + fx * (s(x + 1, y) - s(x, y))
+ *     destination(x, y) = row(y) + fy * (row(y + 1) - row(y))
+ *
+ * is rounded to float. So they are the source without a fraction, and constants stay constant; pixels that are
+ * infinite, or that far apart, give infinities or NaN.
+ *
+ * vekiCopySubpixIntersect cuts out a patch of dw x dh pixels around a point of a source. The first pixel of the patch
+ * is at lx = point.x - (dw - 1) * 0.5, computed in double, that is at column ix = trunc(dw + lx) - dw with the fraction
+ * fx = lx - ix; likewise in rows. Coordinates beyond the source are clamped to it, so that the rest of a patch repeats
+ * the pixels at the edges: all of the destination is written, and nothing outside the source is read. A coordinate that
+ * is NaN counts as minus infinity. The columns that have their own pixels on both sides, from minPoint.x to maxPoint.x,
+ * are
+ *
+ *     minPoint.x = min(max(-ix, 0), dw)
+ *     maxPoint.x = dw - 1 where rx = ix + dw - 1 is at most the width of the source - 2,
+ *                  or else the width of the source - rx + dw - 3
+ *
+ * or 0 to -1 where ix is at least the width of the source; likewise the rows.
+ *
+ * @param source            first pixel of the source; of vekiCopySubpix, one row and one column more than roiSize are
+ *                          read, whatever the weights are
+ * @param destination       first pixel of the result; must not overlap the source
+ * @param sourceStep, destinationStep   bytes from row to row; that of the source may leave out the additional column of
+ *                          vekiCopySubpix, which is then the first of the next row
+ * @param roiSize           size of the result, at least 1 x 1
+ * @param sourceRoi, destinationRoi   sizes of the source and of the patch, at least 1 x 1 each
+ * @param dx, dy            how far right and below the source the result lies
+ * @param point             centre of the patch in the source, where (0, 0) is the middle of its first pixel
+ * @param scaleFactor       power of 2 by which results are divided; any value, negative ones enlarge
+ * @param minPoint, maxPoint   receive the range of the patch that lies inside the source
+ *
+ * @retval StatusOk                the result was written
+ * @retval StatusNullPointer       an image, minPoint or maxPoint is null
+ * @retval StatusSizeError         a width or height is below 1
+ * @retval StatusStepError         a step is smaller than a row, without the additional column
+ * @retval StatusStepNotMultiple   a step of a 16u or 32f image is not a multiple of the element size
+ *
+ * Regions of 262144 pixels and more are shared among the threads.
+ * @{
+ */
+/** shifts by a fraction of a pixel */
+VEKCV_API Status VEKCV_CALL vekiCopySubpix_8u_C1R(const uint8_t* source, int32_t sourceStep, uint8_t* destination,
+                                                  int32_t destinationStep, RoiSize roiSize, float dx, float dy);
+VEKCV_API Status VEKCV_CALL vekiCopySubpix_8u16u_C1R_Sfs(const uint8_t* source, int32_t sourceStep,
+                                                         uint16_t* destination, int32_t destinationStep,
+                                                         RoiSize roiSize, float dx, float dy, int32_t scaleFactor);
+VEKCV_API Status VEKCV_CALL vekiCopySubpix_8u32f_C1R(const uint8_t* source, int32_t sourceStep, float* destination,
+                                                     int32_t destinationStep, RoiSize roiSize, float dx, float dy);
+VEKCV_API Status VEKCV_CALL vekiCopySubpix_16u_C1R(const uint16_t* source, int32_t sourceStep, uint16_t* destination,
+                                                   int32_t destinationStep, RoiSize roiSize, float dx, float dy);
+VEKCV_API Status VEKCV_CALL vekiCopySubpix_16u32f_C1R(const uint16_t* source, int32_t sourceStep, float* destination,
+                                                      int32_t destinationStep, RoiSize roiSize, float dx, float dy);
+VEKCV_API Status VEKCV_CALL vekiCopySubpix_32f_C1R(const float* source, int32_t sourceStep, float* destination,
+                                                   int32_t destinationStep, RoiSize roiSize, float dx, float dy);
+/** cuts out a patch around a point */
+VEKCV_API Status VEKCV_CALL vekiCopySubpixIntersect_8u_C1R(const uint8_t* source, int32_t sourceStep, RoiSize sourceRoi,
+                                                           uint8_t* destination, int32_t destinationStep,
+                                                           RoiSize destinationRoi, ImagePoint32f point,
+                                                           ImagePoint* minPoint, ImagePoint* maxPoint);
+VEKCV_API Status VEKCV_CALL vekiCopySubpixIntersect_8u16u_C1R_Sfs(const uint8_t* source, int32_t sourceStep,
+                                                                  RoiSize sourceRoi, uint16_t* destination,
+                                                                  int32_t destinationStep, RoiSize destinationRoi,
+                                                                  ImagePoint32f point, int32_t scaleFactor,
+                                                                  ImagePoint* minPoint, ImagePoint* maxPoint);
+VEKCV_API Status VEKCV_CALL vekiCopySubpixIntersect_8u32f_C1R(const uint8_t* source, int32_t sourceStep,
+                                                              RoiSize sourceRoi, float* destination,
+                                                              int32_t destinationStep, RoiSize destinationRoi,
+                                                              ImagePoint32f point, ImagePoint* minPoint,
+                                                              ImagePoint* maxPoint);
+VEKCV_API Status VEKCV_CALL vekiCopySubpixIntersect_16u_C1R(const uint16_t* source, int32_t sourceStep,
+                                                            RoiSize sourceRoi, uint16_t* destination,
+                                                            int32_t destinationStep, RoiSize destinationRoi,
+                                                            ImagePoint32f point, ImagePoint* minPoint,
+                                                            ImagePoint* maxPoint);
+VEKCV_API Status VEKCV_CALL vekiCopySubpixIntersect_16u32f_C1R(const uint16_t* source, int32_t sourceStep,
+                                                               RoiSize sourceRoi, float* destination,
+                                                               int32_t destinationStep, RoiSize destinationRoi,
+                                                               ImagePoint32f point, ImagePoint* minPoint,
+                                                               ImagePoint* maxPoint);
+VEKCV_API Status VEKCV_CALL vekiCopySubpixIntersect_32f_C1R(const float* source, int32_t sourceStep, RoiSize sourceRoi,
+                                                            float* destination, int32_t destinationStep,
+                                                            RoiSize destinationRoi, ImagePoint32f point,
+                                                            ImagePoint* minPoint, ImagePoint* maxPoint);
 /** @} */
 
 #ifdef __cplusplus

@@ -30,7 +30,8 @@ constexpr float kRate = 1.5f;
 constexpr size_t kBufferBytes = size_t{1} << 28, kOtherBytes = 4096;
 
 bool isTapCount(std::string_view parameter) {
-    return parameter == "kernelSize" || parameter == "apertureSize" || parameter == "averageWindow";
+    return parameter == "kernelSize" || parameter == "apertureSize" || parameter == "averageWindow" ||
+           parameter == "windowSize";
 }
 
 template <typename T>
@@ -87,6 +88,8 @@ Value ExportCall::valueOf(const Parameter& parameter, size_t index) {
     switch (parameter.kind) {
         case Kind::kPoint:
             return valueWith(ImagePoint{1, 1});
+        case Kind::kPoint32f:
+            return valueWith(ImagePoint32f{1.5f, 1.25f});
         case Kind::kSize:
             return valueWith(parameter.name == "maskSize"         ? RoiSize{kTaps, kTaps}
                              : parameter.name == "destinationRoi" ? nextLevel()
@@ -98,9 +101,14 @@ Value ExportCall::valueOf(const Parameter& parameter, size_t index) {
         case Kind::kState:
             if (call_.target->makesInPlace())
                 return valueWith(addOperand(parameter, kBufferBytes, address_).data);
+            if (parameter.type == "Pyramid" && parameter.isConst)
+                return valueWith(addPyramid());
             return parameter.type == "HaarClassifier"            ? valueWith(addClassifier())
                    : parameter.type.ends_with("MorphologyState") ? valueWith(addMorphologyState())
-                                                                 : valueWith(addStateOfForm());
+                   : parameter.type == "SrhnState"               ? valueWith(addSrhnState())
+                   : parameter.type.ends_with("Parameters")
+                       ? valueWith(addOperand(parameter, kOtherBytes, Address::kAligned).data)
+                       : valueWith(addStateOfForm());
         case Kind::kStateSlot:
             return valueWith(addOperand(parameter, sizeof(void*), Address::kAligned).data);
         case Kind::kPointer:
@@ -109,6 +117,8 @@ Value ExportCall::valueOf(const Parameter& parameter, size_t index) {
                     addOperand(parameter, rowBytesOf(parameter) * size_t(2 * roi_.height + kMore), address_).data);
             if (parameter.name == "metrics")
                 return valueWith(addMetrics(parameter));
+            if (parameter.name == "offsets" || parameter.name == "psfIndex")
+                return valueWith(addZeros(parameter));
             return valueWith(parameter.name == "buffer" ? addOperand(parameter, kBufferBytes, address_).data
                                                         : addOperand(parameter, kOtherBytes, Address::kAligned).data);
         default:
@@ -155,6 +165,13 @@ void* ExportCall::addMetrics(const Parameter& parameter) {
     return operand.data;
 }
 
+/** Positions and indices, of which zero is always one. */
+void* ExportCall::addZeros(const Parameter& parameter) {
+    Operand& operand = addOperand(parameter, kOtherBytes, Address::kAligned);
+    operand.isFixed = true;
+    return operand.data;
+}
+
 void* ExportCall::addRows(const Parameter& parameter) {
     const size_t step = rowBytesOf(parameter), count = size_t(roi_.height + kTaps - 1);
     uint8_t* const first = addOperand(parameter, step * count, address_).data;
@@ -174,16 +191,41 @@ const HaarClassifier* ExportCall::addClassifier() {
     return isFloat ? build(float()) : build(int32_t());
 }
 
+/** With images of zeros, which any element may be. */
+const Pyramid* ExportCall::addPyramid() {
+    Pyramid* pyramid = nullptr;
+    EXPECT_EQ(StatusOk, vekiPyramidInitAlloc(&pyramid, 1, roi_, kRate));
+    states_.emplace_back(pyramid, [](void* made) { vekiPyramidFree(static_cast<Pyramid*>(made)); });
+    for (int32_t level = 0; level <= pyramid->levelCount; ++level) {
+        pyramid->levelSteps[level] = pyramid->levelSizes[level].width * int32_t{sizeof(float)};
+        pyramid->levelImages[level] = memory_
+                                          .emplace_back(std::calloc(size_t(pyramid->levelSizes[level].height),
+                                                                    size_t(pyramid->levelSteps[level])),
+                                                        &std::free)
+                                          .get();
+    }
+    return pyramid;
+}
+
 void* ExportCall::addMorphologyState() {
     const auto functions = fuzz::MorphologyFunctions::of(*call_.target);
     return addState(functions.find("InitAlloc"), functions.find("Free"));
 }
 
-/** The functions differ in what stands in front of the form, such as "_8u_C1R", or of Free. */
+/** The functions differ in what stands in front of the size of the blocks. */
+void* ExportCall::addSrhnState() {
+    const std::string name(call_.target->name), size = name.substr(name.find("_PSF"), 7);
+    return addState(*fuzz::findExport("vekiSRHNInitAlloc" + size), *fuzz::findExport("vekiSRHNFree" + size));
+}
+
+/** The functions differ in what stands in front of the form, such as "_8u_C1R", or of what they do. */
 void* ExportCall::addStateOfForm() {
     const std::string name(call_.target->name);
     const std::string form = name.substr(std::min(name.find('_'), name.size()));
-    const std::string function = name.substr(0, std::min(name.find("Free"), name.size() - form.size()));
+    std::string function = name.substr(0, name.size() - form.size());
+    for (const std::string_view purpose : {"Free", "Update"})
+        if (function.ends_with(purpose))
+            function.resize(function.size() - purpose.size());
     return addState(*fuzz::findExport(function + "InitAlloc" + form), *fuzz::findExport(function + "Free" + form));
 }
 
@@ -192,7 +234,9 @@ void* ExportCall::addState(const Export& initAlloc, const Export& free) {
     ExportCall maker(initAlloc, roi_);
     maker.fill(1);
     EXPECT_EQ(StatusOk, maker.run());
-    void* const state = *static_cast<void**>(maker.call_.values[0].as<void*>());
+    const auto slot = std::ranges::find(initAlloc.parameters, Kind::kStateSlot, &Parameter::kind);
+    const auto index = static_cast<size_t>(slot - initAlloc.parameters.begin());
+    void* const state = *static_cast<void**>(maker.call_.values[index].as<void*>());
     states_.emplace_back(state, [release = &free](void* made) {
         EXPECT_EQ(StatusOk, release->call(std::array{valueWith(made)}.data()));
     });

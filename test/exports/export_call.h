@@ -55,9 +55,12 @@ class ExportCall {
     fuzz::Value number(const fuzz::Parameter& parameter) const;
     Operand& addOperand(const fuzz::Parameter& parameter, size_t bytes, Address address);
     void* addMetrics(const fuzz::Parameter& parameter);
+    void* addZeros(const fuzz::Parameter& parameter);
     void* addRows(const fuzz::Parameter& parameter);
     const HaarClassifier* addClassifier();
+    const Pyramid* addPyramid();
     void* addMorphologyState();
+    void* addSrhnState();
     void* addStateOfForm();
     void* addState(const fuzz::Export& initAlloc, const fuzz::Export& free);
     RoiSize nextLevel() const;

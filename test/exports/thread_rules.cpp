@@ -39,7 +39,7 @@ std::map<std::string, ThreadRule> threadRules(const std::string& headerFile) {
         const std::string family = oneLine.substr(begin, end - begin);
         std::smatch match;
         if (std::regex_search(family, match,
-                              std::regex("Regions of [^.:;]* and more are shared among the threads|"
+                              std::regex("(Regions|Windows) of [^.:;]* and more are shared among the threads|"
                                          "The calling thread does all the work")))
             forEachMatch(family, "VEKCV_CALL (\\w+)\\(", [&, rule = ruleOf(match[0])](const std::smatch& declaration) {
                 rules[declaration[1]] = rule;

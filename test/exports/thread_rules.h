@@ -9,7 +9,8 @@
 
 namespace exports {
 
-/** From which regions on an export shares its rows among threads. */
+/** From which regions on an export shares its rows among threads; or from which windows on, all together, its points.
+ */
 struct ThreadRule {
     int64_t pixels = 0;  // 0 where the calling thread does all the work
     bool isPerThread = false;
@@ -25,6 +26,7 @@ struct ThreadRule {
  *     Regions of 16384 pixels and more are shared among the threads.
  *     Regions of 16384 pixels for each configured thread and more are shared among the threads.
  *     Regions of 256 x 256 pixels and more are shared among the threads.
+ *     Windows of 16384 pixels together and more are shared among the threads.
  *     The calling thread does all the work.
  *
  * and a list of others for some of them, each such as

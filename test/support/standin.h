@@ -2,6 +2,8 @@
 
 #include <dlfcn.h>
 
+#include "vekcv.h"
+
 /** What the stand-in of the core library takes and tells. */
 struct StandIn {
     void (*failAfter)(int blocks);
