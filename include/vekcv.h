@@ -3798,6 +3798,96 @@ VEKCV_API Status VEKCV_CALL vekiCopySubpixIntersect_32f_C1R(const float* source,
                                                             ImagePoint* minPoint, ImagePoint* maxPoint);
 /** @} */
 
+/* ------------------------------------------------------------------------------------------------------------------ */
+/**
+ * @defgroup SuperResolution Super-resolution kernels
+ * An image from many smaller ones that differ by parts of a pixel: the steps of an iteration that take long. The caller
+ * has an estimate H of the image and samples, the pixels of the small images. Each sample is what a camera sees of a
+ * block of 2 x 2 or 3 x 3 pixels of H: their sum, weighted by one of a few point-spread functions (PSF). Sample i has
+ * the block whose first pixel is offsets[i] elements behind that of the image, and the entry psfIndex[i] of the table
+ * of a state. With P[r][c], the coefficients of that entry, and s = step / 4, the elements from row to row:
+ *
+ *     vekiSRHNCalcResidual     residual[i] = the sum of H[offsets[i] + r * s + c] * P[r][c], less lowRes[i]
+ *     vekiSRHNUpdateGradient   g = weights[weightIndex[i]] * residual[i]
+ *                              G[offsets[i] + r * s + c] += P[r][c] * g
+ *
+ * The products of a residual are added one after the other, row by row and from left to right, then lowRes, converted
+ * to float, is subtracted. The gradient takes one sample after the other in their order, so where blocks overlap it
+ * adds in that order. Every operation is rounded to float. Of the images the pixels of the blocks are used and no
+ * others.
+ *
+ * Offsets and indices are not checked: those outside of the image, of the table and of the weights give undefined
+ * results. An offset is y * s + x for the block whose first pixel is (x, y); it may be up to 4294967295.
+ *
+ * A state holds a copy of a table, and serves any number of calls, also at once. It is two blocks of memory: the state
+ * itself, and behind it the table with 16 bytes for each entry of 2 x 2, or 48 of 3 x 3, rows of three coefficients and
+ * a zero. Both Free functions release the states of both sizes.
+ *
+ * @param state          result of InitAlloc: the state; else the state
+ * @param psfTable       4 or 9 coefficients for each entry, row by row
+ * @param highRes        first pixel of the estimate
+ * @param gradient       first pixel of the gradient, which is read and written
+ * @param highResStep, gradientStep   bytes from row to row, at least those of a row of a block
+ * @param lowRes         the values of the samples
+ * @param offsets        where the blocks of the samples begin, in elements
+ * @param psfIndex       the entries of the samples, counted from 0
+ * @param residual       what the samples differ by: results of vekiSRHNCalcResidual, sources of vekiSRHNUpdateGradient
+ * @param weightIndex    the weights of the samples
+ * @param weights        what weightIndex counts from 0
+ * @param count          number of entries of the table, or of samples: elements of lowRes, offsets, psfIndex, residual
+ *                       and weightIndex; at least 1
+ *
+ * What is written must not overlap what is read.
+ *
+ * @retval StatusOk                 the results were written, or the state was made or released
+ * @retval StatusNullPointer        a pointer is null
+ * @retval StatusSizeError          count is below 1
+ * @retval StatusStepError          a step is smaller than 8 bytes for 2 x 2 or 12 for 3 x 3, or is not a multiple of 4
+ * @retval StatusBadArgument        the state is that of the other size
+ * @retval StatusMemoryAllocation   there is no memory for the state, and *state is as it was
+ *
+ * The floating-point modes of the calling thread have no effect. The calling thread does all the work.
+ * @{
+ */
+/** A table of point-spread functions. */
+typedef struct SrhnState SrhnState;
+
+/** makes a state from a table of point-spread functions */
+VEKCV_API Status VEKCV_CALL vekiSRHNInitAlloc_PSF2x2(SrhnState** state, const float* psfTable, int32_t count);
+VEKCV_API Status VEKCV_CALL vekiSRHNInitAlloc_PSF3x3(SrhnState** state, const float* psfTable, int32_t count);
+/** what an estimate of an image gives for samples, less their values */
+VEKCV_API Status VEKCV_CALL vekiSRHNCalcResidual_PSF2x2_8u32f_C1R(const float* highRes, int32_t highResStep,
+                                                                  const uint8_t* lowRes, const uint32_t* offsets,
+                                                                  const uint16_t* psfIndex, float* residual,
+                                                                  int32_t count, const SrhnState* state);
+VEKCV_API Status VEKCV_CALL vekiSRHNCalcResidual_PSF2x2_16u32f_C1R(const float* highRes, int32_t highResStep,
+                                                                   const uint16_t* lowRes, const uint32_t* offsets,
+                                                                   const uint16_t* psfIndex, float* residual,
+                                                                   int32_t count, const SrhnState* state);
+VEKCV_API Status VEKCV_CALL vekiSRHNCalcResidual_PSF3x3_8u32f_C1R(const float* highRes, int32_t highResStep,
+                                                                  const uint8_t* lowRes, const uint32_t* offsets,
+                                                                  const uint16_t* psfIndex, float* residual,
+                                                                  int32_t count, const SrhnState* state);
+VEKCV_API Status VEKCV_CALL vekiSRHNCalcResidual_PSF3x3_16u32f_C1R(const float* highRes, int32_t highResStep,
+                                                                   const uint16_t* lowRes, const uint32_t* offsets,
+                                                                   const uint16_t* psfIndex, float* residual,
+                                                                   int32_t count, const SrhnState* state);
+/** adds weighted residuals to a gradient */
+VEKCV_API Status VEKCV_CALL vekiSRHNUpdateGradient_PSF2x2_32f_C1R(float* gradient, int32_t gradientStep,
+                                                                  const uint32_t* offsets, const uint16_t* psfIndex,
+                                                                  const float* residual, const uint8_t* weightIndex,
+                                                                  int32_t count, const float* weights,
+                                                                  const SrhnState* state);
+VEKCV_API Status VEKCV_CALL vekiSRHNUpdateGradient_PSF3x3_32f_C1R(float* gradient, int32_t gradientStep,
+                                                                  const uint32_t* offsets, const uint16_t* psfIndex,
+                                                                  const float* residual, const uint8_t* weightIndex,
+                                                                  int32_t count, const float* weights,
+                                                                  const SrhnState* state);
+/** releases a state */
+VEKCV_API Status VEKCV_CALL vekiSRHNFree_PSF2x2(SrhnState* state);
+VEKCV_API Status VEKCV_CALL vekiSRHNFree_PSF3x3(SrhnState* state);
+/** @} */
+
 #ifdef __cplusplus
 }
 #endif
