@@ -3601,6 +3601,55 @@ VEKCV_API Status VEKCV_CALL vekiSegmentGradient_8u_C3IR(const uint8_t* source, i
 
 /* ------------------------------------------------------------------------------------------------------------------ */
 /**
+ * @defgroup UpdateMotionHistory Motion history
+ * An image of floats that records for each pixel when it last moved, and forgets it after a while: call it for every
+ * frame of a video with the silhouette of what moves, such as a foreground or the difference of two frames. Newer
+ * motion has larger values, so the gradient of the history tells which way things move.
+ *
+ *     threshold = timestamp - duration, rounded to float
+ *     history   = timestamp    where the silhouette is not 0
+ *                 0            elsewhere, where history < threshold
+ *                 as it was    in all other pixels
+ *
+ * What is kept is kept bit for bit, that which equals the threshold, too. Timestamps are in any unit, and those of
+ * later frames should be larger; 0 stands for no motion. With a duration of 0 only the motion of this frame remains,
+ * and what is newer. Of a 32f silhouette -0 counts as 0, and NaN as motion. Comparisons with NaN are false: a history
+ * of NaN is kept, and with a timestamp or a duration of NaN nothing is forgotten.
+ *
+ * @param silhouette       first pixel of the silhouette
+ * @param motionHistory    first pixel of the history, which is read and written
+ * @param silhouetteStep, motionHistoryStep   bytes from row to row
+ * @param roiSize          size of both images, at least 1 x 1
+ * @param timestamp        time of the silhouette
+ * @param duration         how long motion is remembered, at least 0
+ *
+ * A 32f silhouette may be the same image as the history. Images that overlap in any other way give undefined results.
+ *
+ * @retval StatusOk                the history is updated
+ * @retval StatusNullPointer       an image is null
+ * @retval StatusSizeError         width or height is below 1
+ * @retval StatusStepError         a step is smaller than a row
+ * @retval StatusStepNotMultiple   motionHistoryStep, or silhouetteStep of a 32f silhouette, is not a multiple of 4;
+ *                                 silhouetteStep of a 16u silhouette is odd
+ * @retval StatusOutOfRange        duration is below 0
+ *
+ * The floating-point modes of the calling thread have no effect. The calling thread does all the work.
+ * @{
+ */
+/** records when pixels last moved */
+VEKCV_API Status VEKCV_CALL vekiUpdateMotionHistory_8u32f_C1IR(const uint8_t* silhouette, int32_t silhouetteStep,
+                                                               float* motionHistory, int32_t motionHistoryStep,
+                                                               RoiSize roiSize, float timestamp, float duration);
+VEKCV_API Status VEKCV_CALL vekiUpdateMotionHistory_16u32f_C1IR(const uint16_t* silhouette, int32_t silhouetteStep,
+                                                                float* motionHistory, int32_t motionHistoryStep,
+                                                                RoiSize roiSize, float timestamp, float duration);
+VEKCV_API Status VEKCV_CALL vekiUpdateMotionHistory_32f_C1IR(const float* silhouette, int32_t silhouetteStep,
+                                                             float* motionHistory, int32_t motionHistoryStep,
+                                                             RoiSize roiSize, float timestamp, float duration);
+/** @} */
+
+/* ------------------------------------------------------------------------------------------------------------------ */
+/**
  * @defgroup Undistort Undistortion
  * Images as a camera with a lens without distortion would have taken them. Pixel (x, y) of the result is the source at
  *
