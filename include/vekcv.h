@@ -3650,6 +3650,249 @@ VEKCV_API Status VEKCV_CALL vekiUpdateMotionHistory_32f_C1IR(const float* silhou
 
 /* ------------------------------------------------------------------------------------------------------------------ */
 /**
+ * @defgroup ForegroundGaussian Foreground by Gaussian mixtures
+ * Moving objects before a background that is learned frame by frame: a pixel is described by five Gaussians, and is
+ * background where it matches one of those that it matches often. After Stauffer and Grimson, "Adaptive background
+ * mixture models for real-time tracking" (1999). InitAlloc makes a model from a first frame; each call of
+ * vekiForegroundGaussian takes one more, tells foreground from background, and learns.
+ *
+ * A Gaussian (a component) has a weight, a variance, a mean for each channel, and the number of times that it was
+ * matched. At first component 0 has weight 1, count 1 and the mean of the pixel of the first frame; all others have
+ * weight 0, count 0 and mean 0; every variance is 12.5. For a pixel x, in double precision and in the order that is
+ * written here:
+ *
+ *  1. The pixel matches the first component, in their order, with variance * matchDeviations^2 > (mean - x)^2 in every
+ *     channel. Components of count 0 take part.
+ *  2. weight = weight + (m - weight) / (N + 1) for every component; m is 1 for the matched one and 0 for others, and N
+ *     the sum of all counts. The matched one's count grows by 1, and with rate = 1 / count
+ *         mean = mean + (x - mean) * rate
+ *         variance = variance + ((x - mean before)^2 - variance) * rate
+ *     With three channels the square is the mean of those of the channels. In the one frame whose number is
+ *     windowLength, the first frame behind that of InitAlloc having number 1, weight = weight + (m - weight) * (1 /
+ *     windowLength) and rate = 1 / (windowLength * weight), with the new weight.
+ *  3. Where nothing matched, the last component is replaced: count 1, variance initialVariance, mean x. Then all
+ *     weights become count / the sum of all counts.
+ *  4. The components are sorted by weight / sqrt(variance), the greatest first; equal ones keep their order.
+ *  5. background = the mean of the first component, plus 0.5, without its fraction.
+ *  6. foreground = 0 where the matched component is among the first ones, up to that with which the sum of their
+ *     weights exceeds backgroundRatio; else 255.
+ *
+ * A model averages over all of its frames: the older it is, the more slowly it follows a change of the scene. Counts
+ * stay at 2147483647 once they are there. Results are the same in all variants. With three equal channels they may
+ * differ from those of one channel by the rounding of the mean of three squares.
+ *
+ * The state is one block of memory of about 170 (three channels: 252) bytes for each pixel, released by the Free
+ * function. A caller may read its fields, the images and the components at any time between calls, and may change
+ * windowLength, backgroundRatio, matchDeviations and initialVariance, which each call uses as they are then.
+ *
+ * @param source       first pixel of the frame
+ * @param background   first pixel of the background; as many channels as the source
+ * @param foreground   first pixel of the mask; one channel in all forms
+ * @param sourceStep   bytes from row to row
+ * @param backgroundStep, foregroundStep   bytes from row to row; not checked
+ * @param roiSize      size of all images, at least 1 x 1; after InitAlloc, that of the first frame
+ * @param parameters   not read, but must not be null: reserved for tuning. The defaults below are used
+ * @param state        result of InitAlloc: the model; else the model. It serves one call at a time
+ *
+ * The results may be written over the source: they are copied there in the end, the foreground first.
+ *
+ * @retval StatusOk                 the results were written, or the model was made or released
+ * @retval StatusNullPointer        a pointer is null
+ * @retval StatusSizeError          width or height is below 1; then, that the size is not that of the model
+ * @retval StatusStepError          sourceStep is smaller than a row
+ * @retval StatusBadArgument        the model has another number of channels
+ * @retval StatusMemoryAllocation   there is no memory for the model, or it would take more than 2147483647 bytes, and
+ *                                  *state is as it was
+ *
+ * The floating-point modes of the calling thread have no effect. The calling thread does all the work.
+ * @{
+ */
+/** Reserved for tuning: what it holds is not read. */
+typedef struct ForegroundGaussianParameters {
+    int32_t windowLength;    /**< 200: the number of the frame with a fixed rate */
+    int32_t componentCount;  /**< 5: Gaussians of each pixel */
+    double backgroundRatio;  /**< 0.7: what weights the components of the background exceed together */
+    double matchDeviations;  /**< 2.5: how many standard deviations from its mean a component is matched */
+    double initialDeviation; /**< 15: not used */
+    double initialWeight;    /**< 0.05: not used; a new component has the weight of its count */
+    double initialVariance;  /**< 900: of a component that replaces another */
+} ForegroundGaussianParameters;
+
+/** A Gaussian of a pixel with one channel. */
+typedef struct GaussianComponentC1 {
+    int32_t matchCount;
+    int32_t reserved; /**< 0 */
+    double weight;
+    double variance;
+    double mean;
+} GaussianComponentC1;
+
+/** A Gaussian of a pixel with three channels. */
+typedef struct GaussianComponentC3 {
+    int32_t matchCount;
+    int32_t reserved; /**< 0 */
+    double weight;
+    double variance;
+    double mean[3];
+} GaussianComponentC3;
+
+/** A model; what is not described here is that of the parameters. */
+typedef struct ForegroundGaussianState {
+    uint8_t* backgroundImage; /**< the background of the last frame */
+    int32_t backgroundStep;   /**< bytes of a row */
+    uint8_t* foregroundImage; /**< the mask of the last frame */
+    int32_t foregroundStep;   /**< bytes of a row */
+    int32_t windowLength;
+    int32_t componentCount;
+    double backgroundRatio;
+    double matchDeviations;
+    double initialDeviation;
+    double initialWeight;
+    double initialVariance;
+    void** pixelModels;   /**< for each pixel, by rows, its components, GaussianComponentC1 or GaussianComponentC3 */
+    int32_t frameCounter; /**< frames behind the first one; it is never reset */
+} ForegroundGaussianState;
+
+/** makes a model from a first frame */
+VEKCV_API Status VEKCV_CALL vekiForegroundGaussianInitAlloc_8u_C1R(const uint8_t* source, int32_t sourceStep,
+                                                                   RoiSize roiSize,
+                                                                   const ForegroundGaussianParameters* parameters,
+                                                                   ForegroundGaussianState** state);
+VEKCV_API Status VEKCV_CALL vekiForegroundGaussianInitAlloc_8u_C3R(const uint8_t* source, int32_t sourceStep,
+                                                                   RoiSize roiSize,
+                                                                   const ForegroundGaussianParameters* parameters,
+                                                                   ForegroundGaussianState** state);
+/** tells foreground from background, and learns */
+VEKCV_API Status VEKCV_CALL vekiForegroundGaussian_8u_C1R(const uint8_t* source, int32_t sourceStep,
+                                                          uint8_t* background, int32_t backgroundStep,
+                                                          uint8_t* foreground, int32_t foregroundStep, RoiSize roiSize,
+                                                          ForegroundGaussianState* state);
+VEKCV_API Status VEKCV_CALL vekiForegroundGaussian_8u_C3R(const uint8_t* source, int32_t sourceStep,
+                                                          uint8_t* background, int32_t backgroundStep,
+                                                          uint8_t* foreground, int32_t foregroundStep, RoiSize roiSize,
+                                                          ForegroundGaussianState* state);
+/** releases a model */
+VEKCV_API Status VEKCV_CALL vekiForegroundGaussianFree_8u_C1R(ForegroundGaussianState* state);
+VEKCV_API Status VEKCV_CALL vekiForegroundGaussianFree_8u_C3R(ForegroundGaussianState* state);
+/** @} */
+
+/* ------------------------------------------------------------------------------------------------------------------ */
+/**
+ * @defgroup ForegroundHistogram Foreground by histograms
+ * Moving objects before a background that is learned frame by frame: of each pixel it is known how often it had which
+ * values and which changes of its value, and how often it was background with them. After Li, Huang, Gu and Tian,
+ * "Foreground Object Detection from Videos Containing Complex Background" (2003). InitAlloc makes a model from a first
+ * frame. For each further one, vekiForegroundHistogram tells foreground from background and changes nothing; then
+ * vekiForegroundHistogramUpdate learns the frame with a mask, which may be that one or one that was corrected.
+ *
+ * A pixel has a reference, the value of its background; a table of values, of which the channels are divided into
+ * valueLevels levels; and a table of changes, from its value in the frame learned before to this one, both divided
+ * into changeLevels levels. An entry of a table has a frequency f and a frequency as background b. Tables hold up to
+ * valueCapacity and changeCapacity entries, the most frequent ones first. A pixel matches an entry where all levels
+ * differ by at most the tolerance. It is near another value where all channels differ by at most tolerance * 256 /
+ * valueLevels.
+ *
+ * Classification. A pixel near its reference is background. For another one, F is the sum of f and B that of b over
+ * the entries that it matches among the first valueEntries values, where it is near its value in the frame before, and
+ * among the first changeEntries changes else. It is background where F > 0 and 2 * B >= F. Then the mask is cleaned:
+ * removesSpecks erases regions of foreground, connected by eight neighbours, of less than minimumArea pixels;
+ * fillsHoles fills regions of background, connected by four neighbours, that do not reach the border of the image.
+ *
+ * Learning. The rate of update number k is the larger one of gradualRate and min(startRate, 1 / k). In the table of
+ * values, and in that of changes where the pixel is not near its value before, the first entry that it matches moves
+ * to f = 1 and to b = 1 (background in the mask) or 0, and all others move to 0, by the rate: f = f + (1 - f) * rate.
+ * Where it matches none, a new entry has f = rate and b = rate or 0; it takes the place of the last one of a full
+ * table. Entries with f below 1 / 65536 are forgotten. Where the sum of f - b over the first valueEntries
+ * (changeEntries) exceeds the majority, all that the table holds becomes background: b = f; in the table of values
+ * that is a sudden change, and the reference becomes the pixel. Else the reference of a pixel of the background moves
+ * to its value by referenceRate where it is near, and becomes it where it is not, but near its value before.
+ *
+ * Values and changes that come back, such as those of leaves in the wind, are background once masks have said so at
+ * least as often as not. An object that stops is background after 460 updates, the least n with (1 - gradualRate)^n <
+ * 1 - majority; in the beginning, when rates are larger, after as few as 35.
+ *
+ * The state is one block of memory of about 790 (three channels: 960) bytes for each pixel, released by the Free
+ * function. A caller may read its fields at any time between calls, and may change the parameters from fillsHoles on,
+ * which each call uses as they are then: rates and majority from 0 to 1, tolerance from 0 to 255.
+ *
+ * @param source       first pixel of the frame
+ * @param foreground   first pixel of the mask, one channel in all forms: as a result 0 (background) or 255; of Update,
+ *                     not 0 for foreground
+ * @param background   first pixel of the result of Update: the references, rounded to the nearest integer; as many
+ *                     channels as the source, and may be the same image
+ * @param sourceStep   bytes from row to row
+ * @param foregroundStep, backgroundStep   bytes from row to row; not checked
+ * @param roiSize      size of all images, at least 1 x 1; after InitAlloc, that of the first frame
+ * @param parameters   not read, but must not be null: reserved for tuning. The defaults below are used
+ * @param state        result of InitAlloc: the model; else the model. It serves one call at a time
+ *
+ * @retval StatusOk                 the results were written, or the model was made or released
+ * @retval StatusNullPointer        a pointer is null
+ * @retval StatusSizeError          width or height is below 1; then, that the size is not that of the model
+ * @retval StatusStepError          sourceStep is smaller than a row
+ * @retval StatusBadArgument        the model has another number of channels
+ * @retval StatusMemoryAllocation   there is no memory for the model, or it would take more than 2147483647 bytes, and
+ *                                  *state is as it was
+ *
+ * The floating-point modes of the calling thread have no effect. The calling thread does all the work.
+ * @{
+ */
+/** Reserved for tuning: what it holds is not read. */
+typedef struct ForegroundHistogramParameters {
+    int32_t valueLevels;    /**< 128 */
+    int32_t valueEntries;   /**< 15: entries that classify */
+    int32_t valueCapacity;  /**< 25 */
+    int32_t changeLevels;   /**< 64 */
+    int32_t changeEntries;  /**< 25: entries that classify */
+    int32_t changeCapacity; /**< 40 */
+    int32_t fillsHoles;     /**< 1; 0 leaves holes in objects */
+    int32_t removesSpecks;  /**< 1; 0 leaves small regions */
+    float referenceRate;    /**< 0.1: how fast the reference follows */
+    float gradualRate;      /**< 0.005: how fast the tables follow in the end */
+    float startRate;        /**< 0.1: how fast they follow at most */
+    float tolerance;        /**< 2: levels that may differ */
+    float majority;         /**< 0.9: of foreground, from which on all is background */
+    float minimumArea;      /**< 15: pixels of an object */
+} ForegroundHistogramParameters;
+
+/** A model: what a caller may know of it. */
+typedef struct ForegroundHistogramState {
+    ForegroundHistogramParameters parameters;
+    int32_t updateCount; /**< frames that were learned behind the first one; at most 2147483647 */
+} ForegroundHistogramState;
+
+/** makes a model from a first frame */
+VEKCV_API Status VEKCV_CALL vekiForegroundHistogramInitAlloc_8u_C1R(const uint8_t* source, int32_t sourceStep,
+                                                                    RoiSize roiSize,
+                                                                    const ForegroundHistogramParameters* parameters,
+                                                                    ForegroundHistogramState** state);
+VEKCV_API Status VEKCV_CALL vekiForegroundHistogramInitAlloc_8u_C3R(const uint8_t* source, int32_t sourceStep,
+                                                                    RoiSize roiSize,
+                                                                    const ForegroundHistogramParameters* parameters,
+                                                                    ForegroundHistogramState** state);
+/** tells foreground from background */
+VEKCV_API Status VEKCV_CALL vekiForegroundHistogram_8u_C1R(const uint8_t* source, int32_t sourceStep,
+                                                           uint8_t* foreground, int32_t foregroundStep, RoiSize roiSize,
+                                                           ForegroundHistogramState* state);
+VEKCV_API Status VEKCV_CALL vekiForegroundHistogram_8u_C3R(const uint8_t* source, int32_t sourceStep,
+                                                           uint8_t* foreground, int32_t foregroundStep, RoiSize roiSize,
+                                                           ForegroundHistogramState* state);
+/** learns a frame */
+VEKCV_API Status VEKCV_CALL vekiForegroundHistogramUpdate_8u_C1R(const uint8_t* source, int32_t sourceStep,
+                                                                 const uint8_t* foreground, int32_t foregroundStep,
+                                                                 uint8_t* background, int32_t backgroundStep,
+                                                                 RoiSize roiSize, ForegroundHistogramState* state);
+VEKCV_API Status VEKCV_CALL vekiForegroundHistogramUpdate_8u_C3R(const uint8_t* source, int32_t sourceStep,
+                                                                 const uint8_t* foreground, int32_t foregroundStep,
+                                                                 uint8_t* background, int32_t backgroundStep,
+                                                                 RoiSize roiSize, ForegroundHistogramState* state);
+/** releases a model */
+VEKCV_API Status VEKCV_CALL vekiForegroundHistogramFree_8u_C1R(ForegroundHistogramState* state);
+VEKCV_API Status VEKCV_CALL vekiForegroundHistogramFree_8u_C3R(ForegroundHistogramState* state);
+/** @} */
+
+/* ------------------------------------------------------------------------------------------------------------------ */
+/**
  * @defgroup Undistort Undistortion
  * Images as a camera with a lens without distortion would have taken them. Pixel (x, y) of the result is the source at
  *
