@@ -3893,6 +3893,110 @@ VEKCV_API Status VEKCV_CALL vekiForegroundHistogramFree_8u_C3R(ForegroundHistogr
 
 /* ------------------------------------------------------------------------------------------------------------------ */
 /**
+ * @defgroup OpticalFlowPyrLK Optical flow
+ * Points followed from one image to the next, by windows around them: B. D. Lucas and T. Kanade, "An iterative image
+ * registration technique with an application to stereo vision" (1981), on pyramids as J.-Y. Bouguet describes,
+ * "Pyramidal implementation of the Lucas Kanade feature tracker" (2001).
+ *
+ * The records tell the images of both pyramids, their sizes and their steps. Used are the levels from 0 to the least of
+ * maxLevel and the two levelCounts; of others nothing counts, and their images may be null. A place on level k is the
+ * place on level 0 times levelScales[k] of `previous`, rounded to float; the scales of `next` are not used. A point
+ * begins at nextPoints, in pixels of level 0, which is its own place where nothing better is known. Then, from the
+ * coarsest level down, P being its place in the previous image, Q the present one in the next image, and sums those
+ * over the windowSize^2 pixels d of a window, with r = windowSize / 2 and d from (-r, -r) to (r, r):
+ *
+ *     I(d) = previous at P + d          Ix(d) = (I(dx + 1, dy) - I(dx - 1, dy)) / 2
+ *     J(d) = next at Q + d              Iy(d) = (I(dx, dy + 1) - I(dx, dy - 1)) / 2
+ *     xx = sum of Ix Ix,  xy = sum of Ix Iy,  yy = sum of Iy Iy,  D = xx yy - xy xy
+ *     bx = sum of (I - J) Ix,  by = sum of (I - J) Iy
+ *     Q += ((yy bx - xy by) / D, (xx by - xy bx) / D)
+ *
+ * The last two lines are repeated until such a step, which is made, is shorter than threshold in pixels of the level,
+ * or not a number, but maxIterations times at most; with a threshold of 0 always so many times. Samples between pixels
+ * are interpolated, first along the two rows, then between them, as a + f (b - a); pixels outside of the image are like
+ * the nearest ones in it. Places that are infinite or not numbers are allowed.
+ *
+ * A window is weak where the smaller eigenvalue (xx + yy - sqrt((xx - yy)^2 + 4 xy^2)) / 2, per pixel of the window and
+ * with pixels divided by the range of their type (255, 65535, 1), is below 0.000001, or where D is not above 0. On a
+ * level above 0 that level is skipped; on level 0 the point is lost and has the place from the levels above. A point is
+ * lost, too, whose final place is outside, that is x < 0, y < 0, x > width - 1, y > height - 1 or not a number; it is
+ * not moved into the image. The error of other points is the mean of |I - J| at their final place on level 0.
+ *
+ * All is computed in float, in the order that is written here, and each result rounded. A sum is made of sixteen
+ * running sums: column x of the window, counted from 0 at the left, is added to that of x mod 16, column after column,
+ * each from its top; sum k and sum k + 8 are added then, of these k and k + 4, and so on. So the results are the same
+ * in all variants. Since the range of 32f images is 1, their windows are seldom weak where pixels are larger.
+ *
+ * A state holds memory for windows of one size, for as many threads as are configured when it is made; a later change
+ * of their number is harmless. It is one block of memory, released by the Free function, and serves any number of
+ * images up to its size, one call at a time. Nothing else is allocated.
+ *
+ * @param state            result of InitAlloc: the state; else the state
+ * @param roiSize          greatest width and height of level 0, at least 1 x 1
+ * @param windowSize       width and height of windows in pixels of each level: odd, 3 to 63; else that of the state
+ * @param previous, next   records of the pyramids of the two images
+ * @param previousPoints   places of the points in the previous image
+ * @param nextPoints       first guesses of their places in the next image, which become the places; may be the same
+ *                         array as previousPoints
+ * @param found            receives 1, or 0 for a point that is lost
+ * @param error            receives the error in pixel values, 0 for a point that is lost
+ * @param pointCount       number of points, at least 1
+ * @param maxLevel         greatest level to use, at least 0
+ * @param maxIterations    greatest number of steps on each level, at least 1
+ * @param threshold        length of a step in pixels, at least 0
+ *
+ * @retval StatusOk                 all points were treated, or the state was made or released
+ * @retval StatusNullPointer        a pointer is null, an array of a record is, or the image of a level in use, which is
+ *                                  level 0 where maxLevel is below 0
+ * @retval StatusSizeError          of InitAlloc: width or height is below 1, or windowSize is even or not from 3 to 63.
+ *                                  Else, in this order: pointCount is below 1, windowSize is not that of the state,
+ *                                  maxIterations is below 1; a level in use has other sizes in the two records, or
+ *                                  one below 1, or level 0 is larger than the state serves
+ * @retval StatusStepError          a step of a level in use is smaller than a row
+ * @retval StatusStepNotMultiple    a step of a level in use is not a multiple of 2 (16u) or 4 (32f)
+ * @retval StatusBadArgument        maxLevel is below 0, threshold is below 0 or not a number, or the state is that of
+ *                                  another type
+ * @retval StatusMemoryAllocation   there is no memory for the state, and *state is as it was
+ *
+ * The floating-point modes of the calling thread have no effect. Windows of 16384 pixels together and more are shared
+ * among the threads, pointCount * windowSize^2 being their number; a thread takes a few points at a time, and there are
+ * at most as many threads as the state was made for.
+ * @{
+ */
+/** Memory for the functions below. */
+typedef struct OpticalFlowState OpticalFlowState;
+
+/** makes a state */
+VEKCV_API Status VEKCV_CALL vekiOpticalFlowPyrLKInitAlloc_8u_C1R(OpticalFlowState** state, RoiSize roiSize,
+                                                                 int32_t windowSize);
+VEKCV_API Status VEKCV_CALL vekiOpticalFlowPyrLKInitAlloc_16u_C1R(OpticalFlowState** state, RoiSize roiSize,
+                                                                  int32_t windowSize);
+VEKCV_API Status VEKCV_CALL vekiOpticalFlowPyrLKInitAlloc_32f_C1R(OpticalFlowState** state, RoiSize roiSize,
+                                                                  int32_t windowSize);
+/** follows points from one image to the next */
+VEKCV_API Status VEKCV_CALL vekiOpticalFlowPyrLK_8u_C1R(const Pyramid* previous, const Pyramid* next,
+                                                        const ImagePoint32f* previousPoints, ImagePoint32f* nextPoints,
+                                                        int8_t* found, float* error, int32_t pointCount,
+                                                        int32_t windowSize, int32_t maxLevel, int32_t maxIterations,
+                                                        float threshold, OpticalFlowState* state);
+VEKCV_API Status VEKCV_CALL vekiOpticalFlowPyrLK_16u_C1R(const Pyramid* previous, const Pyramid* next,
+                                                         const ImagePoint32f* previousPoints, ImagePoint32f* nextPoints,
+                                                         int8_t* found, float* error, int32_t pointCount,
+                                                         int32_t windowSize, int32_t maxLevel, int32_t maxIterations,
+                                                         float threshold, OpticalFlowState* state);
+VEKCV_API Status VEKCV_CALL vekiOpticalFlowPyrLK_32f_C1R(const Pyramid* previous, const Pyramid* next,
+                                                         const ImagePoint32f* previousPoints, ImagePoint32f* nextPoints,
+                                                         int8_t* found, float* error, int32_t pointCount,
+                                                         int32_t windowSize, int32_t maxLevel, int32_t maxIterations,
+                                                         float threshold, OpticalFlowState* state);
+/** releases a state */
+VEKCV_API Status VEKCV_CALL vekiOpticalFlowPyrLKFree_8u_C1R(OpticalFlowState* state);
+VEKCV_API Status VEKCV_CALL vekiOpticalFlowPyrLKFree_16u_C1R(OpticalFlowState* state);
+VEKCV_API Status VEKCV_CALL vekiOpticalFlowPyrLKFree_32f_C1R(OpticalFlowState* state);
+/** @} */
+
+/* ------------------------------------------------------------------------------------------------------------------ */
+/**
  * @defgroup Undistort Undistortion
  * Images as a camera with a lens without distortion would have taken them. Pixel (x, y) of the result is the source at
  *

@@ -3,6 +3,7 @@
 #include <cmath>
 
 #include "call.h"
+#include "flow_pyramid.h"
 #include "pyramid_sizes.h"
 #include "state.h"
 
@@ -49,7 +50,9 @@ class PyramidOfCall : public State {
     RoiSize base_;
 };
 
-const StateType record("Pyramid", [](Input& input, const Export&) -> std::unique_ptr<State> {
+const StateType record("Pyramid", [](Input& input, const Export& target) -> std::unique_ptr<State> {
+    if (target.has("previousPoints"))
+        return drawFlowPyramid(input);
     return std::make_unique<PyramidOfCall>(input);
 });
 

@@ -1,6 +1,8 @@
 // Rules that all exports with images follow, whatever they compute.
 #include <gtest/gtest.h>
 
+#include <algorithm>
+
 #include "export_call.h"
 #include "standin.h"
 #include "thread_count.h"
@@ -10,6 +12,15 @@ namespace {
 
 using exports::Address;
 using exports::ExportCall;
+
+// The interface: all operations, and the query of the version, which gives no status.
+TEST(Exports, AreComplete) {
+    const std::vector<fuzz::Export>& all = fuzz::exports();
+    EXPECT_EQ(621u, all.size());
+    EXPECT_EQ(620, std::ranges::count_if(all, [](const fuzz::Export& target) {
+                  return target.name.starts_with("veki") && target.call != nullptr;
+              }));
+}
 
 // Images and work buffers may begin at any address; the tests of the families compare images that are aligned.
 TEST(Exports, NeedNoAlignment) {
