@@ -19,6 +19,7 @@ SECONDS ?= 60
 WARNINGS_AS_ERRORS ?= OFF
 # Without the tests, which need GoogleTest.
 OPTIONS := -DVEKCV_WARNINGS_AS_ERRORS=$(WARNINGS_AS_ERRORS) -DVEKCV_BUILD_TESTS=OFF
+DEMO_PROGRAMS := vek make_bent make_frames make_scene make_scratches make_small_frames
 CASCADE := /usr/share/opencv4/haarcascades/haarcascade_frontalface_alt.xml
 SOURCES = $(shell git ls-files '*.h' '*.cpp' '*.c')
 
@@ -61,7 +62,7 @@ valgrind:
 
 demo:
 	@cmake/packages.sh build demo
-	@cmake --preset x86_64 $(OPTIONS) >/dev/null && cmake --build --preset x86_64 --target vek make_frames make_scratches
+	@cmake --preset x86_64 $(OPTIONS) >/dev/null && cmake --build --preset x86_64 --target $(DEMO_PROGRAMS)
 	@tools/demo/run.sh build/x86_64
 
 bench:
@@ -80,9 +81,12 @@ docs:
 	@VEKCV_VERSION=$$(sed -n 's/^project(vekcv VERSION \([0-9.]*\).*/\1/p' CMakeLists.txt) doxygen docs/Doxyfile
 	@docs/finish.sh build/docs/html
 
+# A part of the photograph of examples/pictures/camera.png, and straight lines.
+DETAIL := crop=120:120:190:70,scale=240:240:flags=neighbor
+GRID := color=white:s=480x360,drawgrid=w=40:h=40:t=3:c=black
 pictures:
 	@cmake/packages.sh build demo
-	@cmake --preset x86_64 $(OPTIONS) >/dev/null && cmake --build --preset x86_64 --target vek make_scratches
+	@cmake --preset x86_64 $(OPTIONS) >/dev/null && cmake --build --preset x86_64 --target $(DEMO_PROGRAMS)
 	@build/x86_64/vek filter sobel-neg-vert examples/pictures/camera.png docs/pictures/derivative.jpg
 	@build/x86_64/vek localcontrast examples/pictures/camera.png docs/pictures/local-contrast.jpg --window 5
 	@build/x86_64/vek edges examples/pictures/camera.png docs/pictures/edges.png --low 100 --high 250
@@ -95,6 +99,22 @@ pictures:
 	@build/x86_64/tools/make_scratches examples/pictures/astronaut.png docs/pictures/scratched.jpg build/scratches.png
 	@build/x86_64/tools/make_scratches examples/pictures/astronaut.png build/scratched.png build/scratches.png
 	@build/x86_64/vek inpaint build/scratched.png build/scratches.png docs/pictures/restored.jpg
+	@rm -rf build/pictures && mkdir -p $(addprefix build/pictures/,still moving masks trails small)
+	@build/x86_64/tools/make_scene examples/pictures/camera.png examples/pictures/chelsea.png build/pictures/still 30 0
+	@build/x86_64/tools/make_scene examples/pictures/camera.png examples/pictures/chelsea.png build/pictures/moving 30 3
+	@build/x86_64/vek foreground build/pictures/still/*.png -o build/pictures/masks/%02d.png
+	@build/x86_64/vek track build/pictures/moving/*.png -o build/pictures/trails/%02d.jpg
+	@cp build/pictures/masks/15.png docs/pictures/foreground.png
+	@cp build/pictures/trails/18.jpg docs/pictures/trails.jpg
+	@ffmpeg -nostdin -v error -y -i build/pictures/still/frame-15.png -q:v 3 docs/pictures/frame.jpg
+	@build/x86_64/tools/make_small_frames examples/pictures/camera.png build/pictures/small 16
+	@build/x86_64/vek superres build/pictures/small/*.png -o build/pictures/large.png
+	@ffmpeg -nostdin -v error -y -i build/pictures/large.png -vf $(DETAIL) docs/pictures/super-resolution.png
+	@ffmpeg -nostdin -v error -y -i build/pictures/small/frame-01.png -vf scale=2*iw:-1:flags=bicubic,$(DETAIL) \
+	    docs/pictures/enlarged.png
+	@ffmpeg -nostdin -v error -y -f lavfi -i $(GRID) -frames:v 1 -pix_fmt gray build/pictures/grid.png
+	@build/x86_64/tools/make_bent build/pictures/grid.png docs/pictures/bent.png
+	@build/x86_64/vek undistort docs/pictures/bent.png docs/pictures/straightened.png --focal 400,400 --radial -0.25,0.05
 
 fuzz:
 	@cmake/packages.sh build clang

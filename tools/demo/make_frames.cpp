@@ -2,11 +2,10 @@
 // moves across it. The same frames on every machine. Usage: make_frames PICTURE FOLDER COUNT,
 // of 1 to 99 frames.
 #include <algorithm>
-#include <charconv>
 #include <cstdio>
 #include <random>
-#include <string_view>
 
+#include "numbered_frames.h"
 #include "picture_file.h"
 
 namespace {
@@ -37,19 +36,13 @@ int main(int argc, char** argv) try {
         std::fprintf(stderr, "usage: make_frames PICTURE FOLDER COUNT\n");
         return 2;
     }
-    const std::string_view digits = argv[3];
-    int count = 0;
-    const auto [end, error] = std::from_chars(digits.begin(), digits.end(), count);
-    if (error != std::errc() || end != digits.end() || count < 1 || count > 99)  // names have two digits
-        throw Failure(argv[3], "is not a number of frames from 1 to 99");
+    const int count = frameCount(argv[3]);
     const Picture photograph = readPicture(argv[1]);
     if (photograph.width <= kWidth || photograph.height <= kHeight || photograph.bits != 8)
         throw Failure(argv[1], "is too small, or has not 8 bits");
     std::mt19937 random(1);
-    for (int i = 0; i < count; ++i) {
-        const std::string number = std::to_string(101 + i).substr(1);
-        writePicture(std::string(argv[2]) + "/frame-" + number + ".png", makeFrame(photograph, i, count, random));
-    }
+    for (int i = 0; i < count; ++i)
+        writePicture(frameName(argv[2], i), makeFrame(photograph, i, count, random));
     return 0;
 } catch (const std::exception& error) {
     std::fprintf(stderr, "make_frames: %s\n", error.what());

@@ -1,12 +1,12 @@
 #!/usr/bin/env bash
 # Shows the operations of the tool on photographs, as a page of pictures: build/demo/index.html.
-# Usage: run.sh BUILD_FOLDER. Every entry of the page is one call of `show`, `print` or `strip` below.
+# Usage: run.sh BUILD_FOLDER. Every entry of the page is one call of `show`, `print`, `strip` or `figures` below.
 set -euo pipefail
 build=$(realpath "$1")
 source=$(realpath "$(dirname "$0")/../..")
 demo=$source/build/demo
 rm -rf "$demo"
-mkdir -p "$demo/filters" "$demo/frames" "$demo/motion"
+mkdir -p "$demo"/{filters,frames,motion,still,moving,masks,histogram,trails,small}
 cd "$demo"
 cp "$source"/examples/pictures/*.png .
 cascades=/usr/share/opencv4/haarcascades  # of Debian's package opencv-data
@@ -69,9 +69,26 @@ strip() {
     printf '</div>\n<code>vek filter NAME %s OUT</code>\n</article>\n' "$picture"
 }
 
+# figures TITLE PICTURE...: shows pictures with their names.
+figures() {
+    local title=$1 picture
+    shift
+    printf '<article>\n<h3>%s</h3>\n<div class="pictures">\n' "$(escape "$title")"
+    for picture in "$@"; do
+        printf '<figure><img src="%s" alt="%s"><figcaption>%s</figcaption></figure>\n' "$picture" "$picture" "$picture"
+    done
+    printf '</div>\n</article>\n'
+}
+
 # Inputs that are made from the photographs.
 "$build/tools/make_frames" camera.png frames 12
 "$build/tools/make_scratches" astronaut.png scratched.png scratches.png
+"$build/tools/make_scene" camera.png chelsea.png still 30 0
+"$build/tools/make_scene" camera.png chelsea.png moving 30 3
+"$build/tools/make_small_frames" camera.png small 16
+convert_media -f lavfi -i 'color=white:s=480x360,drawgrid=w=40:h=40:t=3:c=black' -frames:v 1 -pix_fmt gray grid.png
+"$build/tools/make_bent" grid.png grid-bent.png
+"$build/tools/make_bent" coffee.png coffee-bent.png
 convert_media -i chelsea.png -vf 'crop=iw-2:ih-1:2:1,pad=iw+2:ih+1' shifted.png
 convert_media -i text.png -pix_fmt gray16be text16.png
 convert_media -i text16.png -vf 'gblur=sigma=12' -pix_fmt gray16be blurred16.png
@@ -129,6 +146,23 @@ twelve shaking, noisy frames; the average forgets it and smooths the noise.'
     show 'Frames 3, 6, 9 and 12 of twelve' 'frames/frame-03.png frames/frame-06.png' \
         'motion/03.png motion/06.png motion/09.png motion/12.png' \
         motion 'frames/*.png' -o motion/%02d.png --alpha 0.1
+
+    section 'Foreground' 'What does not belong to a background that is learned: a disc with the face of a cat crosses a
+noisy scene in thirty frames.'
+    show 'By Gaussian distributions: frames 8, 15 and 22, and the background learned' \
+        'still/frame-08.png still/frame-15.png still/frame-22.png' \
+        'masks/08.png masks/15.png masks/22.png learned.png' \
+        foreground 'still/*.png' -o masks/%02d.png --background learned.png
+    show 'By histograms, in colour' \
+        'still/frame-08.png still/frame-15.png still/frame-22.png' \
+        'histogram/08.png histogram/15.png histogram/22.png learned-histogram.png' \
+        foreground 'still/*.png' -o histogram/%02d.png --background learned-histogram.png --model histogram
+
+    section 'Tracks' 'Corners followed by optical flow: the camera moves to the right, and the disc against that.'
+    show 'Frames 2, 12 and 22 of thirty, with the trails of corners' \
+        'moving/frame-02.png moving/frame-12.png moving/frame-22.png' \
+        'trails/02.png trails/12.png trails/22.png' \
+        track 'moving/*.png' -o trails/%02d.png
 
     section 'Statistics' 'Mean, standard deviation, minimum and maximum of every channel, and where these occur first.'
     print 'Photographs in grey and in colour, and text with 16 bits' \
@@ -216,6 +250,23 @@ light yellow at the largest distance.'
         inpaint scratched.png scratches.png restored-1.png --method 1
     show 'What is left of the difference from the photograph' 'astronaut.png restored.png' restored-difference.png \
         diff astronaut.png restored.png restored-difference.png
+
+    section 'Lenses' 'Lines that a lens bends become straight.'
+    show 'A grid' grid-bent.png grid-straight.png \
+        undistort grid-bent.png grid-straight.png --focal 400,400 --radial -0.25,0.05
+    show 'A photograph' coffee-bent.png coffee-straight.png \
+        undistort coffee-bent.png coffee-straight.png --focal 400,400 --radial -0.25,0.05
+
+    section 'Super-resolution' 'One picture of twice the width and height from small, noisy frames that are each moved by
+another fraction of a pixel; the tool finds out how. The ratio of signal to noise is that against the photograph, whose
+small copies the frames are. Below, a part of the first frame enlarged, of the result, and of the photograph.'
+    show 'Sixteen frames of 256 x 256 pixels' 'small/frame-01.png small/frame-02.png small/frame-16.png' large.png \
+        superres 'small/*.png' -o large.png --reference camera.png
+    detail='crop=120:120:190:70,scale=480:480:flags=neighbor'
+    convert_media -i small/frame-01.png -vf "scale=2*iw:-1:flags=bicubic,$detail" detail-enlarged.png
+    convert_media -i large.png -vf "$detail" detail-large.png
+    convert_media -i camera.png -vf "$detail" detail-camera.png
+    figures 'A part of it' detail-enlarged.png detail-large.png detail-camera.png
 
     section 'Objects' 'What a trained cascade of Haar-like features finds: x, y, width and height, and a box in the picture.'
     show 'A face' astronaut.png faces.png detect "$cascades/haarcascade_frontalface_alt.xml" astronaut.png -o faces.png

@@ -147,3 +147,12 @@ std::unique_ptr<Frames> openFrames(const std::vector<std::string>& paths, bool c
         return std::make_unique<Video>(paths[0], color);
     return std::make_unique<PictureFiles>(paths);
 }
+
+Picture firstOf(Frames& frames, const std::vector<std::string>& paths) {
+    std::optional<Picture> first = frames.next();
+    if (!first)
+        throw Failure(paths[0], "has no frames");
+    if (first->width > INT32_MAX / 4 / first->channels)
+        throw Failure(paths[0], "is too wide");
+    return std::move(*first);
+}

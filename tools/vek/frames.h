@@ -26,3 +26,9 @@ class Frames {
 
 /** Frames from picture files, or from one video file, which ffmpeg decodes: in grey or, with `color`, in colour. */
 std::unique_ptr<Frames> openFrames(const std::vector<std::string>& paths, bool color);
+
+/**
+ * The frame that nothing can be done without. Throws Failure where there is none, and where it is too wide for tables
+ * of four bytes for each channel of a pixel. The paths are for the message.
+ */
+Picture firstOf(Frames& frames, const std::vector<std::string>& paths);

@@ -17,3 +17,13 @@ inline Picture inGrey(Picture picture) {
     }
     return result;
 }
+
+/** A picture of 8 bits in colour; each channel of what is grey has the same value. */
+inline Picture inColor(Picture picture) {
+    if (picture.channels == 3)
+        return picture;
+    Picture result(picture.width, picture.height, 3, 8);
+    for (size_t i = 0; i < result.bytes.size(); ++i)
+        result.bytes[i] = picture.bytes[i / 3];
+    return result;
+}

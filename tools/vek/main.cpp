@@ -26,7 +26,7 @@ void printTimes() {
 
 int main(int argc, char** argv) {
     CLI::App app(
-        "Computer-vision operations on picture files (PNG, JPEG), background and motion also on videos (by ffmpeg).",
+        "Computer-vision operations on picture files (PNG, JPEG), those on sequences also on videos (by ffmpeg).",
         "vek");
     app.require_subcommand(1);
     app.fallthrough();
@@ -43,6 +43,9 @@ int main(int argc, char** argv) {
     addDiff(app);
     addBackground(app);
     addMotion(app);
+    addForeground(app);
+    addTrack(app);
+    addSuperres(app);
     addStats(app);
     addLocalContrast(app);
     addFilter(app);
@@ -51,6 +54,7 @@ int main(int argc, char** argv) {
     addFillHoles(app);
     addEdges(app);
     addDistance(app);
+    addUndistort(app);
     addInpaint(app);
     addFill(app);
     addLabel(app);

@@ -10,6 +10,12 @@ inline void addGreyInput(CLI::App& command, std::string& path, const std::string
     command.add_option(name, path, "An 8-bit picture; colour is taken as grey, .299 R + .587 G + .114 B")->required();
 }
 
+/** Frames of a sequence, for openFrames. */
+inline void addFrames(CLI::App& command, std::vector<std::string>& paths, bool& color) {
+    command.add_option("FRAME", paths, "Pictures of the same kind, or one video file")->required();
+    command.add_flag("--color", color, "Take a video's frames in colour rather than in grey");
+}
+
 /** A check of an option that takes a number; CLI::Range would let one pass that is no number. */
 inline auto numberFrom(double least, double largest) {
     return [=](const std::string& text) -> std::string {

@@ -65,10 +65,14 @@ Picture readPicture(const std::string& path) {
     throw Failure(path, "is not a PNG or JPEG picture");
 }
 
-Picture readEightBit(const std::string& path, const std::string& purpose) {
-    Picture picture = readPicture(path);
+void checkEightBit(const std::string& path, const Picture& picture, const std::string& purpose) {
     if (picture.bits != 8)
         throw Failure(path, "is " + picture.shape() + "; " + purpose + " 8-bit pictures");
+}
+
+Picture readEightBit(const std::string& path, const std::string& purpose) {
+    Picture picture = readPicture(path);
+    checkEightBit(path, picture, purpose);
     return picture;
 }
 

@@ -11,7 +11,11 @@ bool isPictureFile(const std::string& path);
  */
 Picture readPicture(const std::string& path);
 
-/** The same for what needs a picture of 8 bits; how this is said begins with `purpose`, as in "edges are those of". */
+/** Throws Failure for a picture of 16 bits; what it is said to be good for begins with `purpose`, "edges are those of".
+ */
+void checkEightBit(const std::string& path, const Picture& picture, const std::string& purpose);
+
+/** Reads a file that must hold a picture of 8 bits. */
 Picture readEightBit(const std::string& path, const std::string& purpose);
 
 /** Throws Failure where a picture has not the shape of another; the paths are for the message. */

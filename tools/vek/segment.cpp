@@ -104,12 +104,11 @@ Picture withBoundaries(const Picture& picture, Picture labels) {
     constexpr uint16_t kBoundary = UINT16_MAX;
     callLibrary("vekiBoundSegments_16u_C1IR", vekiBoundSegments_16u_C1IR, labels.pixels<uint16_t>(), labels.step(),
                 labels.size(), kBoundary, int32_t{NormL1});
-    Picture result(picture.width, picture.height, 3, 8);
-    const uint8_t* from = picture.pixels<uint8_t>();
+    Picture result = inColor(picture);
     const uint16_t* label = labels.pixels<uint16_t>();
-    for (auto to = result.bytes.begin(); to != result.bytes.end(); from += picture.channels, ++label)
-        for (size_t channel = 0; channel < kGreen.size(); ++channel)
-            *to++ = *label == kBoundary ? kGreen[channel] : from[picture.channels == 1 ? 0 : channel];
+    for (auto to = result.bytes.begin(); to != result.bytes.end(); to += kGreen.size())
+        if (*label++ == kBoundary)
+            std::ranges::copy(kGreen, to);
     return result;
 }
 

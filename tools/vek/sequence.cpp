@@ -7,6 +7,8 @@
 #include "difference.h"
 #include "frames.h"
 #include "mask.h"
+#include "numbered_name.h"
+#include "options.h"
 #include "picture_file.h"
 
 namespace {
@@ -84,55 +86,19 @@ class Background {
     float alpha_;
 };
 
-Picture firstFrame(Frames& frames, const Options& options) {
-    std::optional<Picture> first = frames.next();
-    if (!first)
-        throw Failure(options.frames[0], "has no frames");
-    // The rows of the average are four bytes for each channel of a pixel.
-    if (first->width > INT32_MAX / 4 / first->channels)
-        throw Failure(options.frames[0], "is too wide");
-    return std::move(*first);
-}
-
 void background(const Options& options) {
     checkPictureName(options.output);
     const std::unique_ptr<Frames> frames = openFrames(options.frames, options.color);
-    Background average(firstFrame(*frames, options), options.mask, options.alpha);
+    Background average(firstOf(*frames, options.frames), options.mask, options.alpha);
     while (const std::optional<Picture> frame = frames->next())
         average.add(*frame);
     writePicture(options.output, average.picture());
 }
 
-/** Names of pictures from a pattern with one %d or %03d. */
-class NumberedName {
-  public:
-    explicit NumberedName(const std::string& pattern) {
-        const size_t percent = pattern.find('%');
-        const size_t letter = pattern.find_first_not_of("0123456789", percent == std::string::npos ? 0 : percent + 1);
-        if (percent == std::string::npos || letter == std::string::npos || pattern[letter] != 'd' ||
-            letter > percent + 3 || pattern.find('%', letter) != std::string::npos)
-            throw UsageError(pattern, "the name needs one %d for the number of the frame, as in motion-%03d.png");
-        before_ = pattern.substr(0, percent);
-        after_ = pattern.substr(letter + 1);
-        const std::string width = pattern.substr(percent + 1, letter - percent - 1);
-        width_ = width.empty() ? 1 : std::stoul(width);
-    }
-
-    std::string operator()(int number) const {
-        const std::string digits = std::to_string(number);
-        return before_ + std::string(width_ > digits.size() ? width_ - digits.size() : 0, '0') + digits + after_;
-    }
-
-  private:
-    std::string before_, after_;
-    size_t width_ = 1;
-};
-
 void motion(const Options& options) {
-    checkPictureName(options.output);
     const NumberedName name(options.output);
     const std::unique_ptr<Frames> frames = openFrames(options.frames, options.color);
-    Background average(firstFrame(*frames, options), options.mask, options.alpha);
+    Background average(firstOf(*frames, options.frames), options.mask, options.alpha);
     for (int number = 2; const std::optional<Picture> frame = frames->next(); ++number) {
         writePicture(name(number), absoluteDifference(*frame, average.picture()));
         average.add(*frame);
@@ -142,7 +108,7 @@ void motion(const Options& options) {
 CLI::App* addSequence(CLI::App& app, const std::string& name, const std::string& description,
                       const std::string& outputDescription, const std::shared_ptr<Options>& options) {
     CLI::App* const command = app.add_subcommand(name, description);
-    command->add_option("FRAME", options->frames, "Pictures of the same kind, or one video file")->required();
+    addFrames(*command, options->frames, options->color);
     command->add_option("-o,--output", options->output, outputDescription)->required();
     command->add_option("--alpha", options->alpha, "Weight of each new frame; 0.1 averages over about ten of them")
         ->required()
@@ -150,7 +116,6 @@ CLI::App* addSequence(CLI::App& app, const std::string& name, const std::string&
             return std::isfinite(std::strtof(text.c_str(), nullptr)) ? "" : std::string("is not a finite number");
         });
     command->add_option("--mask", options->mask, "Grey picture; where it is 0 the background stays the first frame");
-    command->add_flag("--color", options->color, "Take a video's frames in colour rather than in grey");
     return command;
 }
 
