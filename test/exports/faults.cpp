@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <climits>
-#include <utility>
 
 #include "export_call.h"
 #include "fuzz/preconditions.h"
@@ -107,10 +106,12 @@ class Faults {
 
     template <typename Visit>
     void forEachStep(Visit visit) const {
-        bool isFirst = true;
         for (size_t i = 0; i < valid_.size(); ++i)
-            if (target_.isStep(i) && (std::exchange(isFirst, false) || family_.steps != Steps::kFirstOnly))
+            if (target_.isStep(i)) {
                 visit(i, valid_[i].as<int32_t>(), int32_t(bytesOf(target_.parameters[i - 1].element)));
+                if (fuzz::findPrecondition(target_)->checksFirstStepOnly)
+                    return;
+            }
     }
 
     const Export& target_;

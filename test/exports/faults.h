@@ -32,9 +32,9 @@ inline constexpr void* kNull = nullptr;
 
 /**
  * Whether the steps of a family must be multiples of the element; or need only be positive, which is checked ahead of
- * the sizes; or only the first one is checked.
+ * the sizes.
  */
-enum class Steps { kMultiples, kAny, kPositive, kFirstOnly };
+enum class Steps { kMultiples, kAny, kPositive };
 
 /**
  * The faults of a family beyond those that follow from the declarations, in the order in which they are found. A rule

@@ -14,7 +14,7 @@ namespace {
 using motion::Bytes;
 
 template <typename Record, int32_t kCount, auto kInit, auto kRelease, auto kProcess>
-struct MixtureForm : motion::Form<kCount, kInit, kRelease> {
+struct MixtureForm : motion::Form<kCount, ForegroundGaussianParameters, ForegroundGaussianState, kInit, kRelease> {
     using Component = Record;
     static constexpr auto kCall = kProcess;
 };
@@ -109,8 +109,7 @@ struct Mixture {
 template <typename Form>
 class Pair {
   public:
-    explicit Pair(const Bytes& first)
-        : model(motion::modelOf<Form, ForegroundGaussianParameters, ForegroundGaussianState>(first)) {
+    explicit Pair(const Bytes& first) : model(motion::modelOf<Form>(first)) {
         for (int y = 0; y < first.roi().height; ++y)
             for (int x = 0; x < first.roi().width; ++x)
                 mixtures_.emplace_back(&first.at(x * Form::kChannels, y));
@@ -143,7 +142,7 @@ class Pair {
                     << "pixel " << x << ", " << y;
     }
 
-    decltype(motion::modelOf<Form, ForegroundGaussianParameters, ForegroundGaussianState>(Bytes({1, 1}))) model;
+    typename Form::Model model;
 
   private:
     Mixture<Form>& mixtureAt(int x, int y) { return mixtures_[size_t(y * model->foregroundStep + x)]; }
@@ -209,29 +208,24 @@ TYPED_TEST(ForegroundGaussian, UsesTheSettingsOfTheModel) {
 
 TYPED_TEST(ForegroundGaussian, DoesNotDependOnTheModesOfTheCaller) {
     const RoiSize roi{9, 2};
+    Random random(3);
+    std::vector<Bytes> frames;
+    for (int frame = 0; frame < 6; ++frame)
+        frames.push_back(frameOf<TypeParam>(roi, {}, random));
+    const auto settings = motion::modelOf<TypeParam>(frames[0]);
+    std::vector<Mixture<TypeParam>> expected;
+    for (int y = 0; y < roi.height; ++y)
+        for (int x = 0; x < roi.width; ++x) {
+            expected.emplace_back(&frames[0].at(x * TypeParam::kChannels, y));
+            for (const Bytes& frame : frames)
+                expected.back().learn(&frame.at(x * TypeParam::kChannels, y), *settings, false);
+        }
     forCallerModes([&] {
-        Random random(3);
-        std::vector<Bytes> frames;
-        for (int frame = 0; frame < 6; ++frame)
-            frames.push_back(frameOf<TypeParam>(roi, {}, random));
-        const auto model = motion::modelOf<TypeParam, ForegroundGaussianParameters, ForegroundGaussianState>(frames[0]);
+        const auto model = motion::modelOf<TypeParam>(frames[0]);
         Bytes background(roi, {}, TypeParam::kChannels), foreground(roi);
         for (const Bytes& frame : frames)
             TypeParam::kCall(frame.data(), frame.step(), background.data(), background.step(), foreground.data(),
                              foreground.step(), roi, model.get());
-        const int rounding = std::fegetround();
-        const unsigned modes = _mm_getcsr();
-        std::fesetenv(FE_DFL_ENV);
-        std::vector<Mixture<TypeParam>> expected;
-        for (int y = 0; y < roi.height; ++y)
-            for (int x = 0; x < roi.width; ++x) {
-                Mixture<TypeParam> mixture(&frames[0].at(x * TypeParam::kChannels, y));
-                for (const Bytes& frame : frames)
-                    mixture.learn(&frame.at(x * TypeParam::kChannels, y), *model, false);
-                expected.push_back(mixture);
-            }
-        std::fesetround(rounding);
-        _mm_setcsr(modes);
         for (size_t i = 0; i < expected.size(); ++i)
             EXPECT_EQ(0, std::memcmp(model->pixelModels[i], expected[i].components, sizeof expected[i].components));
     });
@@ -248,8 +242,7 @@ TYPED_TEST(ForegroundGaussian, FindsWhatMovesBeforeAConstantScene) {
             },
             TypeParam::kChannels);
     };
-    const auto model =
-        motion::modelOf<TypeParam, ForegroundGaussianParameters, ForegroundGaussianState>(sceneWith(1000));
+    const auto model = motion::modelOf<TypeParam>(sceneWith(1000));
     for (int frame = 0; frame < 60; ++frame) {
         const int left = frame < 25 ? 1000 : frame - 25;
         const Bytes source = sceneWith(left);
@@ -268,7 +261,7 @@ TYPED_TEST(ForegroundGaussian, BeginsWithTheFirstFrame) {
     const RoiSize roi{5, 3};
     Random random(4);
     const Bytes first = frameOf<TypeParam>(roi, {Layout::kBeforeGuard, 0, 3}, random);
-    const auto model = motion::modelOf<TypeParam, ForegroundGaussianParameters, ForegroundGaussianState>(first);
+    const auto model = motion::modelOf<TypeParam>(first);
     EXPECT_EQ(kCount, model->componentCount);
     EXPECT_EQ(0.7, model->backgroundRatio);
     EXPECT_EQ(2.5, model->matchDeviations);
@@ -287,15 +280,13 @@ TYPED_TEST(ForegroundGaussian, BeginsWithTheFirstFrame) {
 }
 
 TYPED_TEST(ForegroundGaussian, TakesOneBlock) {
-    motion::expectOneBlock<TypeParam, ForegroundGaussianParameters, ForegroundGaussianState>(
-        Bytes::constant({9, 4}, 7, TypeParam::kChannels));
-    motion::expectNoHugeModels<TypeParam, ForegroundGaussianParameters, ForegroundGaussianState>();
+    motion::expectOneBlock<TypeParam>(Bytes::constant({9, 4}, 7, TypeParam::kChannels));
+    motion::expectNoHugeModels<TypeParam>();
 }
 
 const exports::FamilyFaults kFaults("vekiForegroundGaussian_8u",
                                     {{"roiSize", StatusSizeError,
                                       std::initializer_list<RoiSize>{{8, 4}, {10, 4}, {9, 3}, {9, 5}, {INT_MAX, 4}},
-                                      exports::Behind::kSizes}},
-                                    exports::Steps::kFirstOnly);
+                                      exports::Behind::kSizes}});
 
 }  // namespace

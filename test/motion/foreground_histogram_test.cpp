@@ -16,7 +16,7 @@ namespace {
 using motion::Bytes;
 
 template <int32_t kCount, auto kInit, auto kRelease, auto kClassifyFrame, auto kLearnFrame>
-struct HistogramForm : motion::Form<kCount, kInit, kRelease> {
+struct HistogramForm : motion::Form<kCount, ForegroundHistogramParameters, ForegroundHistogramState, kInit, kRelease> {
     static constexpr auto kClassify = kClassifyFrame;
     static constexpr auto kUpdate = kLearnFrame;
 };
@@ -147,9 +147,7 @@ struct Pixel {
 template <typename Form>
 class Scene {
   public:
-    explicit Scene(const Bytes& first)
-        : model(motion::modelOf<Form, ForegroundHistogramParameters, ForegroundHistogramState>(first)),
-          roi_(first.roi()) {
+    explicit Scene(const Bytes& first) : model(motion::modelOf<Form>(first)), roi_(first.roi()) {
         for (int y = 0; y < roi_.height; ++y)
             for (int x = 0; x < roi_.width; ++x)
                 pixels_.emplace_back(pixel(first, x, y));
@@ -193,7 +191,7 @@ class Scene {
         EXPECT_TRUE(samePixels(background, update(frame, learned, layout)));
     }
 
-    decltype(motion::modelOf<Form, ForegroundHistogramParameters, ForegroundHistogramState>(Bytes({1, 1}))) model;
+    typename Form::Model model;
 
   private:
     static std::vector<uint8_t> pixel(const Bytes& frame, int x, int y) {
@@ -425,17 +423,14 @@ TYPED_TEST(ForegroundHistogram, BeginsWithItsDefaultsInOneBlock) {
     constexpr ForegroundHistogramParameters kDefaults{128, 15, 25, 64, 25, 40, 1, 1, 0.1f, 0.005f, 0.1f, 2, 0.9f, 15};
     EXPECT_EQ(0, std::memcmp(&kDefaults, &scene.model->parameters, sizeof kDefaults));
     EXPECT_EQ(0, scene.model->updateCount);
-    motion::expectOneBlock<TypeParam, ForegroundHistogramParameters, ForegroundHistogramState>(
-        Bytes::constant({9, 4}, 7, TypeParam::kChannels));
-    motion::expectNoHugeModels<TypeParam, ForegroundHistogramParameters, ForegroundHistogramState>();
+    motion::expectOneBlock<TypeParam>(Bytes::constant({9, 4}, 7, TypeParam::kChannels));
+    motion::expectNoHugeModels<TypeParam>();
 }
 
 const std::initializer_list<RoiSize> kOtherSizes = {{8, 4}, {10, 4}, {9, 3}, {9, 5}, {INT_MAX, 4}};
 const exports::FamilyFaults kFaults("vekiForegroundHistogram_8u",
-                                    {{"roiSize", StatusSizeError, kOtherSizes, exports::Behind::kSizes}},
-                                    exports::Steps::kFirstOnly);
+                                    {{"roiSize", StatusSizeError, kOtherSizes, exports::Behind::kSizes}});
 const exports::FamilyFaults kUpdateFaults("vekiForegroundHistogramUpdate",
-                                          {{"roiSize", StatusSizeError, kOtherSizes, exports::Behind::kSizes}},
-                                          exports::Steps::kFirstOnly);
+                                          {{"roiSize", StatusSizeError, kOtherSizes, exports::Behind::kSizes}});
 
 }  // namespace
