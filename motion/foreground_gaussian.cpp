@@ -49,9 +49,8 @@ HWY_INLINE void processPixels(const MixtureFrame& frame, GaussianComponent<kChan
 template <int32_t kChannels>
 HWY_INLINE void prefetch(const GaussianComponent<kChannels>* mixtures) {
     constexpr ptrdiff_t kAhead = 32, kLine = 64;
-    const auto* const bytes = reinterpret_cast<const uint8_t*>(mixtures + kAhead * kComponents);
     for (int32_t lane = 0; lane < kPixelLanes; ++lane) {
-        const uint8_t* const first = bytes + lane * kComponents * sizeof *mixtures;
+        const auto* const first = reinterpret_cast<const uint8_t*>(mixtures + (kAhead + lane) * kComponents);
         __builtin_prefetch(first);
         __builtin_prefetch(first + kLine);
     }
