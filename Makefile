@@ -10,7 +10,10 @@
 #   make fuzz       calls all exports with random arguments for SECONDS=60; what it finds lies in build/fuzz
 #   make docs       the manual of every function as pages: build/docs/html/index.html
 #   make pictures   the pictures of README.md, in docs/pictures
-#   make install    into PREFIX (/usr/local); WIDTH=i386 for 32 bits, STATIC=1 for static libraries
+#   make python     the Python package as a wheel, in build/python
+#   make cluster-demo   a picture of a gigapixel by two worker processes, one of which is killed
+#   make install    into PREFIX (/usr/local); WIDTH=i386 for 32 bits, STATIC=1 for static libraries, PYTHON=1 for the
+#                   Python package too
 #   make format     formats the sources; make check-format tells what it would change
 PREFIX ?= /usr/local
 WIDTH ?= x86_64
@@ -23,7 +26,7 @@ DEMO_PROGRAMS := vek make_bent make_frames make_scene make_scratches make_small_
 CASCADE := /usr/share/opencv4/haarcascades/haarcascade_frontalface_alt.xml
 SOURCES = $(shell git ls-files '*.h' '*.cpp' '*.c')
 
-.PHONY: all test sanitize valgrind demo bench fuzz docs pictures install format check-format clean
+.PHONY: all test sanitize valgrind demo bench fuzz docs pictures python cluster-demo install format check-format clean
 .DELETE_ON_ERROR:
 
 all:
@@ -33,7 +36,7 @@ all:
 	done
 
 test:
-	@cmake/packages.sh build test
+	@cmake/packages.sh build test python python-test
 	@for width in $(WIDTHS); do \
 	    cmake --preset $$width $(OPTIONS) -DVEKCV_BUILD_TESTS=ON -DVEKCV_BUILD_BENCHMARKS=ON >/dev/null && \
 	    cmake --build --preset $$width || exit 1; \
@@ -78,6 +81,7 @@ bench:
 docs:
 	@cmake/packages.sh docs
 	@rm -rf build/docs && mkdir -p build/docs
+	@/usr/bin/python3 -B python/generate/names_page.py include/vekcv.h >build/docs/python.md
 	@VEKCV_VERSION=$$(sed -n 's/^project(vekcv VERSION \([0-9.]*\).*/\1/p' CMakeLists.txt) doxygen docs/Doxyfile
 	@docs/finish.sh build/docs/html
 
@@ -116,6 +120,15 @@ pictures:
 	@build/x86_64/tools/make_bent build/pictures/grid.png docs/pictures/bent.png
 	@build/x86_64/vek undistort docs/pictures/bent.png docs/pictures/straightened.png --focal 400,400 --radial -0.25,0.05
 
+python:
+	@cmake/packages.sh build python
+	@cmake --preset x86_64 $(OPTIONS) >/dev/null && cmake --build --preset x86_64 --target vekcv vekcore
+	@python/make_wheel.sh build/x86_64 build/python build/python/venv
+
+cluster-demo: python
+	@cmake/packages.sh dask
+	@build/python/venv/bin/python python/demo/cluster.py
+
 fuzz:
 	@cmake/packages.sh build clang
 	@cmake --preset fuzz >/dev/null && cmake --build --preset fuzz
@@ -130,6 +143,7 @@ install:
 	    -DCMAKE_INSTALL_PREFIX=$(PREFIX) $(if $(filter i386,$(WIDTH)),-DCMAKE_TOOLCHAIN_FILE=cmake/i386.cmake) >/dev/null
 	@cmake --build build/install-$(WIDTH)
 	@cmake --install build/install-$(WIDTH)
+	@$(if $(PYTHON),cmake/packages.sh python && python/install.sh build/install-$(WIDTH) $(PREFIX))
 
 format:
 	@cmake/packages.sh format

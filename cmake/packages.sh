@@ -1,7 +1,8 @@
 #!/usr/bin/env bash
 # Installs the Debian packages that a task needs and that are missing. Usage: packages.sh TASK...
 # Tasks: build (library and tool, both widths), test, demo, bench, peer (compared with in benchmarks), docs, clang (what
-# sanitizers and the fuzz target need), valgrind, format.
+# sanitizers and the fuzz target need), valgrind, format, python (the wheel, and a virtual environment for it), dask
+# (vekcv.dask, and what the demonstration of it needs), python-test (what tests and examples of the package need).
 set -euo pipefail
 
 declare -A packages=(
@@ -11,10 +12,14 @@ declare -A packages=(
     [demo]="ffmpeg opencv-data"
     [bench]="libbenchmark-dev python3"
     [peer]="libopencv-dev libopencv-objdetect-dev opencv-data"
-    [docs]="doxygen"
+    [docs]="doxygen python3-pycparser gcc"
     [clang]="clang libclang-rt-dev libomp-dev"
     [valgrind]="valgrind"
     [format]="clang-format"
+    [python]="python3-dev python3-cffi python3-numpy python3-setuptools python3-wheel python3-venv python3-pip libffi-dev"
+    [dask]="python3-dask python3-distributed python3-numpy"
+    [python-test]="python3-pytest python3-scipy python3-dask python3-distributed python3-zarr python3-tifffile
+        python3-imageio python3-nbconvert python3-ipykernel python3-matplotlib"
 )
 
 missing=()
