@@ -2,6 +2,7 @@
 #include "bind.h"
 #include "check.h"
 #include "mask_bits.h"
+#include "parallel.h"
 #include "pixelwise.h"
 #include "row_ring.h"
 
@@ -222,48 +223,97 @@ int64_t bufferBytes(RoiSize roi) {
     return mapBytes * (isWide ? 9 : 5) + 16 * int64_t{roi.width} + 160;
 }
 
+/** Writes the rows of the map that follow from the derivatives alone. */
+template <typename T>
+struct CandidateRows {
+    using Element = typename Magnitudes<T>::Element;
+
+    Image<const T> derivativeX, derivativeY;
+    RoiSize roi;
+    Magnitudes<T> thresholds;
+
+    ptrdiff_t pitch() const { return ptrdiff_t{roi.width} + 2; }
+
+    /** What a ring of the magnitudes of the rows above, at and below a row takes of scratch memory. */
+    int64_t bytes() const {
+        return alignUp(3 * int64_t{sizeof(Element*)}, Scratch::kAlignment) +
+               3 * alignUp(pitch() * int64_t{sizeof(Element)}, Scratch::kAlignment);
+    }
+
+    /** Writes so many rows from the first one on; afterRow(y) is called behind each. */
+    template <typename AfterRow>
+    void write(Scratch scratch, ptrdiff_t first, ptrdiff_t rows, const EdgeMap& map, AfterRow afterRow) const {
+        RowRing<Element> window(scratch, 3, pitch());
+        for (int32_t k = 0; k < 3; ++k)
+            clear(window[k]);
+        if (first > 0)
+            writeMagnitudes(first - 1, window.bottom());
+        window.advance();
+        writeMagnitudes(first, window.bottom());
+        for (ptrdiff_t y = first; y < first + rows; ++y) {
+            window.advance();
+            writeMagnitudes(y + 1, window.bottom());
+            writeRow<Stores::kCached>(
+                map.row(y), roi.width,
+                MapRule<T>{window[0], window[1], window[2], derivativeX.row(y), derivativeY.row(y), thresholds.high});
+            afterRow(y);
+        }
+    }
+
+  private:
+    void clear(Element* row) const {
+        for (ptrdiff_t x = 0; x < pitch(); ++x)
+            row[x] = Magnitudes<T>::kNone;
+    }
+
+    void writeMagnitudes(ptrdiff_t y, Element* row) const {
+        if (y == roi.height)
+            return clear(row);
+        const T *const dx = derivativeX.row(y), *const dy = derivativeY.row(y);
+        writeRow<Stores::kCached>(row + 1, roi.width, [=, low = thresholds.low](auto d, ptrdiff_t x) {
+            const auto m = Magnitudes<T>::of(d, hn::LoadU(d, dx + x), hn::LoadU(d, dy + x));
+            return hn::IfThenElse(hn::Lt(m, hn::Set(d, low)), hn::Set(d, Magnitudes<T>::kNone), m);
+        });
+    }
+};
+
 template <typename T>
 void findEdges(Image<const T> derivativeX, Image<const T> derivativeY, Image<uint8_t> out, RoiSize roi,
                Magnitudes<T> thresholds, uint8_t* buffer) {
-    using Element = typename Magnitudes<T>::Element;
+    constexpr ParallelFrom kFrom{65536};
+    const CandidateRows<T> candidates{derivativeX, derivativeY, roi, thresholds};
     Scratch scratch(buffer, bufferBytes(roi));
-    const ptrdiff_t width = roi.width, pitch = width + 2;
-    auto* const map = scratch.take<uint8_t>(pitch * (ptrdiff_t{roi.height} + 2));
-    RowRing<Element> window(scratch, 3, pitch);
-    EdgeMap edges(map, roi, scratch.take<EdgeMap::Place>(0));
+    auto* const map = scratch.take<uint8_t>(candidates.pitch() * (ptrdiff_t{roi.height} + 2));
+    const Scratch window(scratch.take<uint8_t>(candidates.bytes()), candidates.bytes());
+    const int64_t stackBytes = scratch.bytes();
+    auto* const stack = scratch.take<EdgeMap::Place>(0);
+    EdgeMap edges(map, roi, stack);
 
-    const auto clear = [=](Element* row) {
-        for (ptrdiff_t x = 0; x < pitch; ++x)
-            row[x] = Magnitudes<T>::kNone;
-    };
-    const auto writeMagnitudes = [&](ptrdiff_t y) {
-        if (y == roi.height)
-            return clear(window.bottom());
-        const T *const dx = derivativeX.row(y), *const dy = derivativeY.row(y);
-        writeRow<Stores::kCached>(window.bottom() + 1, width, [=](auto d, ptrdiff_t x) {
-            const auto m = Magnitudes<T>::of(d, hn::LoadU(d, dx + x), hn::LoadU(d, dy + x));
-            return hn::IfThenElse(hn::Lt(m, hn::Set(d, thresholds.low)), hn::Set(d, Magnitudes<T>::kNone), m);
+    // A team needs rows of magnitudes for each thread, and takes them from the stack, which is empty until it is done.
+    const int64_t mostThreads = HWY_MIN(stackBytes / candidates.bytes(), int64_t{INT32_MAX});
+    if (isForTeam(roi, kFrom) && mostThreads > 1) {
+        const auto writeStripe = [&](int32_t thread, int32_t first, int32_t rows) {
+            auto* const memory = reinterpret_cast<uint8_t*>(stack) + thread * candidates.bytes();
+            candidates.write({memory, candidates.bytes()}, first, rows, edges, [](ptrdiff_t) {});
+        };
+        forThreadStripes(true, roi.height, writeStripe, static_cast<int32_t>(mostThreads));
+        for (ptrdiff_t y = 0; y < roi.height - 1; ++y)
+            edges.touchRow(y, roi.width);
+    } else {
+        candidates.write(window, 0, roi.height, edges, [&](ptrdiff_t y) {
+            if (y > 0)
+                edges.touchRow(y - 1, roi.width);
         });
-    };
-    for (int32_t k = 0; k < 3; ++k)
-        clear(window[k]);
-    writeMagnitudes(0);
-    for (ptrdiff_t y = 0; y < roi.height; ++y) {
-        window.advance();
-        writeMagnitudes(y + 1);
-        writeRow<Stores::kCached>(
-            edges.row(y), width,
-            MapRule<T>{window[0], window[1], window[2], derivativeX.row(y), derivativeY.row(y), thresholds.high});
-        if (y > 0)
-            edges.touchRow(y - 1, width);
     }
-    edges.touchRow(roi.height - 1, width);
+    edges.touchRow(roi.height - 1, roi.width);
     edges.followEdges();
 
-    for (ptrdiff_t y = 0; y < roi.height; ++y)
-        writeRow<Stores::kCached>(out.row(y), width, [row = edges.row(y)](auto d, ptrdiff_t x) {
-            return hn::VecFromMask(d, hn::Eq(hn::LoadU(d, row + x), hn::Set(d, kEdge)));
-        });
+    forRowStripes(roi, kFrom, [&, width = ptrdiff_t{roi.width}](int32_t first, int32_t rows) {
+        for (ptrdiff_t y = first; y < first + rows; ++y)
+            writeRow<Stores::kCached>(out.row(y), width, [row = edges.row(y)](auto d, ptrdiff_t x) {
+                return hn::VecFromMask(d, hn::Eq(hn::LoadU(d, row + x), hn::Set(d, kEdge)));
+            });
+    });
 }
 
 template <typename T>

@@ -3,6 +3,7 @@
 #include "bind.h"
 #include "check.h"
 #include "haar_responses.h"
+#include "parallel.h"
 
 namespace VEKCV_VARIANT {
 namespace {
@@ -81,16 +82,23 @@ class Stage {
 
     /** Clears the positions that fail, and gives the number of those that pass. */
     int32_t apply(Image<const Value> norms, Image<uint8_t> mask, RoiSize roi) const {
-        return static_cast<int32_t>(apply(hn::ScalableTag<Value>(), norms, mask, roi));
+        // Most positions of most stages are cleared already, and looking for those that are left is soon done.
+        return static_cast<int32_t>(reduceRows(
+            roi, ParallelFrom{65536},
+            [&](int32_t first, int32_t rows) {
+                return applyRows(hn::ScalableTag<Value>(), norms, mask, roi.width, first, first + rows);
+            },
+            [](int64_t& total, int64_t passed) { total += passed; }));
     }
 
   private:
     template <typename D>
-    int64_t apply(D d, Image<const Value> norms, Image<uint8_t> mask, RoiSize roi) const {
+    int64_t applyRows(D d, Image<const Value> norms, Image<uint8_t> mask, ptrdiff_t width, ptrdiff_t first,
+                      ptrdiff_t end) const {
         constexpr auto kLanes = static_cast<ptrdiff_t>(hn::MaxLanes(D()));
         if constexpr (kLanes > 1)  // images narrower than a vector
-            if (roi.width < kLanes)
-                return apply(hn::CappedTag < Value, kLanes == 4 ? 1 : 4 > (), norms, mask, roi);
+            if (width < kLanes)
+                return applyRows(hn::CappedTag < Value, kLanes == 4 ? 1 : 4 > (), norms, mask, width, first, end);
 
         // A vector begins at a position that is set, but ends with the row at the latest, so that nothing beyond it is
         // read. Several vectors, which may be of several rows, are evaluated at once.
@@ -99,10 +107,10 @@ class Stage {
         Positions waiting[kAtOnce];
         size_t count = 0;
         int64_t passed = 0;
-        for (ptrdiff_t y = 0; y < roi.height; ++y) {
+        for (ptrdiff_t y = first; y < end; ++y) {
             uint8_t* const maskRow = mask.row(y);
-            for (ptrdiff_t x = 0; (x = nextSet(maskRow, x, roi.width)) < roi.width;) {
-                const ptrdiff_t begin = HWY_MIN(x, roi.width - kLanes);
+            for (ptrdiff_t x = 0; (x = nextSet(maskRow, x, width)) < width;) {
+                const ptrdiff_t begin = HWY_MIN(x, width - kLanes);
                 waiting[count++] = {images_.origin(begin, y), norms.row(y) + begin, maskRow + begin, x - begin};
                 x = begin + kLanes;
                 if (count == kAtOnce) {

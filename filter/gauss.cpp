@@ -5,6 +5,7 @@
 #include "bind.h"
 #include "check.h"
 #include "extended_row.h"
+#include "parallel.h"
 #include "pipeline_buffer.h"
 #include "row_ring.h"
 
@@ -68,7 +69,25 @@ HWY_INLINE void correlateRow(Taps taps, ptrdiff_t count, float* out, At at) {
     });
 }
 
-/** Filters the rows of an image into a ring, and the columns of the ring into the result. */
+/** Filters columns of an image from the first one on: their rows into a ring, and the columns of that into the result.
+ */
+void filterStrip(const ExtendedImage<float>& image, Taps taps, Image<float> out, int32_t height, ptrdiff_t first,
+                 ptrdiff_t width, Scratch scratch) {
+    const int32_t reach = taps.reach;
+    RowRing<float> ring(scratch, 2 * reach + 1, width);
+    auto* const extended = scratch.take<float>(width + 2 * reach);
+    for (int32_t y = -reach; y < height + reach; ++y, ring.advance()) {
+        image.ends().copy(image.row(y), first - reach, first + width + reach, extended);
+        correlateRow(taps, width, ring.bottom(),
+                     [=](auto d, int32_t k, ptrdiff_t x) { return hn::LoadU(d, extended + reach + x + k); });
+        if (y >= reach)
+            correlateRow(taps, width, out.row(y - reach) + first,
+                         [=, centre = ring.rows() + reach](auto d, int32_t k, ptrdiff_t x) {
+                             return hn::LoadU(d, centre[k] + x);
+                         });
+    }
+}
+
 void filter(Image<const float> source, Image<float> out, RoiSize roi, int32_t kernelSize, float sigma,
             const Border<float>& border, uint8_t* buffer) {
     const int32_t reach = kernelSize / 2;
@@ -77,19 +96,26 @@ void filter(Image<const float> source, Image<float> out, RoiSize roi, int32_t ke
     makeTaps(kernelSize, sigma, taps);
     const Taps symmetric{taps + reach, reach};
     const ExtendedImage<float> image(scratch, source, roi, border, reach);
-    auto* const extended = scratch.take<float>(int64_t{roi.width} + 2 * reach);
-    RowRing<float> ring(scratch, kernelSize, roi.width);
 
-    for (int32_t y = -reach; y < roi.height + reach; ++y, ring.advance()) {
-        image.ends().copy(image.row(y), -reach, int64_t{roi.width} + reach, extended);
-        correlateRow(symmetric, roi.width, ring.bottom(),
-                     [=](auto d, int32_t k, ptrdiff_t x) { return hn::LoadU(d, extended + reach + x + k); });
-        if (y >= reach)
-            correlateRow(symmetric, roi.width, out.row(y - reach),
-                         [=, centre = ring.rows() + reach](auto d, int32_t k, ptrdiff_t x) {
-                             return hn::LoadU(d, centre[k] + x);
-                         });
-    }
+    // Threads share the columns, for the rows of all strips together take hardly more memory than those of the image.
+    constexpr int32_t kColumns = 64;
+    const int64_t bytesOfColumn = (kernelSize + 1) * int64_t{sizeof(float)};
+    const int64_t bytesOfStrip = alignUp(int64_t{kernelSize} * 48 + 128, Scratch::kAlignment);
+    const int64_t mostThreads = (scratch.bytes() - bytesOfColumn * roi.width) / bytesOfStrip;
+    if (!isForTeam(roi, ParallelFrom{65536}) || mostThreads < 2)
+        return filterStrip(image, symmetric, out, roi.height, 0, roi.width, scratch);
+
+    auto* const memory = scratch.take<uint8_t>(0);
+    const auto filterGroups = [&](int32_t thread, int32_t firstGroup, int32_t groups) {
+        const int64_t first = int64_t{firstGroup} * kColumns;
+        const int64_t width = HWY_MIN(int64_t{groups} * kColumns, roi.width - first);
+        const Scratch strip(memory + thread * bytesOfStrip + first * bytesOfColumn,
+                            bytesOfStrip + width * bytesOfColumn);
+        filterStrip(image, symmetric, out, roi.height, static_cast<ptrdiff_t>(first), static_cast<ptrdiff_t>(width),
+                    strip);
+    };
+    forThreadStripes(true, (roi.width - 1) / kColumns + 1, filterGroups,
+                     static_cast<int32_t>(HWY_MIN(mostThreads, int64_t{INT32_MAX})));
 }
 
 Status gauss(const float* source, int32_t sourceStep, float* destination, int32_t destinationStep, RoiSize roi,

@@ -1501,7 +1501,7 @@ VEKCV_API Status VEKCV_CALL vekiFilterLowpassGetBufferSize_32f_C1R(RoiSize roiSi
  * @retval StatusStepError         a step is smaller than a row; steps need not be multiples of 4
  * @retval StatusBadArgument       kernelSize is even or below 3; or borderType is no such value
  *
- * The calling thread does all the work.
+ * Regions of 65536 pixels and more are shared among the threads.
  * @{
  */
 /** Gaussian filter */
@@ -2444,7 +2444,7 @@ VEKCV_API Status VEKCV_CALL vekiMorphReconstructErodeGetBufferSize_32f_C1R(RoiSi
  * @retval StatusStepNotMultiple   the step of a derivative is not a multiple of 2 or 4
  * @retval StatusBadArgument       lowThreshold is below 0 or above highThreshold, or a threshold is NaN
  *
- * The calling thread does all the work.
+ * Regions of 65536 pixels and more are shared among the threads.
  * @{
  */
 /** work buffer of vekiCanny: 5 bytes for each pixel and its frame, 9 from 65533 columns or rows on, and some more */
@@ -2688,8 +2688,8 @@ VEKCV_API Status VEKCV_CALL vekiFindPeaks3x3GetBufferSize_32s_C1R(int32_t roiWid
  *                                  40 bytes (20 in 32-bit builds) for each rectangle, which it needs while it runs.
  *                                  vekiApplyMixedHaarClassifier needs none
  *
- * The calling thread does all the work. Any number of threads may apply a classifier at once, but not while it is
- * tilted or released.
+ * Regions of 65536 pixels and more are shared among the threads. Any number of threads may apply a classifier at once,
+ * but not while it is tilted or released.
  * @{
  */
 /** Haar-like features, their thresholds and values */

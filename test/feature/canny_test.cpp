@@ -7,6 +7,7 @@
 #include "regions.h"
 #include "test/exports/faults.h"
 #include "test_image.h"
+#include "thread_count.h"
 
 namespace {
 
@@ -158,19 +159,34 @@ TYPED_TEST(CannyFamily, TellsDirectionsApartInFloat) {
         }
 }
 
-// All pixels of a comb, whose teeth are connected at alternate ends, hang on one pixel above the high threshold.
+/** A comb, whose teeth are connected at alternate ends: all of its pixels hang on one above the high threshold. */
+template <typename T>
+void checkComb(RoiSize roi, ImagePoint seed) {
+    const auto isTooth = [](int x) { return x % 2 == 0; };
+    const auto isBridge = [&](int x, int y) { return !isTooth(x) && y == (x % 4 == 1 ? 0 : roi.height - 1); };
+    const auto dx = TestImage<T>::filled(roi, {}, [&](int x, int y) {
+        return T(!isTooth(x) ? 0 : x == seed.x && y == seed.y ? 20 : 10);
+    });
+    const auto dy = TestImage<T>::filled(roi, {}, [&](int x, int y) { return T(isBridge(x, y) ? -5 : 0); });
+    EXPECT_EQ((roi.width + 1) / 2 * roi.height + roi.width / 2, check(dx, dy, {}, 1, 15));
+}
+
 TYPED_TEST(CannyFamily, FollowsEdgesAnywhere) {
-    const RoiSize roi{301, 120};
-    for (const ImagePoint seed : {ImagePoint{0, 0}, ImagePoint{150, 60}, ImagePoint{300, 119}}) {
-        const auto isTooth = [](int x) { return x % 2 == 0; };
-        const auto isBridge = [&](int x, int y) { return !isTooth(x) && y == (x % 4 == 1 ? 0 : roi.height - 1); };
-        const auto dx = TestImage<TypeParam>::filled(roi, {}, [&](int x, int y) {
-            return TypeParam(!isTooth(x) ? 0 : x == seed.x && y == seed.y ? 20 : 10);
-        });
-        const auto dy =
-            TestImage<TypeParam>::filled(roi, {}, [&](int x, int y) { return TypeParam(isBridge(x, y) ? -5 : 0); });
-        EXPECT_EQ(151 * 120 + 150, check(dx, dy, {}, 1, 15));
-    }
+    for (const ImagePoint seed : {ImagePoint{0, 0}, ImagePoint{150, 60}, ImagePoint{300, 119}})
+        checkComb<TypeParam>({301, 120}, seed);
+}
+
+// Edges go on from the rows of one thread to those of another, and flat images have few rows for each.
+TYPED_TEST(CannyFamily, IsTheSameForAnyNumberOfThreads) {
+    forThreadCounts([](int) {
+        checkComb<TypeParam>({301, 240}, {300, 121});
+        uint32_t seed = 100;
+        for (const RoiSize& roi : {RoiSize{256, 256}, RoiSize{331, 200}, RoiSize{65536, 1}, RoiSize{32768, 2},
+                                   RoiSize{21846, 3}, RoiSize{13108, 5}, RoiSize{1, 65536}}) {
+            const auto dx = derivative<TypeParam>(roi, {}, 12, ++seed), dy = derivative<TypeParam>(roi, {}, 12, ++seed);
+            EXPECT_GT(check(dx, dy, {}, 5, 15), 100);
+        }
+    });
 }
 
 // From 65533 pixels on in a row or a column, places in the work buffer are of 64 bits.

@@ -6,6 +6,7 @@
 #include "standin.h"
 #include "test/exports/faults.h"
 #include "test_image.h"
+#include "thread_count.h"
 
 namespace {
 
@@ -280,6 +281,18 @@ TYPED_TEST(HaarApply, TakesImagesOfAnyDensity) {
             const auto stage = Stage<typename TypeParam::Value>::any(random, 5, int(random.below(4)), Numbers::kClose);
             ASSERT_NO_FATAL_FAILURE(check<TypeParam>(random, stage, roi, 2, set, Numbers::kClose));
         }
+}
+
+TYPED_TEST(HaarApply, IsTheSameForAnyNumberOfThreads) {
+    forThreadCounts([](int) {
+        Random random(5);
+        for (const RoiSize roi : {RoiSize{256, 256}, RoiSize{65536, 1}, RoiSize{3, 21846}}) {
+            const auto stage = Stage<typename TypeParam::Value>::any(random, 2, 0, Numbers::kClose);
+            counted[1] = 0;
+            ASSERT_NO_FATAL_FAILURE(check<TypeParam>(random, stage, roi, 1, Set::kHalf, Numbers::kClose));
+            EXPECT_GT(counted[1], 1000);
+        }
+    });
 }
 
 // A single position at each place of a row: nothing else changes.

@@ -8,6 +8,7 @@
 #include "regions.h"
 #include "test/exports/faults.h"
 #include "test_image.h"
+#include "thread_count.h"
 
 namespace {
 
@@ -90,6 +91,19 @@ TEST(Gauss, TakesAnyOddKernel) {
                 check(roi, {}, kernelSize, 0.2f * float(kernelSize), rule);
     check({70, 41}, {}, 9, 1.5f, BorderReplicate | BorderInMemoryTop | BorderInMemoryBottom);
     check({300, 300}, {}, 9, 1.5f, BorderReflect);
+}
+
+// Threads share groups of columns, of which the last one may be narrower, and the buffer whatever its size is.
+TEST(Gauss, SharesColumnsAmongThreads) {
+    forThreadCounts([](int) {
+        int rule = 0;
+        for (const RoiSize roi :
+             {RoiSize{256, 256}, RoiSize{323, 203}, RoiSize{65536, 1}, RoiSize{65, 1009}, RoiSize{1, 65536}}) {
+            check(roi, kLayouts[size_t(rule) % std::size(kLayouts)], 3 + 2 * (rule % 4), 2, rule % 5);
+            ++rule;
+        }
+        check({1025, 64}, {}, 41, 2, BorderReflect);
+    });
 }
 
 // A tiny sigma leaves the image as it is; a huge one gives the mean.
