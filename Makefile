@@ -3,6 +3,7 @@
 #   make            libraries for 64 and 32 bits and the tool, in build/x86_64 and build/i386
 #   make test       all tests of both widths
 #   make sanitize   the tests under sanitizers: addresses and undefined behaviour in both widths, data races
+#   make sanitize-quick   less of it: the variant of 16-byte vectors in 64 bits, and data races in tests of threads only
 #   make valgrind   the quick tests of the 64-bit library under valgrind, which sees values that were never set
 #   make demo       the tool on the pictures of the repository, as build/demo/index.html
 #   make bench      benchmarks and sizes of both widths, into docs/performance.md; PEER=1 compares with OpenCV,
@@ -26,7 +27,7 @@ DEMO_PROGRAMS := vek make_bent make_frames make_scene make_scratches make_small_
 CASCADE := /usr/share/opencv4/haarcascades/haarcascade_frontalface_alt.xml
 SOURCES = $(shell git ls-files '*.h' '*.cpp' '*.c')
 
-.PHONY: all test sanitize valgrind demo bench fuzz docs pictures python cluster-demo install format check-format clean
+.PHONY: all test sanitize sanitize-quick valgrind demo bench fuzz docs pictures python cluster-demo install format check-format clean
 .DELETE_ON_ERROR:
 
 all:
@@ -52,6 +53,14 @@ sanitize:
 	    cmake --preset $$preset $(OPTIONS) -DVEKCV_BUILD_TESTS=ON >/dev/null && \
 	    cmake --build --preset $$preset && ctest --preset $$preset || exit 1; \
 	done
+
+sanitize-quick:
+	@cmake/packages.sh build test clang
+	@for preset in asan-ssse3 tsan; do \
+	    cmake --preset $$preset $(OPTIONS) -DVEKCV_BUILD_TESTS=ON >/dev/null && \
+	    cmake --build --preset $$preset || exit 1; \
+	done
+	@ctest --preset asan-ssse3 --exclude-regex 'standin|fuzz' && ctest --preset tsan --tests-regex '^(threads|frame|process)'
 
 # Large images take minutes there and add nothing. Without AVX-512, which valgrind does not know.
 valgrind:

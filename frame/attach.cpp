@@ -19,7 +19,7 @@ int32_t selectVariant(uint64_t features) {
     if (VEKCV_VARIANTS > kAvx2 && (features & VekCpuAvx2) != 0)
         return kAvx2;
     constexpr uint64_t kNuboFeatures = VekCpuSsse3 | VekCpuMovbe;
-    return (features & kNuboFeatures) == kNuboFeatures ? kNubo : kSsse3;
+    return VEKCV_VARIANTS > kNubo && (features & kNuboFeatures) == kNuboFeatures ? kNubo : kSsse3;
 }
 
 constexpr uint32_t kProcessAttach = 1;
