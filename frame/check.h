@@ -28,6 +28,11 @@ class Check {
 
     constexpr Check& roi(RoiSize size) { return require(size.width >= 1 && size.height >= 1, StatusSizeError); }
 
+    /** A region that must be as large as the one that a state was made for. */
+    constexpr Check& roiOfState(RoiSize size, RoiSize ofState) {
+        return require(size.width == ofState.width && size.height == ofState.height, StatusSizeError);
+    }
+
     /** Steps of images with rows of `width` pixels: first that all are long enough, then that all fit the element. */
     template <typename... Images>
     constexpr Check& steps(int64_t width, const Images&... images) {

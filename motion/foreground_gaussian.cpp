@@ -118,7 +118,7 @@ Status foregroundGaussian(const uint8_t* source, int32_t sourceStep, uint8_t* ba
     if (Status status = Check().pointers(in, back, fore, model).roi(roi))
         return status;
     if (Status status = Check()
-                            .require(roi.width == model->roi.width && roi.height == model->roi.height, StatusSizeError)
+                            .roiOfState(roi, model->roi)
                             .stepLengths(roi.width, in)
                             .require(model->channels == kChannels, StatusBadArgument))
         return status;

@@ -178,7 +178,7 @@ Status check(RoiSize roi, const HistogramModel* model, Image<const uint8_t, kCha
     if (Status status = Check().pointers(in, others..., model).roi(roi))
         return status;
     return Check()
-        .require(roi.width == model->roi.width && roi.height == model->roi.height, StatusSizeError)
+        .roiOfState(roi, model->roi)
         .stepLengths(roi.width, in)
         .require(model->channels == kChannels, StatusBadArgument);
 }

@@ -123,8 +123,7 @@ Status inpaint(const uint8_t* source, int32_t sourceStep, uint8_t* destination, 
     if (Status status = Check().pointers(in, out, state).roi(roi))
         return status;
     if (Status status = Check()
-                            .require(roi.width == state->roi.width, StatusSizeError)
-                            .require(roi.height == state->roi.height, StatusSizeError)
+                            .roiOfState(roi, state->roi)
                             .steps(roi.width, in, out)
                             .require(state->channels == kChannels, StatusBadArgument))
         return status;
