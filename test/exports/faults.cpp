@@ -28,10 +28,7 @@ const FamilyFaults& familyOf(const Export& target) {
     return *best;
 }
 
-const FaultRule kSizes{"roiSize", StatusSizeError,
-                       std::initializer_list<RoiSize>{{0, 4}, {-1, 4}, {9, 0}, {9, INT_MIN}}};
-/** Widths whose rows are longer than any step. Three bytes for each pixel of the second one are 2 modulo 2^32. */
-const FaultRule kWidths{"roiSize", StatusStepError, std::initializer_list<RoiSize>{{INT_MAX, 4}, {1431655766, 4}}};
+const FaultRule kSizes = badSize("roiSize"), kWidths = tooWide("roiSize");
 const FaultRule kChannels{"channelOfInterest", StatusChannelOfInterestError, {0, 4, -1, INT_MAX, INT_MIN}};
 
 /** Collects the faults of an export. */

@@ -30,6 +30,21 @@ struct FaultRule {
 
 inline constexpr void* kNull = nullptr;
 
+/** What all families refuse of a size. */
+inline FaultRule badSize(std::string_view parameter) {
+    return {parameter, StatusSizeError, std::initializer_list<RoiSize>{{0, 4}, {-1, 4}, {9, 0}, {9, INT32_MIN}},
+            Behind::kSizes};
+}
+/** Widths whose rows are longer than any step. Three bytes for each pixel of the second one are 2 modulo 2^32. */
+inline FaultRule tooWide(std::string_view parameter) {
+    return {parameter, StatusStepError, std::initializer_list<RoiSize>{{INT32_MAX, 4}, {1431655766, 4}},
+            Behind::kSizes};
+}
+/** Of regions of another size than the state has, 9 x 4, it is the size that is wrong, not the steps. */
+inline const FaultRule kOtherSize{"roiSize", StatusSizeError,
+                                  std::initializer_list<RoiSize>{{8, 4}, {10, 4}, {9, 3}, {9, 5}, {INT32_MAX, 4}},
+                                  Behind::kSizes};
+
 /**
  * Whether the steps of a family must be multiples of the element; or need only be positive, which is checked ahead of
  * the sizes.

@@ -2,7 +2,7 @@
 #include <climits>
 
 #include "arguments.h"
-#include "haar_features.h"
+#include "haar_reference.h"
 #include "standin.h"
 #include "test/exports/faults.h"
 #include "test_image.h"
@@ -10,60 +10,10 @@
 
 namespace {
 
-using haar::Feature;
 using haar::Features;
 using haar::Numbers;
-using haar::Point;
-using haar::Rectangle;
 using haar::Shape;
-
-/** An integral image that holds exactly the elements that windows read. */
-template <typename S>
-struct Table {
-    Point first;
-    TestImage<S> elements;
-
-    Table(const std::vector<Point>& corners, RoiSize roi, Layout layout, Random& random, Numbers numbers)
-        : first(firstOf(corners)), elements(TestImage<S>::filled(sizeOf(corners, roi), layout, [&](int, int) {
-              return haar::number<S>(random, numbers);
-          })) {}
-
-    S at(int x, int y) const { return elements.at(x - first.x, y - first.y); }
-
-    /** The address of the element of the first window position, which may lie outside. */
-    const S* origin() const {
-        const ptrdiff_t distance = ptrdiff_t{first.y} * elements.step() + first.x * ptrdiff_t{sizeof(S)};
-        return reinterpret_cast<const S*>(reinterpret_cast<uintptr_t>(elements.data()) - uintptr_t(distance));
-    }
-    int32_t step() const { return elements.step(); }
-
-  private:
-    static Point firstOf(const std::vector<Point>& corners) {
-        Point first = corners[0];
-        for (const Point& corner : corners)
-            first = {std::min(first.x, corner.x), std::min(first.y, corner.y)};
-        return first;
-    }
-    static RoiSize sizeOf(const std::vector<Point>& corners, RoiSize roi) {
-        Point last = corners[0];
-        for (const Point& corner : corners)
-            last = {std::max(last.x, corner.x), std::max(last.y, corner.y)};
-        return {last.x - firstOf(corners).x + roi.width, last.y - firstOf(corners).y + roi.height};
-    }
-};
-
-template <typename V>
-std::vector<Point> cornersOf(const std::vector<Feature<V>>& features, bool fromBoth, bool tilted) {
-    std::vector<Point> corners;
-    for (const Feature<V>& feature : features)
-        for (const Rectangle<V>& r : feature.rectangles)
-            if (!fromBoth || feature.isTilted == tilted)
-                for (const Point corner : {r.a, r.b, r.c, r.d})
-                    corners.push_back(fromBoth && tilted ? Point{corner.x + 1, corner.y + 1} : corner);
-    if (corners.empty())
-        corners.push_back({0, 0});
-    return corners;
-}
+using haar::Stage;
 
 /** What an export is called with. */
 template <typename S, typename V>
@@ -107,79 +57,6 @@ template <typename S, typename V, typename... Scale,
                            int32_t*, V, const HaarClassifier*, Scale...)>
 struct Member<Export> : Form<Export, S, V, true, sizeof...(Scale) != 0> {};
 
-/** The sum of a rectangle, from its four elements. */
-float sumOf(float a, float b, float c, float d) {
-    return ((a - b) - c) + d;
-}
-int32_t sumOf(int32_t a, int32_t b, int32_t c, int32_t d) {
-    return int32_t(uint32_t(a) - uint32_t(b) - uint32_t(c) + uint32_t(d));
-}
-int32_t wrappingProduct(int32_t a, int32_t b) {
-    return int32_t(uint32_t(a) * uint32_t(b));
-}
-
-/** Whether the response of a feature is below its threshold; sums and weights are those of its rectangles. */
-template <typename MemberType, typename S>
-bool isBelow(const std::vector<S>& sums, const std::vector<float>& weights, float threshold, float norm, int32_t) {
-    float response = 0;
-    for (size_t k = 0; k < sums.size(); ++k) {
-        const float product = weights[k] * float(sums[k]);
-        response = k == 0 ? product : response + product;
-    }
-    return threshold * norm > response;
-}
-template <typename MemberType>
-bool isBelow(const std::vector<int32_t>& sums, const std::vector<int32_t>& weights, int32_t threshold, int32_t norm,
-             int32_t scaleFactor) {
-    int64_t response = 0;
-    for (size_t k = 0; k < sums.size(); ++k)
-        response += wrappingProduct(weights[k], sums[k]);
-    if (!MemberType::kIsMixed)
-        return int32_t(response) < wrappingProduct(threshold, norm);
-    for (int64_t i = 0; i < std::min(-int64_t{scaleFactor}, int64_t{64}); ++i)
-        response = int64_t(uint64_t(response) * 2);
-    return response < int64_t{threshold} * norm;
-}
-
-float plus(float a, float b) {
-    return a + b;
-}
-int32_t plus(int32_t a, int32_t b) {
-    return int32_t(uint32_t(a) + uint32_t(b));
-}
-
-/** A classifier with its features, as it keeps them. */
-template <typename V>
-struct Stage {
-    haar::ClassifierPointer state;
-    Shape shape;  // it was built with
-    std::vector<Feature<V>> features;
-    V threshold;
-
-    /** As tilted < 2 an upright or tilted one; above, some features of an upright one are tilted in two directions. */
-    static Stage any(Random& random, int count, int tilted, Numbers numbers) {
-        const auto given = haar::anyFeatures<V>(random, count, numbers);
-        const Shape shape = tilted == 1 ? Shape::kTilted : Shape::kUpright;
-        Stage stage{haar::build(given, shape), shape, given.stored(shape),
-                    haar::number<V>(random, random.below(8) == 0 ? numbers : Numbers::kClose)};
-        if (tilted >= 2 && count > 0) {
-            std::vector<uint8_t> mask;
-            for (int i = 0; i < count; ++i)
-                mask.push_back(random.mask());
-            EXPECT_EQ(StatusOk, haar::tilt<V>(mask, tilted - 2, stage.state.get()));
-            haar::tiltStored(mask, tilted - 2, stage.features);
-        }
-        return stage;
-    }
-
-    bool replacesFirstWeights() const {
-        bool minusOne = std::is_same_v<V, float> && shape == Shape::kUpright;
-        for (const Feature<V>& feature : features)
-            minusOne = minusOne && int64_t(std::trunc(double(feature.rectangles[0].weight))) == -1;
-        return minusOne;
-    }
-};
-
 enum class Set { kAll, kHalf, kFew, kNone };
 
 TestImage<uint8_t> anyMask(Random& random, RoiSize roi, Layout layout, Set set) {
@@ -196,6 +73,7 @@ TestImage<uint8_t> anyMask(Random& random, RoiSize roi, Layout layout, Set set) 
 
 int counted[2];  // positions that were evaluated and failed, or passed
 
+/** Calls an export with anything that its arguments may be, and compares what it gives with the definition. */
 template <typename MemberType>
 void check(Random& random, const Stage<typename MemberType::Value>& stage, RoiSize roi, int layout, Set set,
            Numbers numbers, int32_t scaleFactor = 0) {
@@ -203,41 +81,24 @@ void check(Random& random, const Stage<typename MemberType::Value>& stage, RoiSi
     using V = typename MemberType::Value;
     const auto layoutOf = [&](int i) { return kLayouts[size_t(layout + i) % std::size(kLayouts)]; };
     SCOPED_TRACE(::testing::Message() << roi.width << " x " << roi.height << ", " << layoutOf(0));
-    const Table<S> integral(cornersOf(stage.features, MemberType::kIsMixed, false), roi, layoutOf(0), random, numbers);
-    const Table<S> tilted(cornersOf(stage.features, MemberType::kIsMixed, true), roi, layoutOf(1), random, numbers);
+    const haar::Table<S> integral(haar::cornersOf(stage.features, MemberType::kIsMixed, false), roi, layoutOf(0),
+                                  random, numbers);
+    const haar::Table<S> tilted(haar::cornersOf(stage.features, MemberType::kIsMixed, true), roi, layoutOf(1), random,
+                                numbers);
     const auto norms =
         TestImage<V>::filled(roi, layoutOf(2), [&](int, int) { return haar::number<V>(random, numbers); });
     const auto before = anyMask(random, roi, layoutOf(3), set);
     const auto mask = before.copy(layoutOf(3));
 
-    const bool minusOne = !MemberType::kIsMixed && std::is_same_v<S, float> && stage.replacesFirstWeights();
     int32_t passed = 0;
-    std::vector<S> sums;
-    std::vector<V> weights;
     const auto expected = TestImage<uint8_t>::filled(roi, {}, [&](int x, int y) {
         if (before.at(x, y) == 0)
             return uint8_t{0};
-        V total = 0;
-        for (const Feature<V>& feature : stage.features) {
-            sums.clear();
-            weights.clear();
-            const bool fromTilted = MemberType::kIsMixed && feature.isTilted;
-            const auto at = [&](Point p) {
-                return fromTilted ? tilted.at(x + 1 + p.x, y + 1 + p.y) : integral.at(x + p.x, y + p.y);
-            };
-            for (const Rectangle<V>& r : feature.rectangles) {
-                sums.push_back(sumOf(at(r.a), at(r.b), at(r.c), at(r.d)));
-                weights.push_back(r.weight);
-            }
-            if (minusOne && (weights.size() == 2 || weights.size() == 3))
-                weights[0] = -1;
-            const bool below = isBelow<MemberType>(sums, weights, feature.threshold, norms.at(x, y), scaleFactor);
-            total = plus(total, below ? feature.valueBelow : feature.valueAbove);
-        }
-        const bool fails = total < stage.threshold;
-        ++counted[fails ? 0 : 1];
-        passed += fails ? 0 : 1;
-        return fails ? uint8_t{0} : before.at(x, y);
+        const bool isPassed =
+            haar::passes<MemberType::kIsMixed>(stage, integral, tilted, {x, y}, norms.at(x, y), scaleFactor);
+        ++counted[isPassed ? 1 : 0];
+        passed += isPassed ? 1 : 0;
+        return isPassed ? before.at(x, y) : uint8_t{0};
     });
 
     int32_t count = 1 + int32_t(random.below(1000));

@@ -264,24 +264,15 @@ TEST(HugePyramidLayer, EndsAtTheLastRow) {
     EXPECT_TRUE(out.guardsIntact());
 }
 
-const std::initializer_list<RoiSize> kBadSizes{{0, 4}, {-1, 4}, {9, 0}, {9, INT32_MIN}};
-
-exports::FaultRule badSource() {
-    return {"sourceRoi", StatusSizeError, kBadSizes, exports::Behind::kSizes};
-}
-exports::FaultRule tooWide(std::string_view roi) {
-    return {roi, StatusStepError, std::initializer_list<RoiSize>{{INT32_MAX, 4}, {1431655766, 4}},
-            exports::Behind::kSizes};
-}
 std::vector<exports::FaultRule> layerFaults(std::initializer_list<RoiSize> badDestinations) {
-    return {badSource(),
-            tooWide("sourceRoi"),
-            tooWide("destinationRoi"),
+    return {exports::badSize("sourceRoi"),
+            exports::tooWide("sourceRoi"),
+            exports::tooWide("destinationRoi"),
             {"sourceRoi", StatusSizeError, std::initializer_list<RoiSize>{{9, 5}, {9, INT32_MAX}}},
             {"destinationRoi", StatusSizeError, badDestinations}};
 }
 std::vector<exports::FaultRule> stateFaults() {
-    return {badSource(),
+    return {exports::badSize("sourceRoi"),
             {"interpolationMode", StatusBadArgument, {0, 1, 3, -2, INT32_MAX}},
             {"rate", StatusBadArgument, {1.0f, 0.5f, -2.0f, 10.000001f, float(INFINITY), float(NAN)}},
             {"kernelSize", StatusBadArgument, {-3, -1, 0, 1, 2, 4, INT32_MAX - 1, INT32_MIN}},

@@ -84,14 +84,11 @@ TEST(PyramidSizes, DependOnNoMode) {
 }
 
 const std::initializer_list<float> kBadRates{1.0f, 0.5f, 0.0f, -2.0f, 10.000001f, INFINITY, NAN};
-const std::initializer_list<RoiSize> kBadSizes{{0, 4}, {-1, 4}, {9, 0}, {9, INT_MIN}};
 const exports::FamilyFaults kSizeFaults("vekiGetPyramid",
-                                        {{"sourceRoi", StatusSizeError, kBadSizes, exports::Behind::kSizes},
-                                         {"rate", StatusBadArgument, kBadRates}});
-const exports::FamilyFaults kRecordFaults("vekiPyramidInitAlloc",
-                                          {{"baseRoi", StatusSizeError, kBadSizes, exports::Behind::kSizes},
-                                           {"rate", StatusBadArgument, kBadRates},
-                                           {"levels", StatusBadArgument, {0, -1, INT_MIN}}});
+                                        {exports::badSize("sourceRoi"), {"rate", StatusBadArgument, kBadRates}});
+const exports::FamilyFaults kRecordFaults("vekiPyramidInitAlloc", {exports::badSize("baseRoi"),
+                                                                   {"rate", StatusBadArgument, kBadRates},
+                                                                   {"levels", StatusBadArgument, {0, -1, INT_MIN}}});
 
 /** A record, which is checked and released. */
 void expectRecord(int levels, RoiSize base, float rate, int expectedCount) {

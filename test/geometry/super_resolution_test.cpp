@@ -1,20 +1,20 @@
 // Super-resolution kernels against their definitions.
-#include <gtest/gtest.h>
 #include <sys/mman.h>
 
-#include <algorithm>
 #include <climits>
-#include <iterator>
 #include <limits>
 #include <memory>
-#include <vector>
 
 #include "caller_modes.h"
 #include "regions.h"
 #include "standin.h"
+#include "super_resolution_samples.h"
 #include "test/exports/faults.h"
 
 namespace {
+
+using super_resolution::arrayOf;
+using super_resolution::Image;
 
 template <int kSizeOfBlocks, typename T, auto kInit, auto kResidualOf, auto kGradientOf, auto kRelease>
 struct Form {
@@ -35,97 +35,32 @@ using Forms = ::testing::Types<
     Of2x2<vekiSRHNCalcResidual_PSF2x2_8u32f_C1R, uint8_t>, Of2x2<vekiSRHNCalcResidual_PSF2x2_16u32f_C1R, uint16_t>,
     Of3x3<vekiSRHNCalcResidual_PSF3x3_8u32f_C1R, uint8_t>, Of3x3<vekiSRHNCalcResidual_PSF3x3_16u32f_C1R, uint16_t>>;
 
-/** An array that ends where memory ends. */
-template <typename T, typename Value>
-TestImage<T> arrayOf(int32_t count, Value value) {
-    return TestImage<T>::filled({count, 1}, {Layout::kBeforeGuard, 0, 0}, [&](int, int) { return T(value()); });
-}
-
-template <typename TypeParam>
+template <typename Form>
 struct SuperResolution : ::testing::Test {
-    static constexpr int kSize = TypeParam::kSize, kEntry = TypeParam::kEntry;
-    using T = typename TypeParam::LowRes;
-    using Image = TestImage<float>;
+    static constexpr int kSize = Form::kSize, kEntry = Form::kEntry;
+    using Samples = super_resolution::Samples<kSize, typename Form::LowRes>;
     using State = std::unique_ptr<SrhnState, Status (*)(SrhnState*)>;
 
     static State stateOf(const std::vector<float>& table) {
         SrhnState* state = nullptr;
-        EXPECT_EQ(StatusOk, TypeParam::kInitAlloc(&state, table.data(), int32_t(table.size() / kEntry)));
-        return {state, TypeParam::kFree};
+        EXPECT_EQ(StatusOk, Form::kInitAlloc(&state, table.data(), int32_t(table.size() / kEntry)));
+        return {state, Form::kFree};
     }
-
-    /** Samples anywhere in an image, the last one at its end. */
-    struct Samples {
-        std::vector<float> table;
-        std::vector<ImagePoint> places;
-        TestImage<uint32_t> offsets;
-        TestImage<uint16_t> psfIndex;
-        TestImage<T> lowRes;
-        TestImage<uint8_t> weightIndex;
-        std::vector<float> weights;
-
-        Samples(const Image& image, int32_t count, uint32_t entries, Random random = Random(1))
-            : offsets({count, 1}),
-              psfIndex(arrayOf<uint16_t>(count, [&] { return random.below(entries); })),
-              lowRes(arrayOf<T>(count, [&] { return random.value<T>(); })),
-              weightIndex(arrayOf<uint8_t>(count, [&] { return random.value<uint8_t>(); })) {
-            std::generate_n(std::back_inserter(table), entries * kEntry, [&] { return random.summand<float>() / 100; });
-            std::generate_n(std::back_inserter(weights), 256, [&] { return random.summand<float>() / 100; });
-            const auto upTo = [&](int32_t most) { return int32_t(random.below(uint32_t(most) + 1)); };
-            const ImagePoint last{image.roi().width - kSize, image.roi().height - kSize};
-            for (int i = 1; i < count; ++i) {
-                const int32_t x = upTo(last.x);
-                places.push_back({x, upTo(last.y)});
-            }
-            places.push_back(last);
-            offsets = arrayOf<uint32_t>(count, [&, next = places.begin()]() mutable {
-                const ImagePoint place = *next++;
-                return place.y * (image.step() / int32_t{sizeof(float)}) + place.x;
-            });
-        }
-
-        int32_t count() const { return offsets.roi().width; }
-        float coefficient(int i, int row, int column) const {
-            return table[size_t(psfIndex.at(i, 0)) * kEntry + size_t(row * kSize + column)];
-        }
-    };
 
     static TestImage<float> residualsOf(const Image& image, const Samples& samples) {
         const TestImage<float> residual({samples.count(), 1}, {Layout::kBeforeGuard, 0, 0});
         const State state = stateOf(samples.table);
         EXPECT_EQ(StatusOk,
-                  TypeParam::kCalcResidual(image.data(), image.step(), samples.lowRes.data(), samples.offsets.data(),
-                                           samples.psfIndex.data(), residual.data(), samples.count(), state.get()));
+                  Form::kCalcResidual(image.data(), image.step(), samples.lowRes.data(), samples.offsets.data(),
+                                      samples.psfIndex.data(), residual.data(), samples.count(), state.get()));
         return residual;
-    }
-    static TestImage<float> expectedResiduals(const Image& image, const Samples& samples) {
-        return TestImage<float>::filled({samples.count(), 1}, {}, [&](int i, int) {
-            float sum = 0;
-            for (int row = 0; row < kSize; ++row)
-                for (int column = 0; column < kSize; ++column) {
-                    const auto [x, y] = samples.places[size_t(i)];
-                    const float product = image.at(x + column, y + row) * samples.coefficient(i, row, column);
-                    sum = row == 0 && column == 0 ? product : sum + product;
-                }
-            return sum - float(samples.lowRes.at(i, 0));
-        });
     }
 
     static void update(const Image& gradient, const Samples& samples, const TestImage<float>& residual) {
         const State state = stateOf(samples.table);
-        EXPECT_EQ(StatusOk,
-                  TypeParam::kUpdateGradient(gradient.data(), gradient.step(), samples.offsets.data(),
-                                             samples.psfIndex.data(), residual.data(), samples.weightIndex.data(),
-                                             samples.count(), samples.weights.data(), state.get()));
-    }
-    static void updateByDefinition(const Image& gradient, const Samples& samples, const TestImage<float>& residual) {
-        for (int i = 0; i < samples.count(); ++i) {
-            const auto [x, y] = samples.places[size_t(i)];
-            const float g = samples.weights[samples.weightIndex.at(i, 0)] * residual.at(i, 0);
-            for (int row = 0; row < kSize; ++row)
-                for (int column = 0; column < kSize; ++column)
-                    gradient.at(x + column, y + row) += samples.coefficient(i, row, column) * g;
-        }
+        EXPECT_EQ(StatusOk, Form::kUpdateGradient(gradient.data(), gradient.step(), samples.offsets.data(),
+                                                  samples.psfIndex.data(), residual.data(), samples.weightIndex.data(),
+                                                  samples.count(), samples.weights.data(), state.get()));
     }
 
     static Image imageOf(RoiSize roi, Layout layout, uint32_t seed = 3) {
@@ -153,16 +88,16 @@ TYPED_TEST_SUITE(SuperResolution, Forms);
 TYPED_TEST(SuperResolution, ResidualsMatchTheirDefinition) {
     this->forSamples([&](const auto& image, const auto& samples) {
         const auto before = image.copy({});
-        ASSERT_TRUE(samePixels(this->expectedResiduals(image, samples), this->residualsOf(image, samples)));
+        ASSERT_TRUE(samePixels(samples.residuals(image), this->residualsOf(image, samples)));
         ASSERT_TRUE(samePixels(before, image));
     });
 }
 
 TYPED_TEST(SuperResolution, GradientsMatchTheirDefinition) {
     this->forSamples([&](const auto& gradient, const auto& samples) {
-        const auto residual = this->expectedResiduals(gradient, samples);
+        const auto residual = samples.residuals(gradient);
         const auto expected = gradient.copy({});
-        this->updateByDefinition(expected, samples, residual);
+        samples.addTo(expected, residual);
         this->update(gradient, samples, residual);
         ASSERT_TRUE(samePixels(expected, gradient));
     });
@@ -208,10 +143,10 @@ TYPED_TEST(SuperResolution, TakesAllIndices) {
     samples.psfIndex.at(3, 0) = 65535;
     samples.weightIndex = arrayOf<uint8_t>(9, [index = 256]() mutable { return index -= 1; });
     const auto residual = this->residualsOf(image, samples);
-    EXPECT_TRUE(samePixels(this->expectedResiduals(image, samples), residual));
+    EXPECT_TRUE(samePixels(samples.residuals(image), residual));
     const auto gradient = image.copy({});
     this->update(gradient, samples, residual);
-    this->updateByDefinition(image, samples, residual);
+    samples.addTo(image, residual);
     EXPECT_TRUE(samePixels(image, gradient));
 }
 
@@ -219,7 +154,7 @@ TYPED_TEST(SuperResolution, TakesAllIndices) {
 TYPED_TEST(SuperResolution, TakesOffsetsOf32Bits) {
     const TestImage<float> image = this->imageOf({9, 7}, {});
     const typename TestFixture::Samples samples(image, 9, 3);
-    const auto residual = this->expectedResiduals(image, samples);
+    const auto residual = samples.residuals(image);
     const auto state = this->stateOf(samples.table);
     constexpr uint32_t kBefore = 0xFFFFFF00;
     const auto offsets = arrayOf<uint32_t>(9, [&, i = 0]() mutable { return kBefore + samples.offsets.at(i++, 0); });
@@ -230,7 +165,7 @@ TYPED_TEST(SuperResolution, TakesOffsetsOf32Bits) {
                                                  samples.psfIndex.data(), actual.data(), 9, state.get()));
     EXPECT_TRUE(samePixels(residual, actual));
     const auto expected = image.copy({});
-    this->updateByDefinition(expected, samples, residual);
+    samples.addTo(expected, residual);
     ASSERT_EQ(StatusOk,
               TypeParam::kUpdateGradient(first, image.step(), offsets.data(), samples.psfIndex.data(), residual.data(),
                                          samples.weightIndex.data(), 9, samples.weights.data(), state.get()));
@@ -272,11 +207,11 @@ TYPED_TEST(SuperResolution, IsTheSameInAllModesOfTheCaller) {
     const typename TestFixture::Samples samples(image, 33, 5);
     const auto small = TestImage<float>::constant({40, 9}, 3 * std::numeric_limits<float>::denorm_min());
     const typename TestFixture::Samples smallSamples(small, 33, 5);
-    const auto residual = this->expectedResiduals(image, samples);
+    const auto residual = samples.residuals(image);
     const auto expected = image.copy({}), smallExpected = small.copy({});
     const auto smallResidual = TestImage<float>::constant({33, 1}, std::numeric_limits<float>::denorm_min());
-    this->updateByDefinition(expected, samples, residual);
-    this->updateByDefinition(smallExpected, smallSamples, smallResidual);
+    samples.addTo(expected, residual);
+    smallSamples.addTo(smallExpected, smallResidual);
     forCallerModes([&] {
         const auto actual = this->residualsOf(image, samples);
         const auto gradient = image.copy({}), smallGradient = small.copy({});
@@ -299,7 +234,7 @@ TYPED_TEST(SuperResolution, CopiesTheTable) {
     EXPECT_EQ(StatusOk,
               TypeParam::kCalcResidual(image.data(), image.step(), samples.lowRes.data(), samples.offsets.data(),
                                        samples.psfIndex.data(), residual.data(), 9, state));
-    EXPECT_TRUE(samePixels(this->expectedResiduals(image, samples), residual));
+    EXPECT_TRUE(samePixels(samples.residuals(image), residual));
     EXPECT_EQ(StatusOk, TypeParam::kFree(state));
 }
 

@@ -1,64 +1,25 @@
-// Undistorted images and maps against their definitions.
-#include <gtest/gtest.h>
+// Undistorted images against their definition.
 #include <sys/mman.h>
 
 #include <climits>
 #include <cmath>
-#include <vector>
+#include <cstring>
+#include <limits>
 
 #include "arguments.h"
 #include "caller_modes.h"
+#include "camera.h"
 #include "regions.h"
 #include "test/exports/faults.h"
-#include "test_image.h"
 
 namespace {
 
+using undistort::Camera;
+using undistort::cameraFor;
+using undistort::Place;
+using undistort::placeOf;
+
 constexpr float kInfinity = std::numeric_limits<float>::infinity(), kNaN = std::numeric_limits<float>::quiet_NaN();
-
-// --- definitions
-
-struct Camera {
-    float fx, fy, cx, cy, k1, k2, p1 = 0, p2 = 0;
-};
-
-std::ostream& operator<<(std::ostream& out, const Camera& c) {
-    return out << "f " << c.fx << ", " << c.fy << ", c " << c.cx << ", " << c.cy << ", k " << c.k1 << ", " << c.k2
-               << ", p " << c.p1 << ", " << c.p2;
-}
-
-/** Cameras that bend images of this size a little, a lot, or not at all. */
-Camera cameraFor(RoiSize roi, uint32_t seed) {
-    Random random(seed);
-    const auto between = [&](float least, float most) {
-        return least + (most - least) * float(random.below(1 << 16)) / (1 << 16);
-    };
-    const float bend = seed % 4 == 0 ? 0 : seed % 4 == 1 ? 2 : 0.2f;
-    const auto width = float(roi.width), height = float(roi.height);
-    return {width * between(0.4f, 2), height * between(0.4f, 2), width * between(0, 1),
-            height * between(0, 1),   between(-bend, bend),      between(-bend, bend) / 2};
-}
-
-template <typename F>
-struct Place {
-    F x, y;
-};
-
-/** Where a pixel comes from, with all operations in the order that is documented. */
-template <typename F>
-Place<F> placeOf(const Camera& camera, int column, int row) {
-    const F fx = camera.fx, fy = camera.fy, cx = camera.cx, cy = camera.cy, k1 = camera.k1, k2 = camera.k2;
-    const F p1 = camera.p1, p2 = camera.p2, x = F(column), y = F(row), dx = x - cx, dy = y - cy;
-    const F x2 = dx * dx * (1 / (fx * fx)), y2 = dy * dy * (1 / (fy * fy));
-    const F f = (k1 * y2 + k2 * (y2 * y2)) + ((k2 * x2 + k1) * x2 + 2 * k2 * y2 * x2);
-    Place<F> place{x + dx * f, y + dy * f};
-    if (camera.p1 != 0 || camera.p2 != 0) {
-        const F u = dx * (1 / fx), v = dy * (1 / fy), r2 = x2 + y2;
-        place.x = place.x + fx * (2 * p1 * u * v + p2 * (r2 + (x2 + x2)));
-        place.y = place.y + fy * (2 * p2 * u * v + p1 * (r2 + (y2 + y2)));
-    }
-    return place;
-}
 
 /** The four pixels around a place inside the image, weighed. */
 template <typename F, typename T>
@@ -74,8 +35,6 @@ template <typename F>
 bool isInside(RoiSize roi, Place<F> place) {
     return place.x >= 0 && place.x < F(roi.width - 1) && place.y >= 0 && place.y < F(roi.height - 1);
 }
-
-// --- images
 
 template <auto Export, int kChannelCount>
 struct Member;
@@ -261,106 +220,6 @@ TYPED_TEST(UndistortRadial, TakesHugeImages) {
     munmap(memory, bytes);
 }
 
-// --- maps
-
-using Floats = TestImage<float>;
-
-Status createMap(const Floats& xMap, const Floats& yMap, const Camera& c, uint8_t* buffer = nullptr) {
-    return callWith(vekiCreateMapCameraUndistort_32f_C1R, xMap, yMap, xMap.roi(), c.fx, c.fy, c.cx, c.cy, c.k1, c.k2,
-                    c.p1, c.p2, buffer);
-}
-
-void checkMap(RoiSize roi, const Layouts& layouts, const Camera& camera) {
-    SCOPED_TRACE(camera);
-    const Floats xMap(roi, layouts[0]), yMap(roi, layouts[1]);
-    ASSERT_EQ(StatusOk, createMap(xMap, yMap, camera));
-    ASSERT_TRUE(
-        samePixels(Floats::filled(roi, {}, [&](int x, int y) { return placeOf<float>(camera, x, y).x; }), xMap));
-    ASSERT_TRUE(
-        samePixels(Floats::filled(roi, {}, [&](int x, int y) { return placeOf<float>(camera, x, y).y; }), yMap));
-}
-
-Camera tangential(Camera camera) {
-    camera.p1 = 0.02f;
-    camera.p2 = -0.01f;
-    return camera;
-}
-
-TEST(CreateMapCameraUndistort, MatchesItsDefinition) {
-    uint32_t seed = 0;
-    forSmallImages([&](RoiSize roi, const Layouts& layouts) {
-        const Camera camera = cameraFor(roi, ++seed);
-        checkMap(roi, layouts, camera);
-        checkMap(roi, layouts, tangential(camera));
-        Camera one = camera;
-        (seed % 2 == 0 ? one.p1 : one.p2) = -0.05f;
-        checkMap(roi, layouts, one);
-    });
-}
-
-// From 131072 pixels on, maps whose rows begin at multiples of 16 bytes are written past the caches.
-TEST(CreateMapCameraUndistort, MatchesItsDefinitionWhereItIsLarge) {
-    const Layout shifted{Layout::kAfterGuard, 4, 0}, odd{Layout::kAfterGuard, 1, 0};
-    for (const RoiSize roi : {RoiSize{512, 255}, RoiSize{512, 256}, RoiSize{500, 270}, RoiSize{509, 270}})
-        for (const Layouts& layouts : {Layouts({Layout::kAfterGuard, 0, roi.width == 509 ? 3 : 0}),
-                                       Layouts({}, 1, shifted), Layouts({}, 1, odd), Layouts({}, 0, odd)}) {
-            checkMap(roi, layouts, cameraFor(roi, 3));
-            checkMap(roi, layouts, tangential(cameraFor(roi, 3)));
-        }
-}
-
-TEST(CreateMapCameraUndistort, MatchesItsDefinitionInParallel) {
-    forLargeImages(kPixels, [](RoiSize roi, const Layouts& layouts) {
-        checkMap(roi, layouts, cameraFor(roi, 2));
-        checkMap(roi, layouts, tangential(cameraFor(roi, 2)));
-    });
-    forThreadCounts([](int) { checkMap({1024, 260}, {}, tangential(cameraFor({1024, 260}, 2))); });
-}
-
-TEST(CreateMapCameraUndistort, IsNearExactResults) {
-    const RoiSize roi{131, 97};
-    for (uint32_t seed = 0; seed < 12; ++seed) {
-        const Camera camera = tangential(cameraFor(roi, seed));
-        const Floats xMap(roi), yMap(roi);
-        ASSERT_EQ(StatusOk, createMap(xMap, yMap, camera));
-        for (int y = 0; y < roi.height; ++y)
-            for (int x = 0; x < roi.width; ++x) {
-                const double u = (x - double(camera.cx)) / camera.fx, v = (y - double(camera.cy)) / camera.fy;
-                const double r2 = u * u + v * v, f = 1 + camera.k1 * r2 + camera.k2 * r2 * r2;
-                const double u2 = u * f + 2 * camera.p1 * u * v + camera.p2 * (r2 + 2 * u * u);
-                const double v2 = v * f + camera.p1 * (r2 + 2 * v * v) + 2 * camera.p2 * u * v;
-                const double ex = u2 * camera.fx + camera.cx, ey = v2 * camera.fy + camera.cy;
-                ASSERT_NEAR(ex, xMap.at(x, y), 1e-5 * (200 + std::fabs(ex)));
-                ASSERT_NEAR(ey, yMap.at(x, y), 1e-5 * (200 + std::fabs(ey)));
-            }
-    }
-}
-
-TEST(CreateMapCameraUndistort, NeedsNoBuffer) {
-    const RoiSize roi{67, 5};
-    const Floats xMap(roi), yMap(roi), otherX(roi), otherY(roi);
-    const auto buffer = workBuffer(67 * 24 + 128, {Layout::kAfterGuard, 1, 0});
-    ASSERT_EQ(StatusOk, createMap(xMap, yMap, cameraFor(roi, 3)));
-    ASSERT_EQ(StatusOk, createMap(otherX, otherY, cameraFor(roi, 3), buffer.data()));
-    EXPECT_TRUE(samePixels(xMap, otherX));
-    EXPECT_TRUE(samePixels(yMap, otherY));
-    EXPECT_TRUE(buffer.guardsIntact());
-}
-
-TEST(CreateMapCameraUndistort, IgnoresTheModesOfTheCaller) {
-    const RoiSize roi{67, 5};
-    for (Camera camera : {cameraFor(roi, 3), tangential(cameraFor(roi, 3)), Camera{50, 50, 9, 9, 0.1f, 0, 1e-45f, 0}}) {
-        const Floats xMap(roi), yMap(roi);
-        ASSERT_EQ(StatusOk, createMap(xMap, yMap, camera));
-        forCallerModes([&] {
-            const Floats otherX(roi), otherY(roi);
-            EXPECT_EQ(StatusOk, createMap(otherX, otherY, camera));
-            EXPECT_TRUE(samePixels(xMap, otherX));
-            EXPECT_TRUE(samePixels(yMap, otherY));
-        });
-    }
-}
-
 TEST(UndistortGetSize, MatchesItsFormula) {
     for (const auto& [width, expected] :
          {std::pair(1, 128), {3, 128}, {4, 128}, {5, 224}, {640, 15392}, {89478480, 2147483552}}) {
@@ -377,7 +236,5 @@ TEST(UndistortGetSize, MatchesItsFormula) {
 
 const exports::FamilyFaults kFaults("vekiUndistortRadial", {{"fx", StatusBadArgument, {0.0f, -0.0f}},
                                                             {"fy", StatusBadArgument, {0.0f, -0.0f}}});
-const exports::FamilyFaults kMapFaults("vekiCreateMapCameraUndistort", {{"fx", StatusBadArgument, {0.0f, -0.0f}},
-                                                                        {"fy", StatusBadArgument, {0.0f, -0.0f}}});
 
 }  // namespace

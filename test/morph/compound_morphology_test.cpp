@@ -89,7 +89,8 @@ TYPED_TEST(CompoundMorphology, TakesImagesOfAnyHeight) {
             const auto anchors = morph::anchorsOf(size);
             const auto mask = morph::maskOf(size, anchors[size_t(turn) % anchors.size()],
                                             [=](int x, int y) { return turn % 2 == 0 || x + y == 0 || y % 5 == 3; });
-            this->expectAll(mask, {1 + turn % 4, height}, turn++);
+            this->expectAll(mask, {1 + turn % 4, height}, turn);
+            ++turn;
         }
 }
 

@@ -130,9 +130,7 @@ void forThreads(RoiSize roi, const typename Kind::Structure& element, Check chec
 
 /** What the families refuse. Masks have 3 x 3 members where it is not the mask that is wrong. */
 inline const exports::FaultRule kBadWidths{"roiWidth", StatusSizeError, {0, -1, INT_MIN}, exports::Behind::kSizes};
-inline const exports::FaultRule kBadRegions{"maxRoi", StatusSizeError,
-                                            std::initializer_list<RoiSize>{{0, 4}, {-1, 4}, {9, 0}, {9, INT_MIN}},
-                                            exports::Behind::kSizes};
+inline const exports::FaultRule kBadRegions = exports::badSize("maxRoi");
 inline const exports::FaultRule kBadMaskSizes{"maskSize", StatusMaskSizeError,
                                               std::initializer_list<RoiSize>{{0, 1}, {1, 0}, {-1, 3}, {3, INT_MIN}},
                                               exports::Behind::kSizes};

@@ -98,13 +98,13 @@ class Filler {
         for (take(p_.seed.x, p_.seed.y); !waiting.empty(); waiting.pop())
             for (int dy = -1; dy <= 1; ++dy)
                 for (int dx = -1; dx <= 1; ++dx) {
-                    const auto [fromX, fromY] = waiting.front();
-                    const int x = fromX + dx, y = fromY + dy;
+                    const ImagePoint parent = waiting.front();
+                    const int x = parent.x + dx, y = parent.y + dy;
                     if (std::abs(dx) + std::abs(dy) > 1 + p_.reach || !isInside(x, y) || isFilled(x, y))
                         continue;
                     const bool joins = all([&](int k) {
                         const auto i = size_t(k);
-                        const Wide v = at(x, y, k), from = at(fromX, fromY, k);
+                        const Wide v = at(x, y, k), from = at(parent.x, parent.y, k);
                         if (p_.rule == Rule::kPlain)
                             return v == Wide(seed_[i]);
                         return v >= Wide(from - Wide(p_.minDelta[i])) && v <= Wide(from + Wide(p_.maxDelta[i]));

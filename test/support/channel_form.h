@@ -46,8 +46,8 @@ struct ChannelOperands {
     /** check(operands) for regions of all kinds, layouts and channels. */
     template <typename Value, typename Check>
     static void forSmallRegions(Value value, Check check) {
-        forSmallImages([&, turn = 0](RoiSize roi, const Layouts& layouts) mutable {
-            ChannelOperands operands(roi, layouts, value);
+        forSmallImages([&, turn = 0](RoiSize size, const Layouts& layouts) mutable {
+            ChannelOperands operands(size, layouts, value);
             if (kChannels > 1)
                 operands.channel = 1 + turn++ % 3;
             SCOPED_TRACE(::testing::Message() << "channel " << operands.channel);

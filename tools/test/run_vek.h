@@ -62,6 +62,13 @@ inline std::string inCapitals(std::string text) {
     return text;
 }
 
+/** The pixels of a picture as ffmpeg sees them: where a mistake of reading and writing could cancel out. */
+inline std::vector<uint8_t> decodedByFfmpeg(const std::string& path, const std::string& format) {
+    const Result result = run("ffmpeg -nostdin -v error -i " + path + " -f rawvideo -pix_fmt " + format + " -");
+    EXPECT_EQ(0, result.status) << result.output;
+    return {result.output.begin(), result.output.end()};
+}
+
 /** Random pixels. */
 inline Picture picture(int32_t width, int32_t height, int32_t channels, int32_t bits, uint32_t seed) {
     Picture result(width, height, channels, bits);
