@@ -10,7 +10,7 @@
 #                   FILTER=text takes the exports whose names contain the text, QUICK=1 fewer sizes and rounds
 #   make fuzz       calls all exports with random arguments for SECONDS=60; what it finds lies in build/fuzz
 #   make docs       the manual of every function as pages: build/docs/html/index.html
-#   make pictures   the pictures of README.md, in docs/pictures
+#   make pictures   the pictures of README.md and docs/tool.md, in docs/pictures
 #   make python     the Python package as a wheel, in build/python
 #   make cluster-demo   a picture of a gigapixel by two worker processes, one of which is killed
 #   make install    into PREFIX (/usr/local); WIDTH=i386 for 32 bits, STATIC=1 for static libraries, PYTHON=1 for the
@@ -94,40 +94,10 @@ docs:
 	@VEKCV_VERSION=$$(sed -n 's/^project(vekcv VERSION \([0-9.]*\).*/\1/p' CMakeLists.txt) doxygen docs/Doxyfile
 	@docs/finish.sh build/docs/html
 
-# A part of the photograph of examples/pictures/camera.png, and straight lines.
-DETAIL := crop=120:120:190:70,scale=240:240:flags=neighbor
-GRID := color=white:s=480x360,drawgrid=w=40:h=40:t=3:c=black
 pictures:
 	@cmake/packages.sh build demo
 	@cmake --preset x86_64 $(OPTIONS) >/dev/null && cmake --build --preset x86_64 --target $(DEMO_PROGRAMS)
-	@build/x86_64/vek filter sobel-neg-vert examples/pictures/camera.png docs/pictures/derivative.jpg
-	@build/x86_64/vek localcontrast examples/pictures/camera.png docs/pictures/local-contrast.jpg --window 5
-	@build/x86_64/vek edges examples/pictures/camera.png docs/pictures/edges.png --low 100 --high 250
-	@build/x86_64/vek detect $(CASCADE) examples/pictures/astronaut.png -o docs/pictures/faces.jpg
-	@build/x86_64/vek morph blackhat examples/pictures/text.png docs/pictures/writing.png --element ellipse --size 9x9
-	@build/x86_64/vek edges examples/pictures/coins.png build/coins-edges.png --low 1500 --high 3000 --aperture 5
-	@build/x86_64/vek morph close build/coins-edges.png build/closed.png --element ellipse --size 5x5
-	@build/x86_64/vek fillholes build/closed.png docs/pictures/regions.png
-	@build/x86_64/vek segment examples/pictures/coins.png docs/pictures/objects.png --mask docs/pictures/regions.png
-	@build/x86_64/tools/make_scratches examples/pictures/astronaut.png docs/pictures/scratched.jpg build/scratches.png
-	@build/x86_64/tools/make_scratches examples/pictures/astronaut.png build/scratched.png build/scratches.png
-	@build/x86_64/vek inpaint build/scratched.png build/scratches.png docs/pictures/restored.jpg
-	@rm -rf build/pictures && mkdir -p $(addprefix build/pictures/,still moving masks trails small)
-	@build/x86_64/tools/make_scene examples/pictures/camera.png examples/pictures/chelsea.png build/pictures/still 30 0
-	@build/x86_64/tools/make_scene examples/pictures/camera.png examples/pictures/chelsea.png build/pictures/moving 30 3
-	@build/x86_64/vek foreground build/pictures/still/*.png -o build/pictures/masks/%02d.png
-	@build/x86_64/vek track build/pictures/moving/*.png -o build/pictures/trails/%02d.jpg
-	@cp build/pictures/masks/15.png docs/pictures/foreground.png
-	@cp build/pictures/trails/18.jpg docs/pictures/trails.jpg
-	@ffmpeg -nostdin -v error -y -i build/pictures/still/frame-15.png -q:v 3 docs/pictures/frame.jpg
-	@build/x86_64/tools/make_small_frames examples/pictures/camera.png build/pictures/small 16
-	@build/x86_64/vek superres build/pictures/small/*.png -o build/pictures/large.png
-	@ffmpeg -nostdin -v error -y -i build/pictures/large.png -vf $(DETAIL) docs/pictures/super-resolution.png
-	@ffmpeg -nostdin -v error -y -i build/pictures/small/frame-01.png -vf scale=2*iw:-1:flags=bicubic,$(DETAIL) \
-	    docs/pictures/enlarged.png
-	@ffmpeg -nostdin -v error -y -f lavfi -i $(GRID) -frames:v 1 -pix_fmt gray build/pictures/grid.png
-	@build/x86_64/tools/make_bent build/pictures/grid.png docs/pictures/bent.png
-	@build/x86_64/vek undistort docs/pictures/bent.png docs/pictures/straightened.png --focal 400,400 --radial -0.25,0.05
+	@docs/pictures.sh build/x86_64
 
 python:
 	@cmake/packages.sh build python

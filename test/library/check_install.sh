@@ -15,6 +15,15 @@ export PKG_CONFIG_LIBDIR
 PKG_CONFIG_LIBDIR=$(dirname "$(find "$prefix" -name vekcv.pc)")
 libraries=$(pkg-config --variable=libdir vekcv)
 
+# run_programs FOLDER. That of the README writes a grey picture of 640 x 480 pixels.
+run_programs() {
+    "$1/use_vekcv"
+    "$1/use_vekcv_cpp"
+    "$1/readme" >readme.pgm
+    [ "$(head -n 1 readme.pgm)" = "P5 640 480 255" ] || { echo "The program of the README makes no picture"; exit 1; }
+    [ "$(wc -c <readme.pgm)" = 307215 ] || { echo "The picture of the program of the README is not whole"; exit 1; }
+}
+
 echo "pkg-config"
 pkg-config --validate vekcv
 [ "$(pkg-config --modversion vekcv)" = 7.1.0 ]
@@ -31,15 +40,11 @@ for program in use_vekcv.c readme.c; do
 done
 # shellcheck disable=SC2086
 c++ $flags -std=c++20 -pedantic -Wall -Wextra -Werror use_vekcv_cpp.cpp $options -o use_vekcv_cpp
-for program in use_vekcv use_vekcv_cpp readme; do
-    LD_LIBRARY_PATH=$libraries "./$program"
-done
+LD_LIBRARY_PATH=$libraries run_programs .
 
 echo "CMake"
 cp "$source/test/library/package.cmake" CMakeLists.txt
 cmake -S . -B build -G Ninja -DCMAKE_PREFIX_PATH="$prefix" -DCMAKE_C_FLAGS="$flags" -DCMAKE_CXX_FLAGS="$flags" \
     >"$scratch/cmake.log" || { cat "$scratch/cmake.log"; exit 1; }
 cmake --build build >"$scratch/build.log" || { cat "$scratch/build.log"; exit 1; }
-for program in use_vekcv use_vekcv_cpp readme; do
-    "build/$program"
-done
+run_programs build
