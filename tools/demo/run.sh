@@ -1,84 +1,19 @@
 #!/usr/bin/env bash
 # Shows the operations of the tool on photographs, as a page of pictures: build/demo/index.html.
-# Usage: run.sh BUILD_FOLDER. Every entry of the page is one call of `show`, `print`, `strip` or `figures` below.
+# Usage: run.sh BUILD_FOLDER. What the page is made of is in page.sh.
 set -euo pipefail
 build=$(realpath "$1")
-source=$(realpath "$(dirname "$0")/../..")
+here=$(realpath "$(dirname "$0")")
+source=$(realpath "$here/../..")
 demo=$source/build/demo
 rm -rf "$demo"
 mkdir -p "$demo"/{filters,frames,motion,still,moving,masks,histogram,trails,small}
 cd "$demo"
 cp "$source"/examples/pictures/*.png .
 cascades=/usr/share/opencv4/haarcascades  # of Debian's package opencv-data
+# shellcheck source=tools/demo/page.sh
+. "$here/page.sh"
 convert_media() { ffmpeg -nostdin -v error -y "$@"; }
-
-escape() { sed 's/&/\&amp;/g; s/</\&lt;/g; s/>/\&gt;/g' <<<"$1"; }
-
-section() { printf '<h2>%s</h2>\n<p>%s</p>\n' "$1" "$2"; }
-
-# run ARGUMENT...: runs vek with the arguments; sets `text` to what it prints and `time` to the time that the library
-# took. What it complains of is shown, and ends the script.
-run() {
-    echo "vek $*" >&2
-    # Unquoted, for an argument may be a pattern of file names, which is then shown as it is.
-    # shellcheck disable=SC2048,SC2086
-    if ! text=$("$build/vek" $* --time 2>errors.txt); then
-        cat errors.txt >&2
-        exit 1
-    fi
-    time=$(sed -n 's/^ *\([0-9.]* ms\)  in all$/\1/p' errors.txt)
-    rm errors.txt
-}
-
-# show TITLE INPUTS OUTPUTS ARGUMENT...: runs vek with the arguments, and shows the pictures, what it prints and the time
-# that the library took. Inputs and outputs are lists of pictures, separated by spaces.
-show() {
-    local title=$1 inputs=$2 outputs=$3 picture text time
-    shift 3
-    run "$@"
-    printf '<article>\n<h3>%s</h3>\n<div class="pictures">\n' "$(escape "$title")"
-    for picture in $inputs; do printf '<img src="%s" alt="%s" title="%s">\n' "$picture" "$picture" "$picture"; done
-    echo '</div><div class="pictures"><span class="arrow">&rarr;</span>'
-    for picture in $outputs; do printf '<img src="%s" alt="%s" title="%s">\n' "$picture" "$picture" "$picture"; done
-    printf '</div>\n'
-    [ -z "$text" ] || printf '<pre>%s</pre>\n' "$(escape "$text")"
-    printf '<code>vek %s</code><span class="time">%s in the library</span>\n</article>\n' "$(escape "$*")" "$time"
-}
-
-# print TITLE ARGUMENT...: runs vek with the arguments, and shows what it prints and the time that the library took.
-print() {
-    local title=$1 text time
-    shift
-    run "$@"
-    printf '<article>\n<h3>%s</h3>\n<pre>%s</pre>\n' "$(escape "$title")" "$(escape "$text")"
-    printf '<code>vek %s</code><span class="time">%s in the library</span>\n</article>\n' "$(escape "$*")" "$time"
-}
-
-# strip TITLE PICTURE FILTER...: shows a picture and what each filter, a name with options, makes of it.
-strip() {
-    local title=$1 picture=$2 filter output text time
-    shift 2
-    printf '<article>\n<h3>%s</h3>\n<div class="pictures">\n' "$(escape "$title")"
-    printf '<figure><img src="%s" alt="%s"><figcaption>%s</figcaption></figure>\n' "$picture" "$picture" "$picture"
-    for filter in "$@"; do
-        output=filters/${picture%.png}-${filter// /}.png
-        run filter "$filter" "$picture" "$output"
-        printf '<figure><img src="%s" alt="%s"><figcaption>%s<br>%s</figcaption></figure>\n' \
-            "$output" "$filter" "$filter" "$time"
-    done
-    printf '</div>\n<code>vek filter NAME %s OUT</code>\n</article>\n' "$picture"
-}
-
-# figures TITLE PICTURE...: shows pictures with their names.
-figures() {
-    local title=$1 picture
-    shift
-    printf '<article>\n<h3>%s</h3>\n<div class="pictures">\n' "$(escape "$title")"
-    for picture in "$@"; do
-        printf '<figure><img src="%s" alt="%s"><figcaption>%s</figcaption></figure>\n' "$picture" "$picture" "$picture"
-    done
-    printf '</div>\n</article>\n'
-}
 
 # Inputs that are made from the photographs.
 "$build/tools/make_frames" camera.png frames 12
@@ -95,35 +30,7 @@ convert_media -i text16.png -vf 'gblur=sigma=12' -pix_fmt gray16be blurred16.png
 convert_media -f lavfi -i 'color=black:s=320x240,drawbox=0:0:160:240:white:fill' -frames:v 1 -pix_fmt gray mask.png
 convert_media -framerate 6 -i frames/frame-%02d.png -c:v ffv1 -pix_fmt gray frames.mkv
 
-page() {
-    cat <<'HTML'
-<!DOCTYPE html>
-<html lang="en">
-<head>
-<meta charset="utf-8">
-<meta name="viewport" content="width=device-width, initial-scale=1">
-<title>vekcv on photographs</title>
-<style>
-body { font: 16px/1.5 system-ui, sans-serif; color: #222; background: #fafafa; max-width: 70rem; margin: 0 auto; padding: 1rem 1.5rem 4rem; }
-h1 { margin-bottom: 0; } h2 { margin-top: 3rem; border-bottom: 2px solid #ddd; } h3 { margin: 0 0 .5rem; font-size: 1rem; }
-pre, code { font-family: ui-monospace, monospace; font-size: .85rem; }
-pre { background: #fff; border: 1px solid #ddd; border-radius: .5rem; padding: 1rem; overflow-x: auto; }
-article { background: #fff; border: 1px solid #ddd; border-radius: .5rem; padding: 1rem; margin: 1rem 0; }
-.pictures { display: flex; flex-wrap: wrap; gap: .75rem; align-items: center; margin-bottom: .75rem; }
-.pictures img { height: 11rem; max-width: 100%; border: 1px solid #ccc; }
-figure { margin: 0; } figcaption { font-size: .85rem; color: #666; }
-.arrow { font-size: 2rem; color: #888; }
-article code { display: block; background: #f0f0f0; border-radius: .3rem; padding: .3rem .6rem; overflow-wrap: anywhere; }
-.time { color: #666; font-size: .85rem; }
-</style>
-</head>
-<body>
-<h1>vekcv on photographs</h1>
-<p>Every picture behind an arrow was made by the command below it. The time is that of the library's functions alone,
-without reading and writing files, of one run on this machine.</p>
-HTML
-    printf '<pre>%s</pre>\n' "$(escape "$("$build/vek" info)")"
-
+entries() {
     section 'Absolute difference' 'What differs between two pictures, pixel by pixel.'
     show 'Two frames of a sequence, 8-bit grey' 'frames/frame-03.png frames/frame-09.png' difference.png \
         diff frames/frame-03.png frames/frame-09.png difference.png
@@ -132,8 +39,8 @@ HTML
     show 'Text and its blurred self: the uneven light is gone, 16-bit grey' 'text16.png blurred16.png' letters.png \
         diff text16.png blurred16.png letters.png
 
-    section 'Running average' 'A background that learns: each new frame enters with a weight. A disc crosses the picture in
-twelve shaking, noisy frames; the average forgets it and smooths the noise.'
+    section 'Running average' 'A background that learns: each new frame enters with a weight. A disc crosses the picture
+in twelve shaking, noisy frames; the average forgets it and smooths the noise.'
 
     show 'Twelve frames' 'frames/frame-02.png frames/frame-07.png frames/frame-12.png' background.png \
         background 'frames/*.png' -o background.png --alpha 0.1
@@ -182,17 +89,17 @@ negative; the largest magnitude in a picture is black or white. The mean and the
     strip 'A photograph under every filter, masks of 3 x 3' camera.png \
         sobel-horiz sobel-vert sobel-neg-vert sobel-horiz-second sobel-vert-second sobel-cross \
         scharr-horiz scharr-vert laplacian lowpass 'gauss --sigma 1.5' 'gauss --sigma 5'
-    strip 'Coins, masks of 5 x 5' coins.png 'sobel-horiz --aperture 5' 'sobel-neg-vert --aperture 5' 'laplacian --aperture 5' \
-        'lowpass --aperture 5'
+    strip 'Coins, masks of 5 x 5' coins.png 'sobel-horiz --aperture 5' 'sobel-neg-vert --aperture 5' \
+        'laplacian --aperture 5' 'lowpass --aperture 5'
 
-    section 'Edges' 'By Canny: where the derivative is largest across an edge and above a threshold, and where it is above a
-lower one beside that.'
+    section 'Edges' 'By Canny: where the derivative is largest across an edge and above a threshold, and where it is
+above a lower one beside that.'
     show 'A photograph' camera.png camera-edges.png edges camera.png camera-edges.png --low 100 --high 250
     show 'Coins, with derivatives over 5 x 5 pixels' coins.png coins-edges.png \
         edges coins.png coins-edges.png --low 1500 --high 3000 --aperture 5
 
-    section 'Morphology' 'The largest, the smallest value under an element that lies on each pixel in turn, and what they
-are combined to.'
+    section 'Morphology' 'The largest, the smallest value under an element that lies on each pixel in turn, and what
+they are combined to.'
     show 'Writing on uneven paper, and what is darker than all around it in 9 x 9 pixels: the uneven light is gone' \
         text.png writing.png morph blackhat text.png writing.png --element ellipse --size 9x9
     show 'The paper alone' text.png paper.png morph close text.png paper.png --element ellipse --size 15x15
@@ -257,9 +164,9 @@ light yellow at the largest distance.'
     show 'A photograph' coffee-bent.png coffee-straight.png \
         undistort coffee-bent.png coffee-straight.png --focal 400,400 --radial -0.25,0.05
 
-    section 'Super-resolution' 'One picture of twice the width and height from small, noisy frames that are each moved by
-another fraction of a pixel; the tool finds out how. The ratio of signal to noise is that against the photograph, whose
-small copies the frames are. Below, a part of the first frame enlarged, of the result, and of the photograph.'
+    section 'Super-resolution' 'One picture of twice the width and height from small, noisy frames that are each moved
+by another fraction of a pixel; the tool finds out how. The ratio of signal to noise is that against the photograph,
+whose small copies the frames are. Below, a part of the first frame enlarged, of the result, and of the photograph.'
     show 'Sixteen frames of 256 x 256 pixels' 'small/frame-01.png small/frame-02.png small/frame-16.png' large.png \
         superres 'small/*.png' -o large.png --reference camera.png
     detail='crop=120:120:190:70,scale=480:480:flags=neighbor'
@@ -268,10 +175,14 @@ small copies the frames are. Below, a part of the first frame enlarged, of the r
     convert_media -i camera.png -vf "$detail" detail-camera.png
     figures 'A part of it' detail-enlarged.png detail-large.png detail-camera.png
 
-    section 'Objects' 'What a trained cascade of Haar-like features finds: x, y, width and height, and a box in the picture.'
+    section 'Objects' 'What a trained cascade of Haar-like features finds: x, y, width and height, and a box in the
+picture.'
     show 'A face' astronaut.png faces.png detect "$cascades/haarcascade_frontalface_alt.xml" astronaut.png -o faces.png
-    printf '</body>\n</html>\n'
 }
 
-page >index.html
+entries >entries.html
+document 'vekcv on photographs' 'Every picture with an arrow was made by the command below it. The time is that of the
+library functions alone, without reading and writing files, of one run on this machine.' \
+    "$here/style.css" entries.html >index.html
+rm entries.html
 echo "The page is $demo/index.html"
