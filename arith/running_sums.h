@@ -1,15 +1,16 @@
 // Rows of upright integral images.
 #pragma once
 
+#include "byte_pairs.h"
 #include "image.h"
 #include "pair_products.h"
 
 namespace VEKCV_VARIANT {
 
-/** Vectors of pixels have at most two 128-bit groups, whose sums are joined. */
-using Pixels = hn::CappedTag<uint16_t, 16>;
-constexpr auto kVectorPixels = static_cast<ptrdiff_t>(hn::MaxLanes(Pixels()));
-using Sums = hn::Rebind<int32_t, hn::Half<Pixels>>;
+/** Lanes of a vector of sums. Two such vectors are made in one step. */
+using Sums = hn::CappedTag<int32_t, 8>;
+constexpr auto kSumLanes = static_cast<ptrdiff_t>(hn::MaxLanes(Sums()));
+constexpr ptrdiff_t kVectorPixels = 2 * kSumLanes;
 
 /** a + b; integers wrap. */
 template <typename Entry>
@@ -20,14 +21,38 @@ Entry plus(Entry a, Entry b) {
         return static_cast<Entry>(static_cast<uint32_t>(a) + static_cast<uint32_t>(b));
 }
 
-/** For each lane the sum of all lanes up to it in its 128 bits. */
-template <typename D>
-HWY_INLINE hn::Vec<D> prefixSumsIn128Bits(D d, hn::Vec<D> v) {
-    v = hn::Add(v, hn::ShiftLeftLanes<1>(d, v));
-    v = hn::Add(v, hn::ShiftLeftLanes<2>(d, v));
-    if constexpr (sizeof(hn::TFromD<D>) == 2)
-        v = hn::Add(v, hn::ShiftLeftLanes<4>(d, v));
-    return v;
+/** For each lane of a vector of sums which bytes of a group of four pixels it adds up: those up to the lane's own. */
+template <ptrdiff_t kGroup>
+struct GroupWeights {
+    alignas(4 * kSumLanes) int8_t bytes[4 * kSumLanes];
+
+    constexpr GroupWeights() : bytes() {
+        for (ptrdiff_t i = 0; i < 4 * kSumLanes; ++i)
+            bytes[i] = kGroup + i % 4 <= i / 4;
+    }
+};
+
+/** In the two halves of each lane a part of the sum of the four pixels from kGroup on, as far as the lane adds them. */
+template <ptrdiff_t kGroup>
+HWY_INLINE auto groupSums(const uint8_t* pixels) {
+    static constexpr GroupWeights<kGroup> kWeights;
+    const hn::Repartition<uint8_t, Sums> bytes;
+    int32_t group;
+    __builtin_memcpy(&group, pixels + kGroup, sizeof(group));
+    return sumBytePairs(hn::Repartition<int16_t, Sums>(), hn::BitCast(bytes, hn::Set(Sums(), group)),
+                        hn::Load(hn::RebindToSigned<decltype(bytes)>(), kWeights.bytes));
+}
+
+/**
+ * For each lane the sum of the pixels up to it. Every lane picks its pixels out of groups that are loaded into all of
+ * them: that takes multiply-adds, for which processors have more ports than for the shuffles that would move lanes.
+ */
+HWY_INLINE hn::Vec<Sums> prefixSums(const uint8_t* pixels) {
+    const hn::Repartition<int16_t, Sums> d;
+    auto sums = groupSums<0>(pixels);
+    if constexpr (kSumLanes == 8)
+        sums = hn::Add(sums, groupSums<4>(pixels));
+    return addPairProducts(Sums(), sums, hn::Set(d, 1), hn::Zero(Sums()));
 }
 
 /** The sums of the pixels of a row so far. */
@@ -39,15 +64,12 @@ class RunningSum {
     static constexpr ptrdiff_t kExactPixels = hwy::IsFloat<T>() ? 65536 : PTRDIFF_MAX;
 
     /** Writes the entries for the next pixels of the row from the entries above them. */
-    HWY_INLINE void addVector(hn::Vec<Pixels> pixels, const T* above, T* row) {
-        const auto sums = prefixSumsIn128Bits(Pixels(), pixels);
-        const auto lower = hn::PromoteTo(Sums(), hn::LowerHalf(sums));
-        const auto upper = hn::PromoteTo(Sums(), hn::UpperHalf(hn::Half<Pixels>(), sums));
-        write(hn::Add(lower, before_), above, row);
-        if constexpr (kVectorPixels == 16)  // each half is a 128-bit group
-            before_ = hn::Add(before_, last(lower));
-        write(hn::Add(upper, before_), above + kVectorPixels / 2, row + kVectorPixels / 2);
-        before_ = hn::Add(before_, last(upper));
+    HWY_INLINE void addVector(const uint8_t* pixels, const T* above, T* row) {
+        const auto first = prefixSums(pixels), second = hn::Add(prefixSums(pixels + kSumLanes), last(first));
+        write(hn::Add(first, before_), above, row);
+        const auto sums = hn::Add(second, before_);
+        write(sums, above + kSumLanes, row + kSumLanes);
+        before_ = last(sums);
     }
 
     /** To be called after the last vector and before the first single pixel. */
@@ -71,13 +93,22 @@ class RunningSum {
 
     /** The last lane in all lanes. */
     HWY_INLINE static V last(V v) {
-        constexpr auto kLast = static_cast<int32_t>(hn::MaxLanes(Sums())) - 1;
-        return hn::TableLookupLanes(v, hn::IndicesFromVec(Sums(), hn::Set(Sums(), kLast)));
+        if constexpr (kSumLanes == 4)
+            return hn::Broadcast<3>(v);
+        else
+            return hn::TableLookupLanes(v, hn::IndicesFromVec(Sums(), hn::Set(Sums(), kSumLanes - 1)));
     }
 
     V before_ = hn::Zero(Sums());
     T sum_ = 0;
 };
+
+/** For each of the four lanes of 128 bits the sum of the lanes up to it. */
+template <typename D>
+HWY_INLINE hn::Vec<D> prefixSumsIn128Bits(D d, hn::Vec<D> v) {
+    v = hn::Add(v, hn::ShiftLeftLanes<1>(d, v));
+    return hn::Add(v, hn::ShiftLeftLanes<2>(d, v));
+}
 
 /** The sums of the squares of the pixels of a row so far. */
 template <typename T>
@@ -86,7 +117,8 @@ class RunningSquareSum {
     using Entry = T;
     static constexpr ptrdiff_t kExactPixels = PTRDIFF_MAX;
 
-    HWY_INLINE void addVector(hn::Vec<Pixels> pixels, const T* above, T* row) {
+    HWY_INLINE void addVector(const uint8_t* bytes, const T* above, T* row) {
+        const auto pixels = hn::PromoteTo(Pixels(), hn::LoadU(hn::Rebind<uint8_t, Pixels>(), bytes));
         // The multiply-add gives the sum of the squares of each pair of pixels, so prefix sums of these are those up to
         // each second pixel; without the square of that pixel they are those up to the first.
         const hn::Repartition<int32_t, Pixels> d;
@@ -113,6 +145,7 @@ class RunningSquareSum {
     }
 
   private:
+    using Pixels = hn::Repartition<uint16_t, Sums>;
     using Four = hn::Full128<int32_t>;
     using D = hn::CappedTag<T, 4>;
     static constexpr auto kLanes = static_cast<ptrdiff_t>(hn::MaxLanes(D()));
@@ -166,9 +199,7 @@ struct TableRow {
     Entry* entries;
     Running running{};
 
-    HWY_INLINE void addVector(ptrdiff_t x, hn::Vec<Pixels> pixels) {
-        running.addVector(pixels, above + x, entries + x);
-    }
+    HWY_INLINE void addVector(ptrdiff_t x, const uint8_t* pixels) { running.addVector(pixels, above + x, entries + x); }
     HWY_INLINE void endVectors() { running.endVectors(); }
     HWY_INLINE void addPixel(ptrdiff_t x, uint8_t pixel) { running.addPixel(pixel, above + x, entries + x); }
 };
@@ -179,10 +210,8 @@ HWY_INLINE void integrate(const uint8_t* pixels, ptrdiff_t begin, ptrdiff_t end,
     ptrdiff_t vectorsEnd = end;
     ((vectorsEnd = HWY_MIN(vectorsEnd, Rows::kExactPixels)), ...);
     ptrdiff_t x = begin;
-    for (; x + kVectorPixels <= vectorsEnd; x += kVectorPixels) {
-        const auto vector = hn::PromoteTo(Pixels(), hn::LoadU(hn::Rebind<uint8_t, Pixels>(), pixels + x));
-        (rows.addVector(x, vector), ...);
-    }
+    for (; x + kVectorPixels <= vectorsEnd; x += kVectorPixels)
+        (rows.addVector(x, pixels + x), ...);
     if (x == end)
         return;
     (rows.endVectors(), ...);
