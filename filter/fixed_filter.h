@@ -8,6 +8,7 @@
 #include "pipeline_buffer.h"
 #include "pixelwise.h"
 #include "row_ring.h"
+#include "small_float_filter.h"
 #include "stores.h"
 #include "streaming.h"
 
@@ -184,10 +185,10 @@ HWY_NOINLINE void writeRingRow(const ExtendedRow<T>& extended, const T* row, int
     writeFilteredRow(extended, row, width, false, rule, rule.filtered[0]);
 }
 
-/** Filters a stripe of rows, with the scratch memory of a thread. */
+/** Filters a stripe of rows, each of which is filtered by itself and kept as long as windows need it. */
 template <typename Filter, typename T, typename Result>
-void filterFixed(Image<const T> source, Image<Result> out, RoiSize roi, const Border<T>& border, int32_t first,
-                 int32_t rows, Scratch scratch) {
+void filterWithRing(Image<const T> source, Image<Result> out, RoiSize roi, const Border<T>& border, int32_t first,
+                    int32_t rows, Scratch scratch) {
     using Rows = typename Filter::Rows;
     constexpr int32_t kTaps = Rows::kTaps, kParts = Rows::kParts, kReach = kTaps / 2;
     const ExtendedImage<T> image(scratch, source, roi, border, kReach);
@@ -212,6 +213,16 @@ void filterFixed(Image<const T> source, Image<Result> out, RoiSize roi, const Bo
     }
     if (streams)
         hwy::FlushStream();
+}
+
+/** Filters a stripe of rows, with the scratch memory of a thread. */
+template <typename Filter, typename T, typename Result>
+void filterFixed(Image<const T> source, Image<Result> out, RoiSize roi, const Border<T>& border, int32_t first,
+                 int32_t rows, Scratch scratch) {
+    if constexpr (std::is_same_v<T, float> && Filter::Rows::kTaps == 3)
+        filterSmallFloats<Filter>(source, out, roi, border, first, rows, scratch);
+    else
+        filterWithRing<Filter>(source, out, roi, border, first, rows, scratch);
 }
 
 /** Whether the filters share their work among threads. */
