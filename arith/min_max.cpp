@@ -111,7 +111,7 @@ HWY_INLINE ptrdiff_t findFirst(ptrdiff_t width, Pixels<T, kStride> pixels, Mask 
     };
     for (ptrdiff_t x = 0; x < width; x += kLanes) {
         const ptrdiff_t count = HWY_MIN(kLanes, width - x);
-        const bool isInside = x + kLanes + (kStride > 1 ? 1 : 0) <= width;
+        const bool isInside = x + kLanes <= width;
         typename Pixels<T, kStride>::Rest pixelRest;
         typename Mask::Rest maskRest;
         const ptrdiff_t found = isInside

@@ -2,6 +2,7 @@
 // so that all variants add floats in the same order.
 #pragma once
 
+#include "every_third.h"
 #include "parallel.h"
 #include "pixel_rows.h"
 #include "promote.h"
@@ -23,20 +24,11 @@ template <typename T>
 constexpr ptrdiff_t kChunkVectors = kChunkPixels<T> / static_cast<ptrdiff_t>(hn::MaxLanes(hn::ScalableTag<T>()));
 
 /**
- * Copies `count` elements, at most kMost, and fills the rest of the chunk with the neutral one. The code calls nothing,
- * as no accumulator stays in a register across a call, and is short, as it is inlined in every reduction.
+ * Copies `count` elements, and fills the rest of the chunk with the neutral one. The code calls nothing, as no
+ * accumulator stays in a register across a call, and is short, as it is inlined in every reduction.
  */
-template <ptrdiff_t kMost, typename T, size_t kRoom>
+template <typename T, size_t kRoom>
 HWY_INLINE void copyRest(T (&to)[kRoom], const T* from, ptrdiff_t count, T neutral) {
-    if (count == kMost) {  // a copy of constant size is quick
-        const hn::CappedTag<T, 16> few;
-        constexpr auto kCopied = static_cast<ptrdiff_t>(hn::MaxLanes(hn::CappedTag<T, 16>()));
-#pragma GCC unroll 12
-        for (ptrdiff_t i = 0; i + kCopied <= kMost; i += kCopied)
-            hn::StoreU(hn::LoadU(few, from + i), few, to + i);
-        hn::StoreU(hn::LoadU(few, from + kMost - kCopied), few, to + kMost - kCopied);
-        return;
-    }
     const hn::ScalableTag<T> d;
     constexpr auto kLanes = static_cast<ptrdiff_t>(hn::MaxLanes(hn::ScalableTag<T>()));
 #pragma GCC unroll 1
@@ -72,9 +64,6 @@ HWY_INLINE void copyRest(T (&to)[kRoom], const T* from, ptrdiff_t count, T neutr
 /** Pixels of one channel: every kStride-th element. */
 template <typename T, int32_t kStride = 1>
 struct Pixels {
-    /** Elements that a chunk reads behind the last one of the channel. */
-    static constexpr ptrdiff_t kBeyond = kStride - 1;
-
     const T* first;
 
     HWY_INLINE Pixels operator+(ptrdiff_t x) const { return {first + x * kStride}; }
@@ -87,18 +76,11 @@ struct Pixels {
 
     template <typename D>
     HWY_INLINE hn::Vec<D> load(D d) const {
-        if constexpr (kStride == 1) {
+        static_assert(kStride == 1 || kStride == 3);
+        if constexpr (kStride == 1)
             return hn::LoadU(d, first);
-        } else if constexpr (kStride == 3) {
-            hn::Vec<D> channel, second, third;
-            hn::LoadInterleaved3(d, first, channel, second, third);
-            return channel;
-        } else {
-            static_assert(kStride == 4);
-            hn::Vec<D> channel, second, third, fourth;
-            hn::LoadInterleaved4(d, first, channel, second, third, fourth);
-            return channel;
-        }
+        else
+            return loadEveryThird(d, first);
     }
 
     /** Memory for a chunk: the last pixels of a row, with a neutral value in the place of those that it lacks. */
@@ -108,7 +90,7 @@ struct Pixels {
         Rest() {}  // leaves them uninitialised
 
         HWY_INLINE Pixels copy(Pixels pixels, ptrdiff_t count, T neutral) {
-            copyRest<(kChunkPixels<T> - 1) * kStride + 1>(elements, pixels.first, (count - 1) * kStride + 1, neutral);
+            copyRest(elements, pixels.first, (count - 1) * kStride + 1, neutral);
             return {elements};
         }
     };
@@ -116,8 +98,6 @@ struct Pixels {
 
 /** The mask bytes of pixels: pixels whose byte is 0 take no part. */
 struct MaskBytes {
-    static constexpr ptrdiff_t kBeyond = 0;
-
     const uint8_t* first;
 
     HWY_INLINE MaskBytes operator+(ptrdiff_t x) const { return {first + x}; }
@@ -144,7 +124,7 @@ struct MaskBytes {
 
         template <typename T>
         HWY_INLINE MaskBytes copy(MaskBytes mask, ptrdiff_t count, T /*neutral*/) {
-            copyRest<kChunkPixels<T>>(bytes, mask.first, count, uint8_t{0});
+            copyRest(bytes, mask.first, count, uint8_t{0});
             return {bytes};
         }
     };
@@ -152,8 +132,6 @@ struct MaskBytes {
 
 /** In the place of MaskBytes where there is no mask. */
 struct NoMask {
-    static constexpr ptrdiff_t kBeyond = 0;
-
     HWY_INLINE NoMask operator+(ptrdiff_t /*x*/) const { return {}; }
     HWY_INLINE void prefetch(ptrdiff_t /*bytes*/) const {}
 
@@ -200,11 +178,10 @@ struct Cursor {
 
 template <typename Op, typename... Sources>
 HWY_INLINE void reduceRow(Op& op, ptrdiff_t width, Cursor<Sources>... cursors) {
-    // With several channels a chunk reads behind the last element of its channel, so another pixel must follow it.
-    constexpr ptrdiff_t kChunk = Op::kChunk, kFollowing = ((Sources::kBeyond > 0) || ...) ? 1 : 0;
+    constexpr ptrdiff_t kChunk = Op::kChunk;
     for (ptrdiff_t x = 0; x < width; op.endSection()) {
         const bool isLast = width - x <= Op::kSectionPixels;
-        ptrdiff_t end = x + (isLast ? (width - x - kFollowing) / kChunk * kChunk : Op::kSectionPixels);
+        ptrdiff_t end = x + (isLast ? (width - x) / kChunk * kChunk : Op::kSectionPixels);
         for (;;) {
             for (; x < end; x += kChunk) {
                 if constexpr ((std::is_same_v<Sources, NoMask> || ...))
