@@ -15,9 +15,10 @@
  *
  * Names. veki, the operation, the element types and the layout, as in vekiAdd_8u32f_C1IMR. Types: 8u, 8s, 16u, 16s,
  * 32s, 32f and 64f are unsigned and signed integers and floats of so many bits; a second type is that of the result.
- * Layout: C1, C3, C4 interleaved channels; C3C one channel of interest (1 to 3) of three; I in place, that is the last
- * image is read and written; M with a mask, where pixels whose mask byte is not 0 take part; R a region of interest;
- * Sfs an integer result that is divided by 2 to the power of a scale factor, then saturated.
+ * Layout: C1, C3, C4 interleaved channels; C3C one channel of interest (1 to 3) of three; C3C1 one channel from three;
+ * I in place, that is the last image is read and written; M with a mask, where pixels whose mask byte is not 0 take
+ * part; R a region of interest; Sfs an integer result that is divided by 2 to the power of a scale factor, then
+ * saturated.
  *
  * Arguments. Sources, mask, destination or in-place image, region, parameters, results, work buffer: in this order.
  *
@@ -1559,8 +1560,10 @@ VEKCV_API Status VEKCV_CALL vekiGenSobelKernel_32f(float* kernel, int32_t kernel
  *
  * vekiPyrUp, w x h to 2w x 2h pixels: the same smoothing of an image whose odd pixels are 0, times 4.
  *
- *     r(x, 2j) = s(x, j - 1) + 6 s(x, j) + s(x, j + 1)          result(2k, y) = (r(k - 1, y) + 6 r(k, y) + r(k + 1, y))
- * / 64 r(x, 2j + 1) = 4 s(x, j) + 4 s(x, j + 1)                  result(2k + 1, y) = (4 r(k, y) + 4 r(k + 1, y)) / 64
+ *     r(x, 2j)          = s(x, j - 1) + 6 s(x, j) + s(x, j + 1)
+ *     r(x, 2j + 1)      = 4 s(x, j) + 4 s(x, j + 1)
+ *     result(2k, y)     = (r(k - 1, y) + 6 r(k, y) + r(k + 1, y)) / 64
+ *     result(2k + 1, y) = (4 r(k, y) + 4 r(k + 1, y)) / 64
  *
  * Here pixels are mirrored on the left and above, s(-1) being s(1), and the edge is repeated on the right and below,
  * s(w) being s(w - 1). A single row or column stands for its neighbours.
@@ -1577,8 +1580,8 @@ VEKCV_API Status VEKCV_CALL vekiGenSobelKernel_32f(float* kernel, int32_t kernel
  * @param roiWidth      width of the source
  * @param dataType      1 for 8u, 3 for 8s, 13 for 32f; the size does not depend on it
  * @param channels      1 or 3
- * @param bufferSize       receives the bytes of the work buffer: (4 roiWidth channels + 15) / 16 * 96 + 64 for
- * vekiPyrDown, (8 roiWidth channels + 15) / 16 * 48 + 64 for vekiPyrUp, by integer division
+ * @param bufferSize    receives the bytes of the work buffer: (4 roiWidth channels + 15) / 16 * 96 + 64 for
+ *                      vekiPyrDown, (8 roiWidth channels + 15) / 16 * 48 + 64 for vekiPyrUp, by integer division
  *
  * @retval StatusOk                the result was written
  * @retval StatusNullPointer       an image or the buffer is null; of GetBufSize, bufferSize
@@ -2362,8 +2365,8 @@ VEKCV_API Status VEKCV_CALL vekiMorphGradientBorderReplicate_32f_C4R(const float
  * @param roiSize      size of both images, at least 1 x 1
  * @param norm         which pixels are neighbours: NormL1 or NormInf
  * @param buffer       work buffer at any address, of the size that GetBufferSize gives for the same region
- * @param bufferSize   receives the bytes of the work buffer, for all types, operations and numbers of threads
- *                     8 * (width * height / 32 + 1) + 32, where the division rounds down
+ * @param bufferSize   receives the bytes of the work buffer, for all types and operations:
+ *                     8 * (width * height / 32 + 1) + 32, by integer division
  *
  * @retval StatusOk                the result was written
  * @retval StatusNullPointer       an image or the buffer is null; of GetBufferSize, bufferSize
@@ -2492,15 +2495,16 @@ VEKCV_API Status VEKCV_CALL vekiCanny_32f8u_C1R(const float* derivativeX, int32_
  * @param apertureSize    side of the kernels of the derivatives: 3 or 5, of Scharr 3
  * @param averageWindow   side of the window over which products are averaged: 3 or 5
  * @param buffer          work buffer at any address, of the size that GetBufferSize gives for the same region,
- * aperture, window and number of threads
+ *                        aperture, window and number of threads
  * @param bufferSize      receives the bytes of the work buffer: for each thread a band of at most 32 rows of the
  *                        derivatives, of a product and of three means
  *
  * @retval StatusOk                the result was written
  * @retval StatusNullPointer       an image or the buffer is null; of GetBufferSize, bufferSize
- * @retval StatusSizeError         width or height is below 1; or, behind the checks of steps and kernelType:
- * apertureSize is neither 3 nor 5, or 5 with Scharr derivatives, or averageWindow is neither 3 nor 5; of GetBufferSize
- * also, after all other checks, that the size is above 2147483647
+ * @retval StatusSizeError         width or height is below 1; or, after the checks of steps and kernelType,
+ *                                 apertureSize is neither 3 nor 5, or 5 with Scharr derivatives, or averageWindow is
+ *                                 neither 3 nor 5; of GetBufferSize also, after all other checks, that the size is
+ *                                 above 2147483647
  * @retval StatusStepError         a step is smaller than a row
  * @retval StatusStepNotMultiple   a step of a 32f image is not a multiple of 4
  * @retval StatusBadArgument       kernelType is neither 0 nor 1
@@ -2558,9 +2562,9 @@ VEKCV_API Status VEKCV_CALL vekiEigenValsVecsGetBufferSize_32f_C1R(RoiSize roiSi
  * @param peaks          receives the positions of the peaks; there is room for maxPeakCount
  * @param maxPeakCount   the most peaks that are written, at least 1
  * @param peakCount      receives how many were written
- * @param norm           1 for eight neighbours, 0 for four
+ * @param norm           1 for eight neighbours, 0 for four; other than in NormType
  * @param border         how many rows and columns at each edge are left out, at least 1 and at most half of the width
- * and of the height, compared in single precision; these are neighbours still
+ *                       and of the height, compared in single precision; these are neighbours still
  * @param buffer         work buffer at any address, of the size that GetBufferSize gives for this or a greater width
  * @param roiWidth       width of the image
  * @param bufferSize     receives the bytes of the work buffer: (roiWidth + 5) / 4 * 128 + 32, by integer division
@@ -2568,7 +2572,7 @@ VEKCV_API Status VEKCV_CALL vekiEigenValsVecsGetBufferSize_32f_C1R(RoiSize roiSi
  * @retval StatusOk                peaks and peakCount were written
  * @retval StatusNullPointer       source, peaks, peakCount or buffer is null; of GetBufferSize, bufferSize
  * @retval StatusSizeError         width, height, maxPeakCount or border is below 1, or border is too large; of
- * GetBufferSize also, after all other checks, that the size is above 2147483647
+ *                                 GetBufferSize also, after all other checks, that the size is above 2147483647
  * @retval StatusStepError         a step is smaller than a row
  * @retval StatusStepNotMultiple   a step is not a multiple of 4
  * @retval StatusBadArgument       norm is neither 0 nor 1
