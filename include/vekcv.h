@@ -188,7 +188,7 @@ typedef struct LibraryVersion {
  * | "v8"        | "vekCV SSSE3 (v8)"   | none of the above; SSSE3 is the least there is       | 32 and 64 bits  |
  * @{
  */
-/** Version of the library and the code variant in use */
+/** version of the library and the code variant in use */
 VEKCV_API const LibraryVersion* VEKCV_CALL vekcvGetLibVersion(void);
 /** @} */
 
@@ -344,7 +344,7 @@ VEKCV_API Status VEKCV_CALL vekiAddWeighted_32f_C1R(const float* source1, int32_
  * @param roiSize       size shared by all images, at least 1 x 1
  * @param value         the constant; not checked
  *
- * @retval StatusOk                every pixel was written
+ * @retval StatusOk                the result was written
  * @retval StatusNullPointer       an image is null
  * @retval StatusSizeError         width or height is below 1
  * @retval StatusStepError         a step is smaller than a row
@@ -770,8 +770,7 @@ VEKCV_API Status VEKCV_CALL vekiMean_StdDev_32f_C3CMR(const float* source, int32
 /**
  * @defgroup Extrema Minimum and maximum
  * The least and the greatest value of the pixels that take part, and where each occurs first: the topmost row, and the
- * leftmost pixel in it. Positions are relative to the region. All values are exact in the 32-bit float results. The
- * number of threads does not change any result.
+ * leftmost pixel in it. Positions are relative to the region. All values are exact in the 32-bit float results.
  *
  * Pixels that are NaN take no part. Zeros of either sign are equal; the value is that of the pixel at the position.
  * Without any pixel that takes part both values are 0 and both positions (-1, -1).
@@ -983,12 +982,12 @@ VEKCV_API Status VEKCV_CALL vekiTiltedSqrIntegral_8u32s_C1R(const uint8_t* sourc
  * @param rect          the window at the position (0, 0)
  * @param scaleFactor   any integer (Sfs forms)
  *
- * @retval StatusOk                every position was written
+ * @retval StatusOk                the result was written
  * @retval StatusNullPointer       a table or the destination is null
  * @retval StatusSizeError         width or height of the region is below 1
  * @retval StatusStepError         the step of a table holds fewer than rx + width + w entries, or that of the
  *                                 destination is smaller than a row
- * @retval StatusStepNotMultiple   a step is not a multiple of the element
+ * @retval StatusStepNotMultiple   a step is not a multiple of the element size
  * @retval StatusSizeError         rx or ry is below 0, or w or h below 1; in tilted tables also rx + 1 below h, which
  *                                 puts the corner B to the left of the table
  *
@@ -1071,9 +1070,9 @@ VEKCV_API Status VEKCV_CALL vekiTiltedRectStdDev_32s_C1RSfs(const int32_t* integ
  * @param borderType        a BorderType from 0 to 4
  * @param borderValue       the pixel value of BorderConstant
  * @param divisor           not 0
- * @param buffer            work buffer of as many bytes as the query of the same name gives for this size of image and
- *                          kernel and for the number of threads that is set; at any address
- * @param bufferSize        receives the size of the work buffer in bytes
+ * @param buffer            work buffer at any address, of the size that GetBufferSize gives for the same region, kernel
+ *                          size and number of threads
+ * @param bufferSize        receives the bytes of the work buffer
  *
  * What is written must not overlap what is read.
  *
@@ -1083,7 +1082,7 @@ VEKCV_API Status VEKCV_CALL vekiTiltedRectStdDev_32s_C1RSfs(const int32_t* integ
  * @retval StatusSizeError         kernelSize is below 1
  * @retval StatusAnchorError       row filter: anchorX is outside the kernel
  * @retval StatusStepError         the step is smaller than a row
- * @retval StatusStepNotMultiple   the step is not a multiple of the element
+ * @retval StatusStepNotMultiple   the step is not a multiple of the element size
  * @retval StatusNullPointer       column filter: the buffer is null
  * @retval StatusBadArgument       row filter: borderType is not 0 to 4
  * @retval StatusBadArgument       the divisor is 0
@@ -1092,15 +1091,15 @@ VEKCV_API Status VEKCV_CALL vekiTiltedRectStdDev_32s_C1RSfs(const int32_t* integ
  * Other than everywhere else, a row filter that meets a null address among the destination rows returns
  * StatusNullPointer after it wrote the rows before that one, and leaves all others as they are.
  *
- * The queries give StatusNullPointer and the two StatusSizeError above, and StatusSizeError, too, where the size does
- * not fit an int32_t; they then write nothing.
+ * GetBufferSize gives StatusNullPointer for bufferSize, the two StatusSizeError above, and StatusSizeError also, after
+ * all other checks, where the size is above 2147483647.
  *
  * Regions of 32768 pixels for each configured thread and more are shared among the threads, by integer column filters
  * of 3 or 5 taps only where the process may run on more than one processor, with this exception:
  * - the calling thread alone: vekiFilterColumnPipeline_32f_C1R, vekiFilterColumnPipeline_32f_C3R.
  * @{
  */
-/** size of the work buffer of a row filter */
+/** work buffer of vekiFilterRowBorderPipeline */
 VEKCV_API Status VEKCV_CALL vekiFilterRowBorderPipelineGetBufferSize_8u16s_C1R(RoiSize roiSize, int32_t kernelSize,
                                                                                int32_t* bufferSize);
 VEKCV_API Status VEKCV_CALL vekiFilterRowBorderPipelineGetBufferSize_8u16s_C3R(RoiSize roiSize, int32_t kernelSize,
@@ -1152,7 +1151,7 @@ VEKCV_API Status VEKCV_CALL vekiFilterRowBorderPipeline_32f_C3R(const float* sou
                                                                 const float* kernel, int32_t kernelSize,
                                                                 int32_t anchorX, int32_t borderType, float borderValue,
                                                                 uint8_t* buffer);
-/** size of the work buffer of a column filter */
+/** work buffer of vekiFilterColumnPipeline */
 VEKCV_API Status VEKCV_CALL vekiFilterColumnPipelineGetBufferSize_16s_C1R(RoiSize roiSize, int32_t kernelSize,
                                                                           int32_t* bufferSize);
 VEKCV_API Status VEKCV_CALL vekiFilterColumnPipelineGetBufferSize_16s_C3R(RoiSize roiSize, int32_t kernelSize,
@@ -1500,7 +1499,7 @@ VEKCV_API Status VEKCV_CALL vekiFilterLowpassGetBufferSize_32f_C1R(RoiSize roiSi
  * @retval StatusSizeError         width or height is below 1; of GetBufferSize also, after all other checks, that the
  *                                 size is above 2147483647
  * @retval StatusStepError         a step is smaller than a row; steps need not be multiples of 4
- * @retval StatusBadArgument       kernelSize is even or below 3; or borderType is no such value
+ * @retval StatusBadArgument       kernelSize is even or below 3; or borderType is none of these rules
  *
  * Regions of 65536 pixels and more are shared among the threads.
  * @{
@@ -1588,7 +1587,7 @@ VEKCV_API Status VEKCV_CALL vekiGenSobelKernel_32f(float* kernel, int32_t kernel
  * @retval StatusSizeError         width or height is below 1; of GetBufSize also, after all other checks, that the size
  *                                 is above 2147483647
  * @retval StatusStepError         a step is smaller than a row
- * @retval StatusStepNotMultiple   a step of a 32f image is not a multiple of 4
+ * @retval StatusStepNotMultiple   the step of a 32f image is not a multiple of 4
  * @retval StatusChannelError      of GetBufSize: channels is neither 1 nor 3
  * @retval StatusDataTypeError     of GetBufSize: dataType is none of these
  *
@@ -1651,11 +1650,11 @@ VEKCV_API Status VEKCV_CALL vekiPyrUp_Gauss5x5_32f_C3R(const float* source, int3
  * @param destinationRoi   receives the size of the next smaller level
  * @param destinationMin, destinationMax   receive the least and the greatest size that the image may be expanded to
  * @param rate             ratio between the sizes of two levels, above 1 and at most 10
- * @param pyramid          receives the new record; of vekiPyramidFree, a record
+ * @param pyramid          result of vekiPyramidInitAlloc: the record; else the record
  * @param levels           greatest number of levels above the base, at least 1
  * @param baseRoi          size of the base, at least 1 x 1
  *
- * @retval StatusOk                 success
+ * @retval StatusOk                 the sizes were written, or the record was made or released
  * @retval StatusNullPointer        a pointer is null
  * @retval StatusSizeError          a width or a height is below 1
  * @retval StatusBadArgument        the rate is not above 1 and at most 10, or levels is below 1
@@ -1731,8 +1730,9 @@ VEKCV_API Status VEKCV_CALL vekiPyramidFree(Pyramid* pyramid);
  *                                  InitAlloc, the size of the state is above 2147483647 bytes
  * @retval StatusStepError          a step is smaller than a row
  * @retval StatusStepNotMultiple    the step of a 16u or 32f image is not a multiple of 2 or 4
- * @retval StatusBadArgument        the state is none, or that of other functions; of InitAlloc, interpolationMode is
- *                                  not 2, the rate is not above 1 and at most 10, or kernelSize is even or below 3
+ * @retval StatusBadArgument        the state was not made by InitAlloc, or is that of other functions; of InitAlloc,
+ *                                  interpolationMode is not 2, the rate is not above 1 and at most 10, or kernelSize is
+ *                                  even or below 3
  * @retval StatusMemoryAllocation   there is no memory for the state, and *state is as it was
  *
  * The floating-point modes of the calling thread have no effect. Regions of 65536 pixels and more are shared among the
@@ -1846,23 +1846,21 @@ VEKCV_API Status VEKCV_CALL vekiPyramidLayerUpFree_32f_C3R(PyramidLayerState* st
  * equal, and which of them comes out is not promised; variants may differ in it.
  *
  * @param source            first pixel of the source
- * @param destination       first pixel of the result
+ * @param destination       first pixel of the result; must not overlap the source
  * @param sourceStep, destinationStep   bytes from row to row
  * @param roiSize           size of both images, at least 1 x 1
  * @param roiWidth          width of the region, or a greater one
  * @param maskSize          size of the window, at least 1 x 1; it may be larger than the image
- * @param anchor            the pixel of the window on which it is placed, from (0, 0) to its last one
- * @param buffer            work buffer at any address, of the size that the query gives for a region at least as wide
- *                          and the same window; the queries of minimum and maximum give the same
- * @param bufferSize        result: the size of the buffer in bytes
+ * @param anchor            the pixel of the window that lies on the pixel of the result, from (0, 0) to its last one
+ * @param buffer            work buffer at any address, of the size that GetBufferSize gives for this or a greater width
+ *                          and the same window; minimum and maximum have the same
+ * @param bufferSize        receives the bytes of the work buffer: (2 * (r + 32) + 16) * maskSize.height + 32, with r
+ *                          bytes in a row of the region
  *
- * With r bytes in a row of the region the buffer has (2 * (r + 32) + 16) * maskSize.height + 32 bytes.
- *
- * The images must not overlap.
- *
- * @retval StatusOk                every pixel was written
- * @retval StatusNullPointer       an image, the buffer or the result of a query is null
- * @retval StatusSizeError         width or height is below 1, or the size of the buffer does not fit its type
+ * @retval StatusOk                the result was written
+ * @retval StatusNullPointer       an image or the buffer is null; of GetBufferSize, bufferSize
+ * @retval StatusSizeError         width or height is below 1; of GetBufferSize also, after all other checks, that the
+ *                                 size is above 2147483647
  * @retval StatusMaskSizeError     width or height of the window is below 1
  * @retval StatusAnchorError       the anchor lies outside of the window
  * @retval StatusStepError         a step is smaller than a row
@@ -1871,7 +1869,7 @@ VEKCV_API Status VEKCV_CALL vekiPyramidLayerUpFree_32f_C3R(PyramidLayerState* st
  * The calling thread does all the work.
  * @{
  */
-/** The least pixel in a window */
+/** the least pixel in a window */
 VEKCV_API Status VEKCV_CALL vekiFilterMinBorderReplicate_8u_C1R(const uint8_t* source, int32_t sourceStep,
                                                                 uint8_t* destination, int32_t destinationStep,
                                                                 RoiSize roiSize, RoiSize maskSize, ImagePoint anchor,
@@ -1896,7 +1894,7 @@ VEKCV_API Status VEKCV_CALL vekiFilterMinBorderReplicate_32f_C4R(const float* so
                                                                  float* destination, int32_t destinationStep,
                                                                  RoiSize roiSize, RoiSize maskSize, ImagePoint anchor,
                                                                  uint8_t* buffer);
-/** The greatest pixel in a window */
+/** the greatest pixel in a window */
 VEKCV_API Status VEKCV_CALL vekiFilterMaxBorderReplicate_8u_C1R(const uint8_t* source, int32_t sourceStep,
                                                                 uint8_t* destination, int32_t destinationStep,
                                                                 RoiSize roiSize, RoiSize maskSize, ImagePoint anchor,
@@ -1921,14 +1919,14 @@ VEKCV_API Status VEKCV_CALL vekiFilterMaxBorderReplicate_32f_C4R(const float* so
                                                                  float* destination, int32_t destinationStep,
                                                                  RoiSize roiSize, RoiSize maskSize, ImagePoint anchor,
                                                                  uint8_t* buffer);
-/** Size of the work buffer of vekiFilterMinBorderReplicate */
+/** work buffer of vekiFilterMinBorderReplicate */
 VEKCV_API Status VEKCV_CALL vekiFilterMinGetBufferSize_8u_C1R(int32_t roiWidth, RoiSize maskSize, int32_t* bufferSize);
 VEKCV_API Status VEKCV_CALL vekiFilterMinGetBufferSize_8u_C3R(int32_t roiWidth, RoiSize maskSize, int32_t* bufferSize);
 VEKCV_API Status VEKCV_CALL vekiFilterMinGetBufferSize_8u_C4R(int32_t roiWidth, RoiSize maskSize, int32_t* bufferSize);
 VEKCV_API Status VEKCV_CALL vekiFilterMinGetBufferSize_32f_C1R(int32_t roiWidth, RoiSize maskSize, int32_t* bufferSize);
 VEKCV_API Status VEKCV_CALL vekiFilterMinGetBufferSize_32f_C3R(int32_t roiWidth, RoiSize maskSize, int32_t* bufferSize);
 VEKCV_API Status VEKCV_CALL vekiFilterMinGetBufferSize_32f_C4R(int32_t roiWidth, RoiSize maskSize, int32_t* bufferSize);
-/** Size of the work buffer of vekiFilterMaxBorderReplicate */
+/** work buffer of vekiFilterMaxBorderReplicate */
 VEKCV_API Status VEKCV_CALL vekiFilterMaxGetBufferSize_8u_C1R(int32_t roiWidth, RoiSize maskSize, int32_t* bufferSize);
 VEKCV_API Status VEKCV_CALL vekiFilterMaxGetBufferSize_8u_C3R(int32_t roiWidth, RoiSize maskSize, int32_t* bufferSize);
 VEKCV_API Status VEKCV_CALL vekiFilterMaxGetBufferSize_8u_C4R(int32_t roiWidth, RoiSize maskSize, int32_t* bufferSize);
@@ -1965,13 +1963,13 @@ VEKCV_API Status VEKCV_CALL vekiFilterMaxGetBufferSize_32f_C4R(int32_t roiWidth,
  * @param maxRoi        greatest width and height of a region
  * @param mask          the element
  * @param maskSize      its size, at least 1 x 1; it may be larger than the images
- * @param anchor        the place of the mask on the pixel of the result, from (0, 0) to its last one
- * @param stateSize     result: the size of a state in bytes; it depends on the members of the mask
+ * @param anchor        the place of the mask that lies on the pixel of the result, from (0, 0) to its last one
+ * @param stateSize     receives the bytes of a state, which depend on the members of the mask
  *
  * @retval StatusOk                 the state was made or released, or its size was written
  * @retval StatusNullPointer        a pointer is null
- * @retval StatusSizeError          a width or a height of the region is below 1, or the size of the state does not fit
- *                                  its type; the latter comes after the anchor
+ * @retval StatusSizeError          a width or a height of the region is below 1; or, after the check of the anchor, the
+ *                                  size of the state is above 2147483647
  * @retval StatusMaskSizeError      width or height of the mask is below 1
  * @retval StatusAnchorError        the anchor lies outside of the mask
  * @retval StatusBadArgument        the mask has no member
@@ -1980,12 +1978,12 @@ VEKCV_API Status VEKCV_CALL vekiFilterMaxGetBufferSize_32f_C4R(int32_t roiWidth,
  * The calling thread does all the work.
  * @{
  */
-/** A flat structuring element and memory for intermediate rows */
+/** A flat structuring element, and memory for intermediate rows. */
 typedef struct MorphologyState MorphologyState;
-/** A grey structuring element and memory for intermediate rows */
+/** A grey structuring element, and memory for intermediate rows. */
 typedef struct GrayMorphologyState GrayMorphologyState;
 
-/** Makes a state for dilation and erosion */
+/** makes a state for dilation and erosion */
 VEKCV_API Status VEKCV_CALL vekiMorphologyInitAlloc_8u_C1R(MorphologyState** state, int32_t roiWidth,
                                                            const uint8_t* mask, RoiSize maskSize, ImagePoint anchor);
 VEKCV_API Status VEKCV_CALL vekiMorphologyInitAlloc_8u_C3R(MorphologyState** state, int32_t roiWidth,
@@ -1998,7 +1996,7 @@ VEKCV_API Status VEKCV_CALL vekiMorphologyInitAlloc_32f_C3R(MorphologyState** st
                                                             const uint8_t* mask, RoiSize maskSize, ImagePoint anchor);
 VEKCV_API Status VEKCV_CALL vekiMorphologyInitAlloc_32f_C4R(MorphologyState** state, int32_t roiWidth,
                                                             const uint8_t* mask, RoiSize maskSize, ImagePoint anchor);
-/** Size of a state for dilation and erosion */
+/** size of a state for dilation and erosion */
 VEKCV_API Status VEKCV_CALL vekiMorphologyGetSize_8u_C1R(int32_t roiWidth, const uint8_t* mask, RoiSize maskSize,
                                                          int32_t* stateSize);
 VEKCV_API Status VEKCV_CALL vekiMorphologyGetSize_8u_C3R(int32_t roiWidth, const uint8_t* mask, RoiSize maskSize,
@@ -2011,7 +2009,7 @@ VEKCV_API Status VEKCV_CALL vekiMorphologyGetSize_32f_C3R(int32_t roiWidth, cons
                                                           int32_t* stateSize);
 VEKCV_API Status VEKCV_CALL vekiMorphologyGetSize_32f_C4R(int32_t roiWidth, const uint8_t* mask, RoiSize maskSize,
                                                           int32_t* stateSize);
-/** Makes a state for dilation and erosion in memory of the caller */
+/** makes a state for dilation and erosion in memory of the caller */
 VEKCV_API Status VEKCV_CALL vekiMorphologyInit_8u_C1R(MorphologyState* state, int32_t roiWidth, const uint8_t* mask,
                                                       RoiSize maskSize, ImagePoint anchor);
 VEKCV_API Status VEKCV_CALL vekiMorphologyInit_8u_C3R(MorphologyState* state, int32_t roiWidth, const uint8_t* mask,
@@ -2024,9 +2022,9 @@ VEKCV_API Status VEKCV_CALL vekiMorphologyInit_32f_C3R(MorphologyState* state, i
                                                        RoiSize maskSize, ImagePoint anchor);
 VEKCV_API Status VEKCV_CALL vekiMorphologyInit_32f_C4R(MorphologyState* state, int32_t roiWidth, const uint8_t* mask,
                                                        RoiSize maskSize, ImagePoint anchor);
-/** Releases a state for dilation and erosion that InitAlloc made */
+/** releases a state for dilation and erosion that InitAlloc made */
 VEKCV_API Status VEKCV_CALL vekiMorphologyFree(MorphologyState* state);
-/** Makes a state for compound operations */
+/** makes a state for compound operations */
 VEKCV_API Status VEKCV_CALL vekiMorphologyCompoundInitAlloc_8u_C1R(MorphologyState** state, RoiSize maxRoi,
                                                                    const uint8_t* mask, RoiSize maskSize,
                                                                    ImagePoint anchor);
@@ -2045,7 +2043,7 @@ VEKCV_API Status VEKCV_CALL vekiMorphologyCompoundInitAlloc_32f_C3R(MorphologySt
 VEKCV_API Status VEKCV_CALL vekiMorphologyCompoundInitAlloc_32f_C4R(MorphologyState** state, RoiSize maxRoi,
                                                                     const uint8_t* mask, RoiSize maskSize,
                                                                     ImagePoint anchor);
-/** Size of a state for compound operations */
+/** size of a state for compound operations */
 VEKCV_API Status VEKCV_CALL vekiMorphologyCompoundGetSize_8u_C1R(RoiSize maxRoi, const uint8_t* mask, RoiSize maskSize,
                                                                  int32_t* stateSize);
 VEKCV_API Status VEKCV_CALL vekiMorphologyCompoundGetSize_8u_C3R(RoiSize maxRoi, const uint8_t* mask, RoiSize maskSize,
@@ -2058,7 +2056,7 @@ VEKCV_API Status VEKCV_CALL vekiMorphologyCompoundGetSize_32f_C3R(RoiSize maxRoi
                                                                   int32_t* stateSize);
 VEKCV_API Status VEKCV_CALL vekiMorphologyCompoundGetSize_32f_C4R(RoiSize maxRoi, const uint8_t* mask, RoiSize maskSize,
                                                                   int32_t* stateSize);
-/** Makes a state for compound operations in memory of the caller */
+/** makes a state for compound operations in memory of the caller */
 VEKCV_API Status VEKCV_CALL vekiMorphologyCompoundInit_8u_C1R(MorphologyState* state, RoiSize maxRoi,
                                                               const uint8_t* mask, RoiSize maskSize, ImagePoint anchor);
 VEKCV_API Status VEKCV_CALL vekiMorphologyCompoundInit_8u_C3R(MorphologyState* state, RoiSize maxRoi,
@@ -2074,25 +2072,25 @@ VEKCV_API Status VEKCV_CALL vekiMorphologyCompoundInit_32f_C3R(MorphologyState* 
 VEKCV_API Status VEKCV_CALL vekiMorphologyCompoundInit_32f_C4R(MorphologyState* state, RoiSize maxRoi,
                                                                const uint8_t* mask, RoiSize maskSize,
                                                                ImagePoint anchor);
-/** Releases a state for compound operations that InitAlloc made */
+/** releases a state for compound operations that InitAlloc made */
 VEKCV_API Status VEKCV_CALL vekiMorphologyCompoundFree(MorphologyState* state);
-/** Makes a state for grey dilation and erosion */
+/** makes a state for grey dilation and erosion */
 VEKCV_API Status VEKCV_CALL vekiGrayMorphologyInitAlloc_8u_C1R(GrayMorphologyState** state, RoiSize maxRoi,
                                                                const int32_t* mask, RoiSize maskSize,
                                                                ImagePoint anchor);
 VEKCV_API Status VEKCV_CALL vekiGrayMorphologyInitAlloc_32f_C1R(GrayMorphologyState** state, RoiSize maxRoi,
                                                                 const float* mask, RoiSize maskSize, ImagePoint anchor);
-/** Size of a state for grey dilation and erosion */
+/** size of a state for grey dilation and erosion */
 VEKCV_API Status VEKCV_CALL vekiGrayMorphologyGetSize_8u_C1R(RoiSize maxRoi, const int32_t* mask, RoiSize maskSize,
                                                              int32_t* stateSize);
 VEKCV_API Status VEKCV_CALL vekiGrayMorphologyGetSize_32f_C1R(RoiSize maxRoi, const float* mask, RoiSize maskSize,
                                                               int32_t* stateSize);
-/** Makes a state for grey dilation and erosion in memory of the caller */
+/** makes a state for grey dilation and erosion in memory of the caller */
 VEKCV_API Status VEKCV_CALL vekiGrayMorphologyInit_8u_C1R(GrayMorphologyState* state, RoiSize maxRoi,
                                                           const int32_t* mask, RoiSize maskSize, ImagePoint anchor);
 VEKCV_API Status VEKCV_CALL vekiGrayMorphologyInit_32f_C1R(GrayMorphologyState* state, RoiSize maxRoi,
                                                            const float* mask, RoiSize maskSize, ImagePoint anchor);
-/** Releases a state for grey dilation and erosion that InitAlloc made */
+/** releases a state for grey dilation and erosion that InitAlloc made */
 VEKCV_API Status VEKCV_CALL vekiGrayMorphologyFree_8u_C1R(GrayMorphologyState* state);
 VEKCV_API Status VEKCV_CALL vekiGrayMorphologyFree_32f_C1R(GrayMorphologyState* state);
 /** @} */
@@ -2128,27 +2126,25 @@ VEKCV_API Status VEKCV_CALL vekiGrayMorphologyFree_32f_C1R(GrayMorphologyState* 
  * grows with the number of its members. The second step of a compound operation follows the first one by a few rows.
  *
  * @param source            first pixel of the source
- * @param destination       first pixel of the result
+ * @param destination       first pixel of the result; must not overlap the source
  * @param sourceStep, destinationStep   bytes from row to row
  * @param roiSize           size of both images, at least 1 x 1
  * @param borderType        BorderReplicate
  * @param state             the element, made for these operations, this type and this layout
  *
- * The images must not overlap.
- *
- * @retval StatusOk                every pixel was written
+ * @retval StatusOk                the result was written
  * @retval StatusNullPointer       an image or the state is null
  * @retval StatusSizeError         width or height is below 1, or, after all other checks, above what the state was made
  *                                 for
  * @retval StatusStepError         a step is smaller than a row
  * @retval StatusStepNotMultiple   the step of a 32f image is not a multiple of 4
- * @retval StatusBadArgument       another border type; then a state that was made for other operations, another type or
- *                                 another layout
+ * @retval StatusBadArgument       borderType is not BorderReplicate; then, the state was made for other operations,
+ *                                 another type or another layout
  *
  * Regions of 262144 pixels and more are shared among the threads, at most as many as the state was made for.
  * @{
  */
-/** Dilation by a flat element */
+/** dilation by a flat element */
 VEKCV_API Status VEKCV_CALL vekiDilateBorderReplicate_8u_C1R(const uint8_t* source, int32_t sourceStep,
                                                              uint8_t* destination, int32_t destinationStep,
                                                              RoiSize roiSize, int32_t borderType,
@@ -2173,7 +2169,7 @@ VEKCV_API Status VEKCV_CALL vekiDilateBorderReplicate_32f_C4R(const float* sourc
                                                               float* destination, int32_t destinationStep,
                                                               RoiSize roiSize, int32_t borderType,
                                                               MorphologyState* state);
-/** Erosion by a flat element */
+/** erosion by a flat element */
 VEKCV_API Status VEKCV_CALL vekiErodeBorderReplicate_8u_C1R(const uint8_t* source, int32_t sourceStep,
                                                             uint8_t* destination, int32_t destinationStep,
                                                             RoiSize roiSize, int32_t borderType,
@@ -2198,21 +2194,21 @@ VEKCV_API Status VEKCV_CALL vekiErodeBorderReplicate_32f_C4R(const float* source
                                                              float* destination, int32_t destinationStep,
                                                              RoiSize roiSize, int32_t borderType,
                                                              MorphologyState* state);
-/** Dilation by a grey element */
+/** dilation by a grey element */
 VEKCV_API Status VEKCV_CALL vekiGrayDilateBorder_8u_C1R(const uint8_t* source, int32_t sourceStep, uint8_t* destination,
                                                         int32_t destinationStep, RoiSize roiSize, int32_t borderType,
                                                         GrayMorphologyState* state);
 VEKCV_API Status VEKCV_CALL vekiGrayDilateBorder_32f_C1R(const float* source, int32_t sourceStep, float* destination,
                                                          int32_t destinationStep, RoiSize roiSize, int32_t borderType,
                                                          GrayMorphologyState* state);
-/** Erosion by a grey element */
+/** erosion by a grey element */
 VEKCV_API Status VEKCV_CALL vekiGrayErodeBorder_8u_C1R(const uint8_t* source, int32_t sourceStep, uint8_t* destination,
                                                        int32_t destinationStep, RoiSize roiSize, int32_t borderType,
                                                        GrayMorphologyState* state);
 VEKCV_API Status VEKCV_CALL vekiGrayErodeBorder_32f_C1R(const float* source, int32_t sourceStep, float* destination,
                                                         int32_t destinationStep, RoiSize roiSize, int32_t borderType,
                                                         GrayMorphologyState* state);
-/** Opening: D'(E(source)) */
+/** opening: D'(E(source)) */
 VEKCV_API Status VEKCV_CALL vekiMorphOpenBorderReplicate_8u_C1R(const uint8_t* source, int32_t sourceStep,
                                                                 uint8_t* destination, int32_t destinationStep,
                                                                 RoiSize roiSize, int32_t borderType,
@@ -2237,7 +2233,7 @@ VEKCV_API Status VEKCV_CALL vekiMorphOpenBorderReplicate_32f_C4R(const float* so
                                                                  float* destination, int32_t destinationStep,
                                                                  RoiSize roiSize, int32_t borderType,
                                                                  MorphologyState* state);
-/** Closing: E'(D(source)) */
+/** closing: E'(D(source)) */
 VEKCV_API Status VEKCV_CALL vekiMorphCloseBorderReplicate_8u_C1R(const uint8_t* source, int32_t sourceStep,
                                                                  uint8_t* destination, int32_t destinationStep,
                                                                  RoiSize roiSize, int32_t borderType,
@@ -2262,7 +2258,7 @@ VEKCV_API Status VEKCV_CALL vekiMorphCloseBorderReplicate_32f_C4R(const float* s
                                                                   float* destination, int32_t destinationStep,
                                                                   RoiSize roiSize, int32_t borderType,
                                                                   MorphologyState* state);
-/** Top-hat: source - opening */
+/** top-hat: source - opening */
 VEKCV_API Status VEKCV_CALL vekiMorphTopHatBorderReplicate_8u_C1R(const uint8_t* source, int32_t sourceStep,
                                                                   uint8_t* destination, int32_t destinationStep,
                                                                   RoiSize roiSize, int32_t borderType,
@@ -2287,7 +2283,7 @@ VEKCV_API Status VEKCV_CALL vekiMorphTopHatBorderReplicate_32f_C4R(const float* 
                                                                    float* destination, int32_t destinationStep,
                                                                    RoiSize roiSize, int32_t borderType,
                                                                    MorphologyState* state);
-/** Black-hat: closing - source */
+/** black-hat: closing - source */
 VEKCV_API Status VEKCV_CALL vekiMorphBlackHatBorderReplicate_8u_C1R(const uint8_t* source, int32_t sourceStep,
                                                                     uint8_t* destination, int32_t destinationStep,
                                                                     RoiSize roiSize, int32_t borderType,
@@ -2312,7 +2308,7 @@ VEKCV_API Status VEKCV_CALL vekiMorphBlackHatBorderReplicate_32f_C4R(const float
                                                                      float* destination, int32_t destinationStep,
                                                                      RoiSize roiSize, int32_t borderType,
                                                                      MorphologyState* state);
-/** Morphological gradient: D(source) - E(source) */
+/** morphological gradient: D(source) - E(source) */
 VEKCV_API Status VEKCV_CALL vekiMorphGradientBorderReplicate_8u_C1R(const uint8_t* source, int32_t sourceStep,
                                                                     uint8_t* destination, int32_t destinationStep,
                                                                     RoiSize roiSize, int32_t borderType,
@@ -2363,7 +2359,7 @@ VEKCV_API Status VEKCV_CALL vekiMorphGradientBorderReplicate_32f_C4R(const float
  * @param marker       first pixel of the marker, which becomes the result; must not overlap the source
  * @param sourceStep, markerStep   bytes from row to row
  * @param roiSize      size of both images, at least 1 x 1
- * @param norm         which pixels are neighbours: NormL1 or NormInf
+ * @param norm         which pixels are neighbours: NormL1 (four) or NormInf (eight)
  * @param buffer       work buffer at any address, of the size that GetBufferSize gives for the same region
  * @param bufferSize   receives the bytes of the work buffer, for all types and operations:
  *                     8 * (width * height / 32 + 1) + 32, by integer division
@@ -2372,7 +2368,7 @@ VEKCV_API Status VEKCV_CALL vekiMorphGradientBorderReplicate_32f_C4R(const float
  * @retval StatusNullPointer       an image or the buffer is null; of GetBufferSize, bufferSize
  * @retval StatusSizeError         width or height is below 1; of GetBufferSize also that the size is above 2147483647
  * @retval StatusStepError         a step is smaller than a row
- * @retval StatusStepNotMultiple   a step of a 16u or 32f image is not a multiple of 2 or 4
+ * @retval StatusStepNotMultiple   the step of a 16u or 32f image is not a multiple of 2 or 4
  * @retval StatusBadArgument       norm is neither NormL1 nor NormInf
  *
  * The calling thread does all the work.
@@ -2506,10 +2502,10 @@ VEKCV_API Status VEKCV_CALL vekiCanny_32f8u_C1R(const float* derivativeX, int32_
  *                                 neither 3 nor 5; of GetBufferSize also, after all other checks, that the size is
  *                                 above 2147483647
  * @retval StatusStepError         a step is smaller than a row
- * @retval StatusStepNotMultiple   a step of a 32f image is not a multiple of 4
+ * @retval StatusStepNotMultiple   the step of a 32f image is not a multiple of 4
  * @retval StatusBadArgument       kernelType is neither 0 nor 1
  *
- * Regions of 262144 pixels and more are shared among the threads. The results are the same for any number of them.
+ * Regions of 262144 pixels and more are shared among the threads.
  * @{
  */
 /** smaller eigenvalue */
@@ -2573,8 +2569,8 @@ VEKCV_API Status VEKCV_CALL vekiEigenValsVecsGetBufferSize_32f_C1R(RoiSize roiSi
  * @retval StatusNullPointer       source, peaks, peakCount or buffer is null; of GetBufferSize, bufferSize
  * @retval StatusSizeError         width, height, maxPeakCount or border is below 1, or border is too large; of
  *                                 GetBufferSize also, after all other checks, that the size is above 2147483647
- * @retval StatusStepError         a step is smaller than a row
- * @retval StatusStepNotMultiple   a step is not a multiple of 4
+ * @retval StatusStepError         the step is smaller than a row
+ * @retval StatusStepNotMultiple   the step is not a multiple of 4
  * @retval StatusBadArgument       norm is neither 0 nor 1
  *
  * The calling thread does all the work.
@@ -2653,7 +2649,7 @@ VEKCV_API Status VEKCV_CALL vekiFindPeaks3x3GetBufferSize_32s_C1R(int32_t roiWid
  * the first weight of every feature, without its fraction, is -1, it takes -1 for the first weight of features of two
  * and three rectangles, and the given weight for all others. All other functions take the weights as they were given.
  *
- * @param state             receives the new classifier; or a classifier
+ * @param state             result of InitAlloc: the classifier; else the classifier
  * @param rectangles        the rectangles of feature 0, those of feature 1, and so on
  * @param weights           the weight of each rectangle
  * @param thresholds, valuesBelow, valuesAbove   of each feature
@@ -2678,7 +2674,7 @@ VEKCV_API Status VEKCV_CALL vekiFindPeaks3x3GetBufferSize_32s_C1R(int32_t roiWid
  * @param stageThreshold    the least sum of values that passes
  * @param scaleFactor       of mixed 32s, not above 0: responses are multiplied by 2^-scaleFactor
  *
- * @retval StatusOk                 success
+ * @retval StatusOk                 the results were written, or the classifier was made, tilted or released
  * @retval StatusNullPointer        a pointer is null
  * @retval StatusSizeError          width or height is below 1; featureCount is below 0, or a rectangle count is below 1
  * @retval StatusStepError          a step is smaller than a row of the window positions
@@ -2696,7 +2692,7 @@ VEKCV_API Status VEKCV_CALL vekiFindPeaks3x3GetBufferSize_32s_C1R(int32_t roiWid
  * but not while it is tilted or released.
  * @{
  */
-/** Haar-like features, their thresholds and values */
+/** Haar-like features, their thresholds and values. */
 typedef struct HaarClassifier HaarClassifier;
 
 /** builds a classifier of upright features */
@@ -2808,7 +2804,7 @@ VEKCV_API Status VEKCV_CALL vekiApplyMixedHaarClassifier_32s_C1RSfs(
  *                       deltaTheta) and rhoCount as above, either being 2147483647 where it is larger,
  *                       (4 width + 48) height + 16 maxLineCount + 8 (rows + 1) + 16 rhoCount + 256 modulo 2^32
  *
- * @retval StatusOk                  the lines were written; of vekiHoughLineGetSize, the size was written
+ * @retval StatusOk                  the lines were written, or the size was written
  * @retval StatusBufferSizeWarning   of vekiHoughLineGetSize: the size that was written is negative. As an unsigned
  *                                   number it is right where the work buffer needs less than 4294967296 bytes
  * @retval StatusNullPointer         source, lines, lineCount or the buffer is null; of vekiHoughLineGetSize, bufferSize
@@ -2929,12 +2925,12 @@ VEKCV_API Status VEKCV_CALL vekibFastArctan_32f(const float* y, const float* x, 
  * @param roiSize       size of both images, at least 1 x 1
  * @param norm          NormInf, NormL1 or NormL2
  *
- * @retval StatusOk                every pixel was written
+ * @retval StatusOk                the result was written
  * @retval StatusNullPointer       an image is null
  * @retval StatusSizeError         width or height is below 1
  * @retval StatusStepError         a step is smaller than a row
  * @retval StatusStepNotMultiple   the step of a 16u or 32f image is not a multiple of 2 or 4
- * @retval StatusBadArgument       norm is another number
+ * @retval StatusBadArgument       norm is none of the three
  *
  * Regions of 262144 pixels and more are shared among the threads.
  * @{
@@ -2981,10 +2977,10 @@ VEKCV_API Status VEKCV_CALL vekiGradientColorToGray_32f_C3C1R(const float* sourc
  * But where a knight is no help, that is with m = min(2 a, b) when a + m <= c, and of 8u32f unless
  * c - (a + m) <= -1e-7 (a + m) in double, the result is that of 3 x 3 with a and b.
  *
- * Integer results are exact, however large the weights are. Floats are sums in the order of the steps, rounded to
- * nearest after each, whatever the floating-point modes of the calling thread are; e, f and the other derived weights
- * are rounded to float, too. Where steps aside and back are shorter than straight ones, such as with b < a in 3 x 3,
- * two passes may miss the shortest way, and the result is that of the passes.
+ * Integer results are exact, however large the weights are. Floats are sums in the order of the steps, rounded after
+ * each; e, f and the other derived weights are rounded to float, too. Where steps aside and back are shorter than
+ * straight ones, such as with b < a in 3 x 3, two passes may miss the shortest way, and the result is that of the
+ * passes.
  *
  * vekiGetDistanceTransformMask gives the usual weights, of 3 x 3 two and of 5 x 5 three:
  *
@@ -3019,7 +3015,7 @@ VEKCV_API Status VEKCV_CALL vekiGradientColorToGray_32f_C3C1R(const float* sourc
  * @retval StatusBadArgument       norm is none of the three, which is checked last; or, which is checked first of all,
  *                                 the remainder of maskCode / 10 is none of them
  *
- * The calling thread does all the work.
+ * The floating-point modes of the calling thread have no effect. The calling thread does all the work.
  * @{
  */
 /** standard weights */
@@ -3059,9 +3055,9 @@ VEKCV_API Status VEKCV_CALL vekiDistanceTransform_5x5_8u32f_C1R(const uint8_t* s
  *
  *     destination(x, y) = sqrt(minimum of (x - i)^2 + (y - j)^2 over all (i, j) where the source is 0)
  *
- * The minimum is rounded to float, which changes none below 16777216, and the square root once more, to nearest in
- * whatever floating-point modes the calling thread is. Where the region has no zero pixel the minimum is 3.4028235e38.
- * The time depends little on how far zero pixels are: for a row it grows by its length times the logarithm of that.
+ * The minimum is rounded to float, which changes none below 16777216, and the square root once more. Where the region
+ * has no zero pixel the minimum is 3.4028235e38. The time depends little on how far zero pixels are: for a row it grows
+ * by its length times the logarithm of that.
  *
  * @param source        first pixel of the source; every value but 0 is a pixel whose distance is computed
  * @param destination   first pixel of the result; must not overlap the source
@@ -3078,7 +3074,8 @@ VEKCV_API Status VEKCV_CALL vekiDistanceTransform_5x5_8u32f_C1R(const uint8_t* s
  * @retval StatusStepError         a step is smaller than a row
  * @retval StatusStepNotMultiple   destinationStep is not a multiple of 4
  *
- * Regions of 65536 pixels and more are shared among the threads.
+ * The floating-point modes of the calling thread have no effect. Regions of 65536 pixels and more are shared among the
+ * threads.
  * @{
  */
 /** work buffer of vekiTrueDistanceTransform_8u32f_C1R */
@@ -3167,7 +3164,7 @@ VEKCV_API Status VEKCV_CALL vekiFastMarching_8u32f_C1R(const uint8_t* mask, int3
  * The means are rounded to the nearest integer. Channels have the same weights. A pixel gets 0 where the sum of its
  * weights is below 0.0001, as it is where all pixels are unknown; with the distances of vekiFastMarching nowhere else.
  * Any other distances are used, too, with NaN and what is above 999999 as 999999, and what is below -999999 as that.
- * Weights and sums are floats, and the results are the same in all variants.
+ * Weights and sums are floats.
  *
  * A state holds all that follows from the mask and the distances, which need not exist any longer, and memory for the
  * pixels around the mask. It is one block of memory, released by the Free function, and serves any number of images,
@@ -3190,7 +3187,7 @@ VEKCV_API Status VEKCV_CALL vekiFastMarching_8u32f_C1R(const uint8_t* mask, int3
  *                                  state, or the height is not
  * @retval StatusStepError          a step is smaller than a row
  * @retval StatusStepNotMultiple    distanceStep is not a multiple of 4
- * @retval StatusBadArgument        method is another number; radius is below 1 or NaN; the state is that of the other
+ * @retval StatusBadArgument        method is neither 0 nor 1; radius is below 1 or NaN; the state is that of the other
  *                                  number of channels
  * @retval StatusMemoryAllocation   there is no memory for the state, and *state is as it was
  *
@@ -3250,14 +3247,15 @@ VEKCV_API Status VEKCV_CALL vekiInpaintFree_8u_C3R(InpaintState* state);
  * @param newValue      what is written; an array of one for each channel in forms of three
  * @param minDelta, maxDelta   how far below and above a value others may lie; arrays in forms of three channels
  * @param component     receives what was filled
- * @param bufferSize    receives the bytes of the work buffer: width * height * 24 / 4 + 32, for Grad forms (width + 2)
- *                      * (height + 2) more
- * @param buffer        work buffer; may begin at any address
+ * @param buffer        work buffer at any address, of the size that vekiFloodFillGetSize, for Grad forms
+ *                      vekiFloodFillGetSize_Grad, gives for the same region
+ * @param bufferSize    receives the bytes of the work buffer: 6 * width * height + 32, for Grad forms
+ *                      (width + 2) * (height + 2) more
  *
- * @retval StatusOk                the region was filled; of queries, the size was written
- * @retval StatusNullPointer       image, component or the buffer is null, or an array of values; of queries, bufferSize
- * @retval StatusSizeError         width or height is below 1; or, after all other checks, the work buffer of a plain
- *                                 form would not fit an int32_t; of queries, the size does not fit one
+ * @retval StatusOk                the region was filled, or the size was written
+ * @retval StatusNullPointer       image, component or the buffer is null, or an array of values; of GetSize, bufferSize
+ * @retval StatusSizeError         width or height is below 1; of GetSize also that the size is above 2147483647; of the
+ *                                 others also, after all other checks, that the size of vekiFloodFillGetSize is
  * @retval StatusStepError         the step is smaller than a row
  * @retval StatusStepNotMultiple   the step of a 16u or 32f image is not a multiple of 2 or 4
  * @retval StatusOutOfRange        the seed is not in the region of interest
@@ -3427,18 +3425,18 @@ VEKCV_API Status VEKCV_CALL vekiFloodFill_Range8Con_32f_C3IR(float* image, int32
  * @param roiSize       size of the image, at least 1 x 1
  * @param minLabel, maxLabel   first and last label: 1 <= minLabel <= maxLabel, and maxLabel is at most 254 for 8u and
  *                             65534 for 16u
- * @param norm          NormInf or NormL1
+ * @param norm          which pixels are neighbours: NormL1 (four) or NormInf (eight)
  * @param labelCount    receives the number of regions, which may be larger than that of labels
- * @param bufferSize    receives the bytes of the work buffer: width * height * 24 / 4 + 32
- * @param buffer        work buffer; may begin at any address
+ * @param buffer        work buffer at any address, of the size that GetBufferSize gives for the same region
+ * @param bufferSize    receives the bytes of the work buffer: 6 * width * height + 32
  *
- * @retval StatusOk                all regions got labels; of queries, the size was written
- * @retval StatusNullPointer       markers, labelCount or the buffer is null; of queries, bufferSize
- * @retval StatusSizeError         width or height is below 1; or, after all other checks, the work buffer would not fit
- *                                 an int32_t; of queries, the size does not fit one
+ * @retval StatusOk                all regions got labels, or the size was written
+ * @retval StatusNullPointer       markers, labelCount or the buffer is null; of GetBufferSize, bufferSize
+ * @retval StatusSizeError         width or height is below 1; of GetBufferSize also that the size is above 2147483647;
+ *                                 of vekiLabelMarkers also, after all other checks, that it is
  * @retval StatusStepError         the step is smaller than a row
  * @retval StatusStepNotMultiple   the step of a 16u image is not a multiple of 2
- * @retval StatusBadArgument       labels are not as above, or norm is another number
+ * @retval StatusBadArgument       the labels are not as above, or norm is neither NormL1 nor NormInf
  *
  * The calling thread does all the work.
  * @{
@@ -3629,7 +3627,7 @@ VEKCV_API Status VEKCV_CALL vekiSegmentGradient_8u_C3IR(const uint8_t* source, i
  *
  * A 32f silhouette may be the same image as the history. Images that overlap in any other way give undefined results.
  *
- * @retval StatusOk                the history is updated
+ * @retval StatusOk                the history was updated
  * @retval StatusNullPointer       an image is null
  * @retval StatusSizeError         width or height is below 1
  * @retval StatusStepError         a step is smaller than a row
@@ -3682,8 +3680,8 @@ VEKCV_API Status VEKCV_CALL vekiUpdateMotionHistory_32f_C1IR(const float* silhou
  *     weights exceeds backgroundRatio; else 255.
  *
  * A model averages over all of its frames: the older it is, the more slowly it follows a change of the scene. Counts
- * stay at 2147483647 once they are there. Results are the same in all variants. With three equal channels they may
- * differ from those of one channel by the rounding of the mean of three squares.
+ * stay at 2147483647 once they are there. With three equal channels results may differ from those of one channel by the
+ * rounding of the mean of three squares.
  *
  * The state is one block of memory of about 170 (three channels: 252) bytes for each pixel, released by the Free
  * function. A caller may read its fields, the images and the components at any time between calls, and may change
@@ -4007,8 +4005,8 @@ VEKCV_API Status VEKCV_CALL vekiOpticalFlowPyrLKFree_32f_C1R(OpticalFlowState* s
  *     xs = x + (x - cx) * f        f = k1 * r2 + k2 * r2 * r2
  *     ys = y + (y - cy) * f        r2 = ((x - cx) / fx)^2 + ((y - cy) / fy)^2
  *
- * All is computed in float, each operation rounded to nearest, whatever the modes of the caller, in this order: with
- * dx = x - cx and dy = y - cy, where x and y are rounded to float first,
+ * All is computed in float, each operation rounded, in this order: with dx = x - cx and dy = y - cy, where x and y are
+ * rounded to float first,
  *
  *     x2 = dx * dx * (1 / (fx * fx))        y2 = dy * dy * (1 / (fy * fy))
  *     f = (k1 * y2 + k2 * (y2 * y2)) + ((k2 * x2 + k1) * x2 + 2 * k2 * y2 * x2)
@@ -4043,17 +4041,19 @@ VEKCV_API Status VEKCV_CALL vekiOpticalFlowPyrLKFree_32f_C1R(OpticalFlowState* s
  * @param p1, p2        tangential coefficients
  * @param buffer        not used, and may be null; for programs that pass a buffer of the size that
  *                      vekiUndistortGetSize gives
- * @param bufferSize    receives 24 bytes for each pixel of a row, whose width is rounded up to a multiple of 4, and 32
+ * @param bufferSize    receives the bytes of the work buffer: 24 for each pixel of a row, whose width is rounded up to
+ *                      a multiple of 4, and 32
  *
  * @retval StatusOk                the result was written
  * @retval StatusNullPointer       an image or a map is null; of vekiUndistortGetSize, bufferSize
  * @retval StatusSizeError         width or height is below 1; of vekiUndistortGetSize also, after all other checks,
  *                                 that the size is above 2147483647
  * @retval StatusStepError         a step is smaller than a row
- * @retval StatusStepNotMultiple   a step is not a multiple of the element size
+ * @retval StatusStepNotMultiple   the step of a 16u or 32f image or of a map is not a multiple of 2 or 4
  * @retval StatusBadArgument       fx or fy is 0
  *
- * Regions of 262144 pixels and more are shared among the threads.
+ * The floating-point modes of the calling thread have no effect. Regions of 262144 pixels and more are shared among the
+ * threads.
  * @{
  */
 /** work buffer of the functions below */
@@ -4092,8 +4092,7 @@ VEKCV_API Status VEKCV_CALL vekiCreateMapCameraUndistort_32f_C1R(float* xMap, in
  * Images that are shifted by a fraction of a pixel, by bilinear interpolation: a result lies fx columns right of a
  * pixel of the source, and fy rows below it. vekiCopySubpix takes the fractions of dx and dy, dx minus its integer
  * part, plus 1 where that is negative; the integer parts are not applied, as the caller begins with the pixel of the
- * source that they lead to. Offsets that are infinite or NaN count as 0. Nothing here depends on the floating-point
- * modes of the caller.
+ * source that they lead to. Offsets that are infinite or NaN count as 0.
  *
  * 8u and 16u results have weights of 14 bits. With wx the integer part of fx * 16384 + 0.5, likewise wy,
  *
@@ -4146,11 +4145,12 @@ VEKCV_API Status VEKCV_CALL vekiCreateMapCameraUndistort_32f_C1R(float* xMap, in
  *
  * @retval StatusOk                the result was written
  * @retval StatusNullPointer       an image, minPoint or maxPoint is null
- * @retval StatusSizeError         a width or height is below 1
+ * @retval StatusSizeError         a width or a height is below 1
  * @retval StatusStepError         a step is smaller than a row, without the additional column
- * @retval StatusStepNotMultiple   a step of a 16u or 32f image is not a multiple of the element size
+ * @retval StatusStepNotMultiple   the step of a 16u or 32f image is not a multiple of 2 or 4
  *
- * Regions of 262144 pixels and more are shared among the threads.
+ * The floating-point modes of the calling thread have no effect. Regions of 262144 pixels and more are shared among the
+ * threads.
  * @{
  */
 /** shifts by a fraction of a pixel */
