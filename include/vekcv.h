@@ -857,15 +857,15 @@ VEKCV_API Status VEKCV_CALL vekiMinMaxIndx_32f_C3CMR(const float* source, int32_
  * Summed-area tables of an image s, from which the sum over any rectangle follows by four loads. Tables have more
  * columns and rows than the image; all begin with a constant.
  *
- * Upright (F. C. Crow, "Summed-Area Tables for Texture Mapping", SIGGRAPH 1984): width + 1 columns, height + 1 rows.
- * Row 0 and column 0 hold the constant. With r the sum of s(0, j) to s(x, j), added from the left,
+ * Upright (after Crow, "Summed-Area Tables for Texture Mapping", 1984): width + 1 columns, height + 1 rows. Row 0 and
+ * column 0 hold the constant. With r the sum of s(0, j) to s(x, j), added from the left,
  *
  *     I(x + 1, j + 1) = I(x + 1, j) + r
  *
  * so I(x, y) is the constant and the sum of the pixels above and to the left of (x, y).
  *
- * Tilted by 45 degrees (after R. Lienhart and J. Maydt, "An Extended Set of Haar-like Features for Rapid Object
- * Detection", ICIP 2002): width + 2 columns, height + 2 rows. Rows 0 and 1 hold the constant, and
+ * Tilted by 45 degrees (after Lienhart and Maydt, "An Extended Set of Haar-like Features for Rapid Object Detection",
+ * 2002): width + 2 columns, height + 2 rows. Rows 0 and 1 hold the constant, and
  *
  *     T(0, j + 2) = T(1, j + 1)
  *     T(x, j + 2) = T(x - 1, j + 1) - T(x, j) + T(x + 1, j + 1) + s(x - 1, j) + s(x, j)     for x = 1 to width
@@ -1547,7 +1547,8 @@ VEKCV_API Status VEKCV_CALL vekiGenSobelKernel_32f(float* kernel, int32_t kernel
 /* ------------------------------------------------------------------------------------------------------------------ */
 /**
  * @defgroup GaussPyramid Pyramids of rate 2
- * Images of half and of double size, smoothed with the weights 1 4 6 4 1 (Burt and Adelson 1983).
+ * Images of half and of double size, smoothed with the weights 1 4 6 4 1 (after Burt and Adelson, "The Laplacian
+ * Pyramid as a Compact Image Code", 1983).
  *
  * vekiPyrDown, w x h to (w + 1) / 2 x (h + 1) / 2 pixels, s being the source:
  *
@@ -2462,11 +2463,12 @@ VEKCV_API Status VEKCV_CALL vekiCanny_32f8u_C1R(const float* derivativeX, int32_
 /* ------------------------------------------------------------------------------------------------------------------ */
 /**
  * @defgroup Corners Corner measures
- * Eigenvalues and eigenvectors of the matrix of the products of the derivatives around each pixel (Harris and Stephens
- * 1988; Shi and Tomasi 1994). With dx and dy the results of vekiFilterSobelNegVertBorder and vekiFilterSobelHorizBorder
- * (kernelType 0) or of vekiFilterScharrVertBorder and vekiFilterScharrHorizBorder (1), of 8u to 16s or of 32f, with
- * BorderReplicate, their products are rounded to float and averaged by vekiFilterLowpassBorder_32f_C1R over
- * averageWindow x averageWindow pixels, with BorderReplicate too:
+ * Eigenvalues and eigenvectors of the matrix of the products of the derivatives around each pixel (after Harris and
+ * Stephens, "A Combined Corner and Edge Detector", 1988, and Shi and Tomasi, "Good Features to Track", 1994). With dx
+ * and dy the results of vekiFilterSobelNegVertBorder and vekiFilterSobelHorizBorder (kernelType 0) or of
+ * vekiFilterScharrVertBorder and vekiFilterScharrHorizBorder (1), of 8u to 16s or of 32f, with BorderReplicate, their
+ * products are rounded to float and averaged by vekiFilterLowpassBorder_32f_C1R over averageWindow x averageWindow
+ * pixels, with BorderReplicate too:
  *
  *     a = mean of dx dx, b = mean of dx dy, c = mean of dy dy, root = sqrt((a - c) (a - c) + 4 (b b))
  *     larger eigenvalue  = (a + c + root) (scale / 2)
@@ -2591,11 +2593,11 @@ VEKCV_API Status VEKCV_CALL vekiFindPeaks3x3GetBufferSize_32s_C1R(int32_t roiWid
 /* ------------------------------------------------------------------------------------------------------------------ */
 /**
  * @defgroup HaarClassifier Haar classifiers
- * Stages of a cascade of Haar-like features. The cascade is by Viola and Jones, "Rapid Object Detection using a Boosted
- * Cascade of Simple Features" (2001), the tilted features are by Lienhart and Maydt, "An Extended Set of Haar-like
- * Features for Rapid Object Detection" (2002). One call evaluates one stage at every position of a window in an image.
- * Calling stage after stage with the same mask is a cascade: positions that fail are cleared, and the next stage leaves
- * them out.
+ * Stages of a cascade of Haar-like features. The cascade is after Viola and Jones, "Rapid Object Detection using a
+ * Boosted Cascade of Simple Features" (2001), the tilted features are after Lienhart and Maydt, "An Extended Set of
+ * Haar-like Features for Rapid Object Detection" (2002). One call evaluates one stage at every position of a window in
+ * an image. Calling stage after stage with the same mask is a cascade: positions that fail are cleared, and the next
+ * stage leaves them out.
  *
  * A feature is one or more weighted rectangles of the window, a threshold and two values. With the norm n of a position
  * (its standard deviation, from vekiRectStdDev) and the sums of pixels in the rectangles from an integral image,
@@ -2762,10 +2764,10 @@ VEKCV_API Status VEKCV_CALL vekiApplyMixedHaarClassifier_32s_C1RSfs(
 /* ------------------------------------------------------------------------------------------------------------------ */
 /**
  * @defgroup HoughLine Hough lines
- * Straight lines through the pixels of a binary image that are not 0, such as edges, by the standard Hough transform:
- * Duda and Hart, "Use of the Hough Transformation to Detect Lines and Curves in Pictures" (1972). A line is the set of
- * points with rho = x * cos(theta) + y * sin(theta), with the first pixel of the region at (0, 0); so theta is the
- * direction of its normal and |rho| its distance from that pixel.
+ * Straight lines through the pixels of a binary image that are not 0, such as edges, by the standard Hough transform.
+ * After Duda and Hart, "Use of the Hough Transformation to Detect Lines and Curves in Pictures" (1972). A line is the
+ * set of points with rho = x * cos(theta) + y * sin(theta), with the first pixel of the region at (0, 0); so theta is
+ * the direction of its normal and |rho| its distance from that pixel.
  *
  * The accumulator has a row of cells for each angle. With s = width + height,
  *
@@ -3896,9 +3898,9 @@ VEKCV_API Status VEKCV_CALL vekiForegroundHistogramFree_8u_C3R(ForegroundHistogr
 /* ------------------------------------------------------------------------------------------------------------------ */
 /**
  * @defgroup OpticalFlowPyrLK Optical flow
- * Points followed from one image to the next, by windows around them: B. D. Lucas and T. Kanade, "An iterative image
- * registration technique with an application to stereo vision" (1981), on pyramids as J.-Y. Bouguet describes,
- * "Pyramidal implementation of the Lucas Kanade feature tracker" (2001).
+ * Points followed from one image to the next, by windows around them. After Lucas and Kanade, "An Iterative Image
+ * Registration Technique with an Application to Stereo Vision" (1981), on pyramids after Bouguet, "Pyramidal
+ * Implementation of the Lucas Kanade Feature Tracker" (2001).
  *
  * The records tell the images of both pyramids, their sizes and their steps. Used are the levels from 0 to the least of
  * maxLevel and the two levelCounts; of others nothing counts, and their images may be null. A place on level k is the

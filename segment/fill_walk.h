@@ -1,5 +1,5 @@
 // The scan-line fill: runs of pixels, and for each the runs above and below that are reached from there.
-// cf. A. R. Smith, "Tint fill", SIGGRAPH 1979.
+// After Smith, "Tint Fill" (1979).
 #pragma once
 
 #include "fill_stack.h"
