@@ -3,7 +3,7 @@
 
 #include "bind.h"
 #include "check.h"
-#include "parallel.h"
+#include "float_modes.h"
 #include "pyramid_size.h"
 #include "state.h"
 

@@ -1,7 +1,6 @@
 #pragma once
 
 #include <cassert>
-#include <climits>
 
 #include "allocation.h"
 #include "check.h"

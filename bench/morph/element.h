@@ -1,7 +1,6 @@
 // Structuring elements that are measured.
 #pragma once
 
-#include <algorithm>
 #include <cmath>
 #include <cstdint>
 #include <string>

@@ -1,7 +1,6 @@
 // Pictures of the segmentation benchmarks.
 #pragma once
 
-#include <cstdlib>
 #include <random>
 #include <vector>
 

@@ -1,7 +1,6 @@
 #include <cmath>
 #include <cstring>
 #include <limits>
-#include <random>
 
 #include "export_row.h"
 #include "feature/scene.h"

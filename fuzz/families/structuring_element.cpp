@@ -1,7 +1,6 @@
 #include "families/structuring_element.h"
 
 #include <algorithm>
-#include <cmath>
 
 #include "random.h"
 #include "window.h"

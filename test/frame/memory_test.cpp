@@ -1,6 +1,5 @@
 #include <gtest/gtest.h>
 
-#include "element.h"
 #include "standin_core.h"
 #include "state.h"
 #include "streaming.h"
@@ -117,33 +116,6 @@ TEST(Streaming, BeginsWhenTheCacheIsFull) {
     EXPECT_FALSE(fillsCache(1024, 1023, 1));
     EXPECT_TRUE(fillsCache(1024, 1024, 1));
     EXPECT_TRUE(fillsCache(INT32_MAX, INT32_MAX, 2));
-}
-
-TEST(Elements, HaveCodes) {
-    const auto bytesOf = [](int32_t code) {
-        int32_t bytes = 0;
-        const Status status = withElement(code, [&]<typename T>(T) {
-            bytes = std::is_floating_point_v<T> ? 40 : std::is_signed_v<T> ? 10 : int32_t{sizeof(T)};
-            return StatusOk;
-        });
-        return status == StatusOk ? bytes : status;
-    };
-    EXPECT_EQ(1, bytesOf(1));
-    EXPECT_EQ(10, bytesOf(3));
-    EXPECT_EQ(2, bytesOf(5));
-    EXPECT_EQ(40, bytesOf(13));
-    for (const int32_t code : {INT32_MIN, -1, 0, 2, 4, 6, 12, 14})
-        EXPECT_EQ(StatusDataTypeError, bytesOf(code)) << code;
-    for (int32_t channels = -1; channels < 6; ++channels) {
-        int32_t called = 0;
-        const Status status = withChannels(channels, [&](auto constant) {
-            called = constant;
-            return StatusOk;
-        });
-        const bool isKnown = channels == 1 || channels == 3 || channels == 4;
-        EXPECT_EQ(isKnown ? StatusOk : StatusChannelError, status) << channels;
-        EXPECT_EQ(isKnown ? channels : 0, called);
-    }
 }
 
 }  // namespace

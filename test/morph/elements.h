@@ -3,8 +3,6 @@
 
 #include <algorithm>
 #include <cfloat>
-#include <climits>
-#include <cstdlib>
 #include <functional>
 #include <vector>
 

@@ -1,7 +1,6 @@
 // Flood fills against their definition.
 #include <gtest/gtest.h>
 
-#include <cmath>
 #include <limits>
 
 #include "caller_modes.h"

@@ -1,8 +1,6 @@
 // Masks of pixels to restore.
 #pragma once
 
-#include <cmath>
-
 #include "test_image.h"
 
 namespace masks {

@@ -2,7 +2,6 @@
 #pragma once
 
 #include <algorithm>
-#include <climits>
 #include <cstdint>
 
 #include "vekcv.h"

@@ -1,5 +1,4 @@
 // vek fill, against a search from pixel to pixel.
-#include <cstdlib>
 #include <nlohmann/json.hpp>
 
 #include "run_vek.h"

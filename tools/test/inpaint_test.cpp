@@ -1,6 +1,4 @@
 // vek inpaint: what stays, and what comes back of pictures whose hidden pixels are known.
-#include <cstdlib>
-
 #include "run_vek.h"
 
 namespace {

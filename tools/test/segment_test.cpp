@@ -1,5 +1,4 @@
 // vek segment, on drawings of objects and on coins.
-#include <cmath>
 #include <nlohmann/json.hpp>
 
 #include "run_vek.h"
