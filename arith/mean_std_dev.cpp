@@ -10,9 +10,6 @@
 namespace VEKCV_VARIANT {
 namespace {
 
-/** Pixels for each configured thread, from which on most exports share them among threads. */
-constexpr int64_t kPixelsPerThread = 131072;
-
 /** Sum of pixels and of their squares. */
 template <typename T>
 class Moments {

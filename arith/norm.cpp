@@ -141,8 +141,6 @@ class NormReduction {
 
 enum Kind { kDiff, kRel };
 
-/** Pixels for each configured thread, from which on most exports share them among threads. */
-constexpr int64_t kPixelsPerThread = 131072;
 /** In the place of a threshold: the calling thread does all the work. */
 constexpr int64_t kAlone = 0;
 

@@ -2,7 +2,8 @@
 #include "pyramid_layer_state.h"
 
 #include "bind.h"
-#include "parallel.h"
+#include "configured_threads.h"
+#include "float_modes.h"
 #include "pyramid_layer_rows.h"
 #include "state.h"
 

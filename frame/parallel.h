@@ -6,16 +6,10 @@
 #include <type_traits>
 
 #include "allocation.h"
+#include "configured_threads.h"
 #include "float_modes.h"
 
 namespace VEKCV_VARIANT {
-
-/** The number of threads to decide with; a team asks for its own once it is opened. */
-inline int32_t configuredThreads() {
-    int threads = 1;
-    vekGetNumThreads(&threads);
-    return threads;
-}
 
 /** The number of pixels from which on a region is shared among threads. */
 struct ParallelFrom {

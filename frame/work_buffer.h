@@ -4,6 +4,7 @@
 
 #include "allocation.h"
 #include "check.h"
+#include "configured_threads.h"
 
 namespace VEKCV_VARIANT {
 
@@ -43,9 +44,7 @@ class WorkBuffer {
 
     /** The size of a work buffer: a slice for each of the configured threads. */
     static int64_t bytes(int64_t bytesPerThread) {
-        int threads = 1;
-        vekGetNumThreads(&threads);
-        return threads * (bytesPerThread + Scratch::kAlignment);
+        return configuredThreads() * (bytesPerThread + Scratch::kAlignment);
     }
 
     Scratch slice(int32_t thread) const { return {buffer_ + thread * stride_, stride_}; }

@@ -1,8 +1,8 @@
 // How states of structuring elements are made.
 #pragma once
 
+#include "configured_threads.h"
 #include "morphology_state.h"
-#include "parallel.h"
 
 namespace VEKCV_VARIANT {
 

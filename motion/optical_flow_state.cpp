@@ -3,8 +3,8 @@
 
 #include "bind.h"
 #include "check.h"
+#include "configured_threads.h"
 #include "flow_window.h"
-#include "parallel.h"
 #include "state.h"
 
 namespace VEKCV_VARIANT {

@@ -15,6 +15,9 @@ namespace VEKCV_VARIANT {
  */
 constexpr ptrdiff_t kPrefetchBytes = 512;
 
+/** Pixels for each configured thread, from which on most reductions share them among threads. */
+constexpr int64_t kPixelsPerThread = 131072;
+
 /** Pixels of a chunk. */
 template <typename T>
 constexpr ptrdiff_t kChunkPixels = 64 / sizeof(T);
