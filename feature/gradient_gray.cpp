@@ -1,5 +1,6 @@
 // Images of three channels to one by a norm of their channels.
 #include "bind.h"
+#include "blocks.h"
 #include "check.h"
 #include "pixelwise.h"
 
@@ -45,17 +46,6 @@ HWY_INLINE V sumOfSquares(D d, V c0, V c1, V c2) {
     return sum(d, hn::Mul(c0, c0), hn::Mul(c1, c1), hn::Mul(c2, c2));
 }
 
-/** 16 bytes for each 128-bit group: those from `pixels` on, those 16 pixels of 3 bytes behind them, and so on. */
-template <typename D>
-HWY_INLINE hn::Vec<D> loadGroups(D d, const uint8_t* pixels) {
-    if constexpr (hn::MaxLanes(D()) == 16) {
-        return hn::LoadU(d, pixels);
-    } else {
-        const hn::Half<D> half;
-        return hn::Combine(d, loadGroups(half, pixels + 3 * hn::MaxLanes(half)), loadGroups(half, pixels));
-    }
-}
-
 /** The sums of 8 pixels for each 128-bit group: of four that begin at byte kFirst of `first`, then likewise. */
 template <size_t kFirst, size_t kSecond, typename D>
 HWY_INLINE hn::Vec<hn::Repartition<int16_t, D>> sumsOfGroups(D d, hn::Vec<D> first, hn::Vec<D> second) {
@@ -89,7 +79,7 @@ struct Mean {
     HWY_INLINE static hn::Vec<D> ofBytes(D d, const uint8_t* pixels) {
         const hn::Repartition<int16_t, D> wide;
         const auto at = [=](ptrdiff_t byte) __attribute__((always_inline)) {
-            return loadGroups(d, pixels + byte);
+            return loadBlocks(d, pixels + byte, 48);  // 16 pixels for each
         };
         // The last four pixels of a group are at the end of what is loaded, and the pixels end there, too.
         const auto lower = thirdOf(wide, sumsOfGroups<0, 0>(d, at(0), at(12)));

@@ -1,8 +1,8 @@
 // The same component of the mixtures of several pixels, in vectors with a lane for each pixel.
 #pragma once
 
+#include "blocks.h"
 #include "gaussian_model.h"
-#include "simd.h"
 
 namespace VEKCV_VARIANT {
 
@@ -12,45 +12,21 @@ constexpr auto kPixelLanes = static_cast<int32_t>(hn::MaxLanes(PixelLanes()));
 using LaneVec = hn::Vec<PixelLanes>;
 using LaneMask = hn::Mask<PixelLanes>;
 
-/** Pairs of doubles, each `stride` behind the one before. */
-template <typename D>
-HWY_INLINE hn::Vec<D> loadPairs(D d, const double* first, ptrdiff_t stride) {
-    if constexpr (hn::MaxLanes(D()) == 2) {
-        return hn::LoadU(d, first);
-    } else {
-        const hn::Half<D> half;
-        constexpr ptrdiff_t kPairs = hn::MaxLanes(half) / 2;
-        return hn::Combine(d, loadPairs(half, first + kPairs * stride, stride), loadPairs(half, first, stride));
-    }
-}
-
-template <typename D>
-HWY_INLINE void storePairs(D d, double* first, ptrdiff_t stride, hn::Vec<D> pairs) {
-    if constexpr (hn::MaxLanes(D()) == 2) {
-        hn::StoreU(pairs, d, first);
-    } else {
-        const hn::Half<D> half;
-        constexpr ptrdiff_t kPairs = hn::MaxLanes(half) / 2;
-        storePairs(half, first, stride, hn::LowerHalf(half, pairs));
-        storePairs(half, first + kPairs * stride, stride, hn::UpperHalf(half, pairs));
-    }
-}
-
 /**
  * Two neighbouring doubles of each pixel of a group, of which the second pixel's are `stride` behind the first one's:
  * the first ones to `a`, the second ones to `b`.
  */
 HWY_INLINE void loadFields(const double* first, ptrdiff_t stride, LaneVec& a, LaneVec& b) {
     const PixelLanes d;
-    const auto even = loadPairs(d, first, 2 * stride), odd = loadPairs(d, first + stride, 2 * stride);
+    const auto even = loadBlocks(d, first, 2 * stride), odd = loadBlocks(d, first + stride, 2 * stride);
     a = hn::InterleaveLower(d, even, odd);
     b = hn::InterleaveUpper(d, even, odd);
 }
 
 HWY_INLINE void storeFields(double* first, ptrdiff_t stride, LaneVec a, LaneVec b) {
     const PixelLanes d;
-    storePairs(d, first, 2 * stride, hn::InterleaveLower(d, a, b));
-    storePairs(d, first + stride, 2 * stride, hn::InterleaveUpper(d, a, b));
+    storeBlocks(d, hn::InterleaveLower(d, a, b), first, 2 * stride);
+    storeBlocks(d, hn::InterleaveUpper(d, a, b), first + stride, 2 * stride);
 }
 
 /** A component of each pixel of a group. */

@@ -1,5 +1,5 @@
-// Vectors of blocks of 16 bytes that lie at any distance from each other, for pixels of three channels: a block holds
-// whole pixels, and a few elements more.
+// Vectors of blocks of 16 bytes that lie at any distance from each other. Of three channels a block may hold whole
+// pixels, and a few elements more.
 #pragma once
 
 #include "simd.h"
