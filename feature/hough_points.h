@@ -30,10 +30,10 @@ struct HoughAxes {
  * Sine and cosine of an angle from 0 to 3.2, from their series around the nearest quarter of a turn. Those of the
  * standard library differ among processors and widths.
  */
-struct Direction {
+struct SineAndCosine {
     double sine, cosine;
 
-    static Direction of(double angle) {
+    static SineAndCosine of(double angle) {
         constexpr double kQuarterTurn = 1.57079632679489661923;
         const int32_t quarters = angle < kQuarterTurn / 2 ? 0 : angle < kQuarterTurn * 1.5 ? 1 : 2;
         const double r = angle - quarters * kQuarterTurn, square = r * r;
@@ -44,9 +44,9 @@ struct Direction {
             cosine = 1 - square * (1.0 / (k * (k - 1))) * cosine;
         }
         sine *= r;
-        return quarters == 0   ? Direction{sine, cosine}
-               : quarters == 1 ? Direction{cosine, -sine}
-                               : Direction{-sine, -cosine};
+        return quarters == 0   ? SineAndCosine{sine, cosine}
+               : quarters == 1 ? SineAndCosine{cosine, -sine}
+                               : SineAndCosine{-sine, -cosine};
     }
 };
 
@@ -55,7 +55,7 @@ struct CellRule {
     float alongX, alongY, offset, last;
 
     CellRule(const HoughAxes& axes, int32_t row) {
-        const Direction direction = Direction::of(row * axes.deltaTheta);
+        const auto direction = SineAndCosine::of(row * axes.deltaTheta);
         alongX = static_cast<float>(direction.cosine / axes.deltaRho);
         alongY = static_cast<float>(direction.sine / axes.deltaRho);
         offset = static_cast<float>(axes.side / axes.deltaRho);

@@ -40,7 +40,7 @@ class Splitter {
     }
 
     /** The strand through a run that has the most marked ones, which are half of its runs or more; else no runs. */
-    Strand findStrand(Run run) const {
+    Strand findStrand(MaskRun run) const {
         Strand best{};
         int32_t most = 0;
         for (const auto kind : {Strand::kBar, Strand::kDownwards, Strand::kRightwards, Strand::kLeftwards}) {
@@ -64,7 +64,7 @@ class Splitter {
 
     void unmark(const Strand& strand) {
         for (int32_t k = 0; k < strand.runs; ++k)
-            if (const Run run = strand[k]; isMarked(run))
+            if (const MaskRun run = strand[k]; isMarked(run))
                 mark(run.row, run.column) = 0;
     }
 
@@ -74,16 +74,16 @@ class Splitter {
         for (int32_t row = 0; row < size_.height; ++row)
             for (int32_t column = 0; column < size_.width; ++column)
                 if (const int32_t marked = mark(row, column); marked > 0)
-                    body(Run{row, column, marked - 1});
+                    body(MaskRun{row, column, marked - 1});
     }
 
   private:
     ptrdiff_t place(int32_t row, int32_t column) const { return ptrdiff_t{row} * size_.width + column; }
     uint8_t& mark(int32_t row, int32_t column) { return marks_[place(row, column)]; }
-    bool isMarked(Run run) const { return marks_[place(run.row, run.column)] == run.length + 1; }
+    bool isMarked(MaskRun run) const { return marks_[place(run.row, run.column)] == run.length + 1; }
 
     /** Whether the mask has all members of a run, which may lie outside of it. */
-    bool hasMembers(Run run) const {
+    bool hasMembers(MaskRun run) const {
         const int32_t length = lengths_.values[run.length];
         if (run.column < 0 || run.column >= size_.width || run.row < 0 || run.row > size_.height - length)
             return false;
@@ -162,17 +162,17 @@ int32_t RunLengths::cost() const {
     return cost;
 }
 
-RunElement splitMask(const uint8_t* mask, RoiSize size, const MaskSummary& summary, Run* runs, Strand* strands,
+RunElement splitMask(const uint8_t* mask, RoiSize size, const MaskSummary& summary, MaskRun* runs, Strand* strands,
                      uint8_t* marks) {
     RunElement element{summary.lengths, runs, strands, 0, 0};
     Splitter splitter(mask, size, summary.lengths, marks);
-    splitter.forMarked([&](Run run) {
+    splitter.forMarked([&](MaskRun run) {
         if (const Strand strand = splitter.findStrand(run); strand.runs > 0) {
             strands[element.strandCount++] = strand;
             splitter.unmark(strand);
         }
     });
-    splitter.forMarked([&](Run run) { runs[element.runCount++] = run; });
+    splitter.forMarked([&](MaskRun run) { runs[element.runCount++] = run; });
     return element;
 }
 

@@ -29,7 +29,7 @@ struct RunLengths {
 };
 
 /** Members in a column of a mask from a row on, as many as the length at an index of RunLengths. */
-struct Run {
+struct MaskRun {
     int32_t row, column, length;
 };
 
@@ -40,16 +40,16 @@ struct Run {
 struct Strand {
     enum Kind : int32_t { kBar, kDownwards, kRightwards, kLeftwards };
 
-    Run first;  // the leftmost of a bar, the topmost of a slope
+    MaskRun first;  // the leftmost of a bar, the topmost of a slope
     int32_t runs;
     Kind kind;
 
     /** How many columns a run of a slope lies to the right of the one before. */
     int32_t shift() const { return kind == kRightwards ? 1 : kind == kLeftwards ? -1 : 0; }
 
-    Run operator[](int32_t k) const {
-        return kind == kBar ? Run{first.row, first.column + k, first.length}
-                            : Run{first.row + k, first.column + k * shift(), first.length};
+    MaskRun operator[](int32_t k) const {
+        return kind == kBar ? MaskRun{first.row, first.column + k, first.length}
+                            : MaskRun{first.row + k, first.column + k * shift(), first.length};
     }
 };
 
@@ -59,7 +59,7 @@ constexpr int32_t kLeastStrand = 8;
 /** The members of a mask that is not full, as runs, some of them in strands. */
 struct RunElement {
     RunLengths lengths;
-    const Run* runs;
+    const MaskRun* runs;
     const Strand* strands;
     int32_t runCount, strandCount;
 };
@@ -77,7 +77,7 @@ struct MaskSummary {
  * Splits a mask that is not full into runs and strands, for which there is memory as the summary says, and a byte for
  * every place of the mask.
  */
-RunElement splitMask(const uint8_t* mask, RoiSize size, const MaskSummary& summary, Run* runs, Strand* strands,
+RunElement splitMask(const uint8_t* mask, RoiSize size, const MaskSummary& summary, MaskRun* runs, Strand* strands,
                      uint8_t* marks);
 
 }  // namespace VEKCV_VARIANT

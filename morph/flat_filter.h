@@ -91,7 +91,9 @@ class FlatFilter {
         RunNeeds needs{element_.lengths, {}, resultsAtOnce()};
         for (int32_t& row : needs.leastRows)
             row = size_.height;
-        const auto add = [&](Run run) { needs.leastRows[run.length] = HWY_MIN(needs.leastRows[run.length], run.row); };
+        const auto add = [&](MaskRun run) {
+            needs.leastRows[run.length] = HWY_MIN(needs.leastRows[run.length], run.row);
+        };
         for (int32_t i = 0; i < element_.runCount; ++i)
             add(sideOf(element_.runs[i]));
         for (int32_t i = 0; i < element_.strandCount; ++i)
@@ -180,7 +182,7 @@ class FlatFilter {
         }
     }
 
-    Run sideOf(Run run) const {
+    MaskRun sideOf(MaskRun run) const {
         if (side_ == Side::kGiven)
             return run;
         const int32_t length = element_.lengths.values[run.length];

@@ -11,8 +11,8 @@ namespace VEKCV_VARIANT {
  */
 template <typename T>
 struct GrayState : StateHead {
-    const Run* members;  // of length 1
-    const T* heights;    // magnitudes of integers
+    const MaskRun* members;  // of length 1
+    const T* heights;        // magnitudes of integers
     int32_t memberCount, raisingCount;
     bool hasInfinite;  // whether there are infinite heights, which may give NaN
 };

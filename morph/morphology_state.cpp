@@ -19,7 +19,7 @@ struct FlatPlan : StatePlan {
         const RoiSize size = window.size;
         summary = MaskSummary::of(mask, size);
         const int64_t runs = summary.isFull ? 0 : summary.runs;
-        strands = int64_t{sizeof(FlatState)} + runs * int64_t{sizeof(Run)};
+        strands = int64_t{sizeof(FlatState)} + runs * int64_t{sizeof(MaskRun)};
         marks = strands + runs / kLeastStrand * int64_t{sizeof(Strand)};
         finish(marks + (summary.isFull ? 0 : int64_t{size.width} * size.height),
                kind.elementBytes == 1 ? threadBytes<uint8_t>() : threadBytes<float>(), !summary.isEmpty);
@@ -31,7 +31,7 @@ struct FlatPlan : StatePlan {
         state->element = {window, summary.isFull, {}};
         if (!summary.isFull)
             state->element.runs =
-                splitMask(mask, window.size, summary, reinterpret_cast<Run*>(parts + sizeof(FlatState)),
+                splitMask(mask, window.size, summary, reinterpret_cast<MaskRun*>(parts + sizeof(FlatState)),
                           reinterpret_cast<Strand*>(parts + strands), parts + marks);
     }
 

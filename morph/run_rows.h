@@ -88,7 +88,7 @@ class RunRows {
      * The ranks of a run in the window of result k. The first is for the pixel x = 0; those of the margin beside the
      * region can be read, too.
      */
-    const T* operator()(Run run, int32_t k) const {
+    const T* operator()(MaskRun run, int32_t k) const {
         return rings_[run.length].windows[run.row + k] + (ptrdiff_t{run.column} + margin_) * channels_;
     }
 

@@ -60,9 +60,9 @@ struct BitPlane {
 
     /** For the pixels of a word: whether one of the four neighbours is set. */
     uint64_t around(ptrdiff_t y, ptrdiff_t word) const {
-        const uint64_t* const center = row(y) + word;
-        const uint64_t before = word > 0 ? center[-1] : 0, behind = word + 1 < words ? center[1] : 0;
-        return *center << 1 | before >> 63 | *center >> 1 | behind << 63 | center[-words] | center[words];
+        const uint64_t* const here = row(y) + word;
+        const uint64_t before = word > 0 ? here[-1] : 0, behind = word + 1 < words ? here[1] : 0;
+        return *here << 1 | before >> 63 | *here >> 1 | behind << 63 | here[-words] | here[words];
     }
 };
 

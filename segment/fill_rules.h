@@ -10,13 +10,13 @@ namespace VEKCV_VARIANT {
 
 /** As many pixels as a vector has elements, channel by channel. */
 template <typename D, int32_t kChannels>
-struct Pixels {
+struct PixelVectors {
     hn::Vec<D> channel[kChannels];
 };
 
 template <int32_t kChannels, typename D>
-HWY_INLINE Pixels<D, kChannels> loadPixels(D d, const hn::TFromD<D>* first) {
-    Pixels<D, kChannels> pixels;
+HWY_INLINE PixelVectors<D, kChannels> loadPixels(D d, const hn::TFromD<D>* first) {
+    PixelVectors<D, kChannels> pixels;
     if constexpr (kChannels == 1)
         pixels.channel[0] = hn::LoadU(d, first);
     else if constexpr (hn::MaxLanes(D()) == 1)
@@ -48,7 +48,8 @@ struct Value {
 };
 
 template <int32_t kChannels, typename D>
-HWY_INLINE hn::Mask<D> areEqual(D d, const Pixels<D, kChannels>& pixels, const Value<hn::TFromD<D>, kChannels>& value) {
+HWY_INLINE hn::Mask<D> areEqual(D d, const PixelVectors<D, kChannels>& pixels,
+                                const Value<hn::TFromD<D>, kChannels>& value) {
     auto areAll = hn::Eq(pixels.channel[0], hn::Set(d, value.channel[0]));
     for (int32_t k = 1; k < kChannels; ++k)
         areAll = hn::And(areAll, hn::Eq(pixels.channel[k], hn::Set(d, value.channel[k])));
@@ -61,7 +62,7 @@ struct Equal {
     Value<T, kChannels> value;
 
     template <typename D>
-    HWY_INLINE hn::Mask<D> joins(D d, const Pixels<D, kChannels>& pixels) const {
+    HWY_INLINE hn::Mask<D> joins(D d, const PixelVectors<D, kChannels>& pixels) const {
         return areEqual(d, pixels, value);
     }
 };
@@ -88,7 +89,7 @@ struct InRange {
     }
 
     template <typename D>
-    HWY_INLINE hn::Mask<D> joins(D d, const Pixels<D, kChannels>& pixels) const {
+    HWY_INLINE hn::Mask<D> joins(D d, const PixelVectors<D, kChannels>& pixels) const {
         auto isInside = isBetween(d, pixels.channel[0], 0);
         for (int32_t k = 1; k < kChannels; ++k)
             isInside = hn::And(isInside, isBetween(d, pixels.channel[k], k));
@@ -112,7 +113,8 @@ struct Close {
     Value<T, kChannels> minDelta, maxDelta;
 
     template <typename D>
-    HWY_INLINE hn::Mask<D> joins(D d, const Pixels<D, kChannels>& pixels, const Pixels<D, kChannels>& from) const {
+    HWY_INLINE hn::Mask<D> joins(D d, const PixelVectors<D, kChannels>& pixels,
+                                 const PixelVectors<D, kChannels>& from) const {
         auto isClose = isCloseTo(d, pixels.channel[0], from.channel[0], 0);
         for (int32_t k = 1; k < kChannels; ++k)
             isClose = hn::And(isClose, isCloseTo(d, pixels.channel[k], from.channel[k], k));
