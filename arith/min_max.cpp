@@ -42,7 +42,7 @@ class ExtremaReduction {
     static constexpr ptrdiff_t kChunk = kChunkPixels<T>;
     static constexpr ptrdiff_t kSectionPixels = 32 * kChunk;
 
-    /** Begins with a pixel that is no NaN, and a section that begins there. */
+    /** Begins with a pixel that is not NaN, and a section that begins there. */
     HWY_INLINE ExtremaReduction(T pixel, Section section)
         : pixel_(pixel), start_(ordered(hn::Set(D(), pixel))), leastSection_(section), greatestSection_(section) {}
 

@@ -240,7 +240,7 @@ struct CandidateRows {
                3 * alignUp(pitch() * int64_t{sizeof(Element)}, Scratch::kAlignment);
     }
 
-    /** Writes so many rows from the first one on; afterRow(y) is called behind each. */
+    /** Writes `rows` rows from `first` on, and calls afterRow(y) after each. */
     template <typename AfterRow>
     void write(Scratch scratch, ptrdiff_t first, ptrdiff_t rows, const EdgeMap& map, AfterRow afterRow) const {
         RowRing<Element> window(scratch, 3, pitch());

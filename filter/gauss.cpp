@@ -69,8 +69,7 @@ HWY_INLINE void correlateRow(Taps taps, ptrdiff_t count, float* out, At at) {
     });
 }
 
-/** Filters columns of an image from the first one on: their rows into a ring, and the columns of that into the result.
- */
+/** Filters `width` columns of an image from `first` on: along rows, into a ring of them, then down the ring. */
 void filterStrip(const ExtendedImage<float>& image, Taps taps, Image<float> out, int32_t height, ptrdiff_t first,
                  ptrdiff_t width, Scratch scratch) {
     const int32_t reach = taps.reach;

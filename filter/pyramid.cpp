@@ -53,8 +53,7 @@ constexpr int64_t kLevelBytes = sizeof(void*) + sizeof(RoiSize) + sizeof(double)
 static_assert(kLevelBytes <= pyramidBytes(1) - pyramidBytes(0) &&
               int64_t{sizeof(Pyramid)} + 4 + kLevelBytes + 2 * 4 <= pyramidBytes(0));
 
-/** Calls visit(level, size) from level 0 down to the last one, and gives that: no more than `levels`, nor than 1 x 1.
- */
+/** Calls visit(level, size) for level 0 and at most `levels` more, until one is 1 x 1; gives the number of the last. */
 template <typename Visit>
 int32_t forLevels(RoiSize size, int32_t levels, float rate, const Visit& visit) {
     int32_t level = 0;

@@ -35,7 +35,7 @@ struct LayerPosition {
 
 /** The object behind a PyramidLayerState. */
 struct LayerState {
-    const LayerState* self;  // a state that was copied to another place is none
+    const LayerState* self;  // its address; a copy of a state elsewhere is refused
     LayerKind kind;
     RoiSize roi;  // of the largest source
     float rate;

@@ -173,8 +173,7 @@ HWY_NOINLINE void halveRow(const float* line, ptrdiff_t length, float* out) {
         });
 }
 
-/** Lines between three rows: `even`, 8 times a row at the place of `row`, and `odd`, twice one between it and `below`.
- */
+/** Lines from three rows: `even`, 8 times a row in the place of `row`, and `odd`, twice one between it and `below`. */
 template <typename T>
 HWY_NOINLINE void joinThree(const T* above, const T* row, const T* below, ptrdiff_t length, PyramidSum<T>* even,
                             PyramidSum<T>* odd) {

@@ -7,7 +7,7 @@
 namespace fuzz {
 namespace {
 
-/** An object of the library. A structure that is none is an element, and belongs here and to elementOf(). */
+/** Whether T is an object of the library. Other structures are elements, listed here and in elementOf(). */
 template <typename T>
 constexpr bool isObject() {
     return std::is_class_v<T> && !std::is_same_v<T, ImagePoint> && !std::is_same_v<T, RoiSize> &&

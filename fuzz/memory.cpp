@@ -20,7 +20,7 @@ size_t mappingBytes(int64_t rowBytes, int64_t rows, int64_t step, Place place) {
                                                                  : (rows - 1) * step + rowBytes + place.offset);
 }
 
-/** Small integers more often than large ones; floats that are no multiples of each other's last bits. */
+/** Small integers more often than large ones; floats that are not multiples of each other's last bits. */
 template <typename T>
 T drawPositive(Random& random) {
     const uint32_t number = 1 + random.below(uint32_t{1} << random.below(20));

@@ -4,7 +4,7 @@
 
 namespace fuzz {
 
-/** Draws an argument, where it is a number that is no step, or has several: a size, a point, a rectangle. */
+/** Draws an argument that is a number but not a step, or that has several: a size, a point, a rectangle. */
 void drawNumbers(Input& input, Call& call, size_t parameter);
 
 }  // namespace fuzz

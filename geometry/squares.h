@@ -49,7 +49,7 @@ struct LoadedPairs {
     Image<const T, kChannels> source;
     RoiSize roi;
 
-    /** The words of the pairs that begin at the columns, `below` rows under the rows. */
+    /** The words of the pairs that begin at the columns: those of the rows, and those of the rows below. */
     template <typename D, typename Integers, typename Words>
     HWY_INLINE void read(D d, Integers columns, Integers rows, Words (&upper)[Pair::kWords],
                          Words (&lower)[Pair::kWords]) const {

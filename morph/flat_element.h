@@ -5,8 +5,7 @@
 
 namespace VEKCV_VARIANT {
 
-/** The lengths of runs whose ranks are computed for all places, in ascending order, each from those of the one before.
- */
+/** Lengths of runs whose ranks are computed for all places: in ascending order, each from those of the one before. */
 struct RunLengths {
     static constexpr int32_t kMost = 32;
 

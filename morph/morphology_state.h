@@ -19,7 +19,7 @@ struct StateKind {
 
 /** What the records of all kinds begin with. */
 struct StateHead {
-    const StateHead* self;  // a state that was copied to another place is none
+    const StateHead* self;  // its address; a copy of a state elsewhere is refused
     StateKind kind;
     int32_t threads;  // for which there is scratch memory
     RoiSize roi;      // the greatest

@@ -7,7 +7,7 @@
 
 namespace VEKCV_VARIANT {
 
-/** Joins vectors of pixels that are no NaNs, and makes them ready for that. */
+/** Joins vectors of pixels none of which is NaN; clean() makes pixels ready to be joined. */
 struct Minimum {
     template <typename V>
     HWY_INLINE static V join(V a, V b) {

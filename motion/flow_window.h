@@ -32,7 +32,7 @@ struct FlowPlace {
     }
 
   private:
-    /** Places so far outside that all samples of a window are those of the edge are as good as any others there. */
+    /** Beyond kFar pixels outside all samples of a window are those of the edge, so places are cut to that. */
     static void split(float position, int32_t length, int64_t& whole, float& fraction) {
         constexpr float kFar = 64;
         const float least = -kFar, most = static_cast<float>(length) + kFar;

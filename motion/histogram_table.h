@@ -6,7 +6,7 @@
 
 namespace VEKCV_VARIANT {
 
-/** A table in the memory of a model, of which the last entry is the first one that is not used. */
+/** A table in the memory of a model. Its entries end before the first one with a frequency of 0. */
 template <const TableSize& kSize, int32_t kFeatures>
 class HistogramTable {
   public:
@@ -14,7 +14,7 @@ class HistogramTable {
 
     explicit HistogramTable(Entry* entries) : entries_(entries) {}
 
-    /** The frequencies of all entries that differ from the features by at most the tolerance. */
+    /** Whether a pixel was background at least as often as not, in the entries within the tolerance of its features. */
     HWY_INLINE bool isBackground(const uint8_t* features, float tolerance) const {
         float frequency = 0, background = 0;
         for (int32_t i = 0; i < kSize.entries && entries_[i].frequency > 0; ++i)

@@ -4,8 +4,7 @@
 
 namespace VEKCV_VARIANT {
 
-/** Where the four or eight neighbours of a pixel lie, in raster order, in an image with `stride` pixels from row to
- * row. */
+/** The offsets of the four or eight neighbours of a pixel, in raster order; `stride` leads from row to row. */
 template <bool kAllNeighbours>
 struct Neighbours {
     ptrdiff_t offsets[kAllNeighbours ? 8 : 4];

@@ -14,7 +14,7 @@ constexpr int32_t kBoundaries = 1, kLightIsLow = 2;  // bits of the flag
 
 constexpr uint32_t kLevels = 256;
 
-/** The value that is no label: of pixels that are in no segment, and of boundaries. */
+/** The marker of pixels in no segment, and of boundaries. */
 template <typename T>
 constexpr T kWall = static_cast<T>(~T{0});
 
@@ -150,8 +150,7 @@ HWY_NOINLINE void grow(const CellImage<T>& image, uint32_t* queue) {
     flood<kAllNeighbours>(image, queue, begins);
 }
 
-/** More than the queue and the cells take; of narrow regions, whose frame is large beside them, by the second number.
- */
+/** More than the queue and the cells take. The second number is for narrow regions, whose frame is relatively large. */
 template <typename T>
 int64_t bufferBytes(RoiSize roi) {
     const int64_t width = roi.width, height = roi.height, rowBytes = int64_t{sizeof(T)} * width;

@@ -4,8 +4,7 @@
 
 namespace VEKCV_VARIANT {
 
-/** The vector of up to four lanes of 32 bits that lane(i) gives; in registers, as loads of what was just stored wait.
- */
+/** The vector of up to four 32-bit lanes that lane(i) gives. In registers, as loads of what was just stored wait. */
 template <typename D, typename Lane>
 HWY_INLINE hn::Vec<D> fromLanes(D d, const Lane& lane) {
     constexpr size_t kLanes = hn::MaxLanes(D());

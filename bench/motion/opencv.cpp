@@ -26,8 +26,7 @@ Call mixtures(const Case& work) {
     };
 }
 
-/** The parameters are the size of windows, the greatest level, and the criteria to end. The first call makes pyramids.
- */
+/** The parameters: the size of windows, the greatest level, the criteria to end. The first call makes the pyramids. */
 Call opticalFlow(const Case& work) {
     const auto number = [&](size_t i) { return static_cast<int>(work.parameters[i]); };
     const cv::Size window(number(0), number(0));

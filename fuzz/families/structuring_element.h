@@ -25,7 +25,7 @@ struct StructuringElement {
     std::string describe() const;
 };
 
-/** The height of a place that is no member. */
+/** The height of a place that is not a member. */
 inline constexpr int32_t kNoHeight = std::numeric_limits<int32_t>::min();
 inline constexpr float kNoHeight32f = std::numeric_limits<float>::lowest();
 

@@ -17,8 +17,7 @@ namespace {
 constexpr int32_t kStep = 65536, kHeight = 32769;  // pixels
 constexpr int64_t kFileBytes = int64_t{1} << 22;
 
-/** Bytes of one value: a small file in memory that is mapped again and again. Only pages that are written are copied.
- */
+/** Bytes of one value: a small file in memory, mapped again and again. Only pages that are written are copied. */
 class RepeatedMemory {
   public:
     RepeatedMemory(int64_t bytes, int value) : bytes_((bytes + kFileBytes - 1) / kFileBytes * kFileBytes) {

@@ -75,8 +75,7 @@ struct Fault {
     fuzz::Value value;
 };
 
-/** The faults of a call whose arguments are valid, and whose steps are as short as may be, in the order of the checks.
- */
+/** The faults of a call with valid arguments, whose steps are as short as may be, in the order of the checks. */
 std::vector<Fault> faultsOf(const fuzz::Export& target, const std::vector<fuzz::Value>& valid);
 
 }  // namespace exports

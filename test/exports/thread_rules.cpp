@@ -15,8 +15,7 @@ void forEachMatch(const std::string& text, const std::string& pattern, Visit vis
         visit(*match);
 }
 
-/** The rule in words such as "256 x 256 pixels" or "16384 pixels for each configured thread"; any others are for one.
- */
+/** The rule in words such as "256 x 256 pixels" or "16384 pixels for each configured thread"; else one thread. */
 ThreadRule ruleOf(const std::string& words) {
     std::smatch match;
     if (!std::regex_search(words, match, std::regex("([0-9]+)( x [0-9]+)? pixels( for each configured thread)?")))

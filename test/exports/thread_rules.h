@@ -9,8 +9,7 @@
 
 namespace exports {
 
-/** From which regions on an export shares its rows among threads; or from which windows on, all together, its points.
- */
+/** From which regions on an export shares its rows among threads, or from how large windows together its points. */
 struct ThreadRule {
     int64_t pixels = 0;  // 0 where the calling thread does all the work
     bool isPerThread = false;

@@ -111,8 +111,7 @@ inline const std::vector<Shape>& shapes() {
     return all;
 }
 
-/** Sizes of masks on both sides of those from which on columns and diagonals are joined, and of many lengths of runs.
- */
+/** Sizes of masks below and above those from which on columns and diagonals are joined; many lengths of runs. */
 inline constexpr RoiSize kMaskSizes[] = {{1, 1}, {3, 3}, {4, 2}, {7, 7}, {9, 8}, {12, 9}, {5, 17}, {19, 26}, {34, 5}};
 
 /** check(mask, turn) for masks of a shape and size with two anchors; `turn` counts calls and chooses the anchors. */

@@ -138,8 +138,7 @@ TYPED_TEST(ForegroundHistogram, TellsWhatMovesFromWhatStays) {
     }
 }
 
-/** An object that stops is background after as many frames as the rates say, and the scene behind it is not forgotten.
- */
+/** An object that stops is background after as many frames as the rates say; the scene behind it is not forgotten. */
 TYPED_TEST(ForegroundHistogram, AbsorbsWhatStops) {
     for (const int before : {0, 300}) {
         Random random(5);

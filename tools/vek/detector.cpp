@@ -8,7 +8,7 @@
 
 namespace {
 
-// So many are no objects, and grouping them would take long.
+// So many cannot all be objects, and grouping them would take long.
 constexpr size_t kMostWindows = 200000;
 
 /** A size of the picture at which windows are looked for, and how many of its pixels are one of them. */

@@ -107,8 +107,7 @@ class Argument {
     std::array<T, 3> values_{};
 };
 
-/** Calls a function of three that are for the same pixels and connectivity. An area of 0 tells that nothing was done.
- */
+/** Calls one of three functions for the same pixels and connectivity. An area of 0 tells that nothing was done. */
 template <typename T, int32_t channels>
 ConnectedComponent filled(const std::string& layout, auto plain, auto gradient, auto range, Picture& picture,
                           const Settings& settings, const Options& options) {

@@ -16,7 +16,7 @@ inline void addFrames(CLI::App& command, std::vector<std::string>& paths, bool& 
     command.add_flag("--color", color, "Take a video's frames in colour rather than in grey");
 }
 
-/** A check of an option that takes a number; CLI::Range would let one pass that is no number. */
+/** A check of an option that takes a number; CLI::Range would let NaN pass. */
 inline auto numberFrom(double least, double largest) {
     return [=](const std::string& text) -> std::string {
         const double number = std::strtod(text.c_str(), nullptr);

@@ -11,8 +11,7 @@ bool isPictureFile(const std::string& path);
  */
 Picture readPicture(const std::string& path);
 
-/** Throws Failure for a picture of 16 bits; what it is said to be good for begins with `purpose`, "edges are those of".
- */
+/** Throws Failure for a picture of 16 bits, with `purpose`, as in "edges are those of", before "8-bit pictures". */
 void checkEightBit(const std::string& path, const Picture& picture, const std::string& purpose);
 
 /** Reads a file that must hold a picture of 8 bits. */

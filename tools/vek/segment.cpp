@@ -29,8 +29,7 @@ struct Options {
     bool dark = false, json = false;
 };
 
-/** White where a picture is lighter than a threshold, or with `dark` where it is not, and in what is closed in by it.
- */
+/** White where a picture is lighter than a threshold, or with `dark` where it is not, and in holes of that. */
 Picture objectsBy(int32_t threshold, bool dark, const Picture& grey) {
     Picture objects(grey.width, grey.height, 1, 8);
     std::ranges::transform(grey.bytes, objects.bytes.begin(),
