@@ -1,7 +1,6 @@
 #include "parallel.h"
 
 #include <gtest/gtest.h>
-#include <pmmintrin.h>
 
 #include <algorithm>
 #include <atomic>
@@ -10,6 +9,7 @@
 #include <utility>
 #include <vector>
 
+#include "modes_guard.h"
 #include "standin_core.h"
 
 namespace {
@@ -76,15 +76,15 @@ TEST(RowStripes, AreComputedInTheFloatingPointModesOfTheCaller) {
     const std::vector ofTeam(kThreads, before);
     ASSERT_EQ(ofTeam, floatModesOfTeam(kThreads));
 
-    std::fesetround(FE_UPWARD);
-    _mm_setcsr(_mm_getcsr() | _MM_FLUSH_ZERO_ON | _MM_DENORMALS_ZERO_ON);
-    const auto expected = floatModes();
     std::vector<std::pair<unsigned, int>> ofRows(kThreads);
-    forRowStripes(RoiSize{1, kThreads}, kAlways,
-                  [&](int32_t first, int32_t) { ofRows[static_cast<size_t>(first)] = floatModes(); });
-    const auto after = floatModes();
-    _mm_setcsr(before.first);
-    std::fesetround(FE_TONEAREST);
+    auto expected = before, after = before;
+    {
+        const ModesGuard guard(FE_UPWARD, true);
+        expected = floatModes();
+        forRowStripes(RoiSize{1, kThreads}, kAlways,
+                      [&](int32_t first, int32_t) { ofRows[static_cast<size_t>(first)] = floatModes(); });
+        after = floatModes();
+    }
 
     EXPECT_NE(before, expected);
     EXPECT_EQ(std::vector(kThreads, expected), ofRows);
@@ -94,14 +94,11 @@ TEST(RowStripes, AreComputedInTheFloatingPointModesOfTheCaller) {
 
 TEST(FloatModes, AreTheUsualOnesOnRequest) {
     const auto usual = floatModes();
-    std::fesetround(FE_UPWARD);
-    _mm_setcsr(_mm_getcsr() | _MM_FLUSH_ZERO_ON | _MM_DENORMALS_ZERO_ON);
+    const ModesGuard guard(FE_UPWARD, true);
     const auto before = floatModes();
     auto inside = before;
     inUsualModes([&] { inside = floatModes(); });
     const auto after = floatModes();
-    _mm_setcsr(usual.first);
-    std::fesetround(FE_TONEAREST);
     EXPECT_EQ(usual, inside);
     EXPECT_EQ(before, after);
     EXPECT_NE(usual, before);

@@ -1,12 +1,11 @@
 // The floating-point modes of the calling thread hold in all threads of a team: their number never shows in the
 // results.
-#include <pmmintrin.h>
-
 #include <cfenv>
 #include <cstring>
 #include <string>
 #include <vector>
 
+#include "../support/modes_guard.h"
 #include "expect.h"
 #include "vekcore.h"
 
@@ -29,24 +28,6 @@ constexpr Modes kOthers[] = {
     {"up, flushing", FE_UPWARD, true},
     {"down", FE_DOWNWARD, false},
     {"to zero", FE_TOWARDZERO, false},
-};
-
-class ModesGuard {
-  public:
-    explicit ModesGuard(const Modes& modes) {
-        std::fesetround(modes.rounding);
-        if (modes.flushes)
-            _mm_setcsr(_mm_getcsr() | _MM_FLUSH_ZERO_ON | _MM_DENORMALS_ZERO_ON);
-    }
-    ~ModesGuard() {
-        _mm_setcsr(before_);
-        std::fesetround(FE_TONEAREST);
-    }
-    ModesGuard(const ModesGuard&) = delete;
-    ModesGuard& operator=(const ModesGuard&) = delete;
-
-  private:
-    unsigned before_ = _mm_getcsr();
 };
 
 /** Values whose products and sums are rounded or too small for normal numbers, in every row. */
@@ -80,7 +61,7 @@ Results compute(const Modes& modes, int threads) {
     }
     Results results{std::vector<float>(kPixels)};
     vekSetNumThreads(threads);
-    const ModesGuard guard(modes);
+    const ModesGuard guard(modes.rounding, modes.flushes);
     const Status statuses[] = {
         vekiAddProduct_32f_C1IR(a.data(), kStep, b.data(), kStep, results.products.data(), kStep, kRoi),
         vekiAddProduct_32f_C1IR(b.data(), kStep, b.data(), kStep, results.products.data(), kStep, kRoi),
