@@ -45,5 +45,5 @@ struct Cascade {
     Cascade transposed() const;
 };
 
-/** Reads a cascade as OpenCV stores it in XML; throws Failure where it is none, or not of this kind. */
+/** Reads a cascade as OpenCV stores it in XML; throws Failure where the file is not one of this kind. */
 Cascade readCascade(const std::string& path);

@@ -86,11 +86,10 @@ void detect(const Options& options) {
 void addDetect(CLI::App& app) {
     CLI::App* const command = app.add_subcommand("detect", "Objects, as faces, found by a trained cascade");
     command->footer(
-        "Prints a line of x, y, width and height for each object, from top to bottom. CASCADE is one of stumps on "
-        "Haar\n"
-        "features, upright and tilted, as in /usr/share/opencv4/haarcascades of Debian's package opencv-data. The "
-        "window\n"
-        "moves by two pixels where an object is less than twice as large as it, and by one beyond.");
+        "Prints a line of x, y, width and height for each object, from top to bottom. CASCADE is one of\n"
+        "stumps on Haar features, upright and tilted, as in /usr/share/opencv4/haarcascades of Debian's\n"
+        "package opencv-data. The window moves by two pixels where an object is less than twice as large as\n"
+        "it, and by one beyond.");
     const auto options = std::make_shared<Options>();
     command->add_option("CASCADE", options->cascade, "The cascade, an XML file")->required();
     addGreyInput(*command, options->input);

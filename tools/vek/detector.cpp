@@ -11,7 +11,7 @@ namespace {
 // So many cannot all be objects, and grouping them would take long.
 constexpr size_t kMostWindows = 200000;
 
-/** A size of the picture at which windows are looked for, and how many of its pixels are one of them. */
+/** A size of the picture at which windows are looked for, and how many places windows have in it. */
 struct Level {
     double scale;
     RoiSize size;

@@ -28,7 +28,7 @@ std::array<uint8_t, 3> colorOf(double part) {
     return color;
 }
 
-/** The largest distance gets the last color. */
+/** The largest distance gets the last colour. */
 Picture viewOf(const Picture& distances) {
     const auto* const begin = distances.pixels<uint16_t>();
     const auto* const end = begin + ptrdiff_t{distances.width} * distances.height;

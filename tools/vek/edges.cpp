@@ -58,11 +58,10 @@ constexpr float kLargestThreshold = 65535;
 void addEdges(CLI::App& app) {
     CLI::App* const command = app.add_subcommand("edges", "The edges of a picture, by Canny: 255 on them, else 0");
     command->footer(
-        "The magnitude of a pixel is |dx| + |dy|, of its derivatives by Sobel. Where it is largest across an edge, "
-        "pixels\n"
-        "above HIGH are on one, and so are those of LOW and more that lead to them. For 3 x 3 pixels, 100 and 200 are "
-        "a\n"
-        "start; 5 x 5 pixels give twelve times as much. The edge pixels of IN continue it.");
+        "The magnitude of a pixel is |dx| + |dy|, of its derivatives by Sobel. Where it is largest across an\n"
+        "edge, pixels above HIGH are on one, and so are those of LOW and more that lead to them. For 3 x 3\n"
+        "pixels, 100 and 200 are a start; 5 x 5 pixels give twelve times as much. The edge pixels of IN\n"
+        "continue it.");
     const auto options = std::make_shared<Options>();
     addGreyInput(*command, options->input);
     command->add_option("OUT", options->output, "Where the edges go (.png, .jpg)")->required();

@@ -123,12 +123,10 @@ void addForeground(CLI::App& app) {
         "foreground", "For each frame but the first: 255 where it shows something else than a background, else 0");
     command->footer(
         "The background is the first frame to begin with, and each frame teaches it; the camera must not move.\n\n"
-        "  gauss       some Gaussian distributions for the values of each pixel. The more frames it has seen, the "
-        "more\n"
-        "              slowly it follows a change of the scene\n"
-        "  histogram   how often each pixel had which values and which changes of them. Holes and specks of the mask "
-        "are\n"
-        "              cleaned away, and what comes to stay becomes background");
+        "  gauss       some Gaussian distributions for the values of each pixel. The more frames it has seen, the\n"
+        "              more slowly it follows a change of the scene\n"
+        "  histogram   how often each pixel had which values and which changes of them. Holes and specks of the mask\n"
+        "              are cleaned away, and what comes to stay becomes background");
     const auto options = std::make_shared<Options>();
     addFrames(*command, options->frames, options->color);
     command

@@ -59,11 +59,10 @@ void addInpaint(CLI::App& app) {
     CLI::App* const command =
         app.add_subcommand("inpaint", "Scratches and writing removed: pixels restored from those around them");
     command->footer(
-        "The pixels of IN where MASK is not black are restored from the edge of these places inwards, each as a mean\n"
-        "of what is known by then within the radius, with most weight on what is close. Method 0 prefers pixels in "
-        "the\n"
-        "direction that the edge moves in; method 1 does not, and keeps more of the contrast. All others stay as they\n"
-        "are.");
+        "The pixels of IN where MASK is not black are restored from the edge of these places inwards, each\n"
+        "as a mean of what is known by then within the radius, with most weight on what is close. Method 0\n"
+        "prefers pixels in the direction that the edge moves in; method 1 does not, and keeps more of the\n"
+        "contrast. All others stay as they are.");
     const auto options = std::make_shared<Options>();
     command->add_option("IN", options->input, "An 8-bit picture")->required();
     command->add_option("MASK", options->mask, "Grey picture of the same size; pixels where it is not 0 are restored")

@@ -146,12 +146,12 @@ void segment(const Options& options) {
 void addSegment(CLI::App& app) {
     CLI::App* const command = app.add_subcommand("segment", "Objects counted and outlined, also where they touch");
     command->footer(
-        "Objects are what is lighter than a threshold, by Otsu without --threshold, and their holes. Their middles "
-        "are\n"
-        "where the distance from the background has peaks, and from these they grow by a watershed. What has a waist\n"
-        "counts as two objects if the distance falls by more than DEPTH from both middles to the waist, and what is\n"
-        "not wider than twice DEPTH is none. Prints the number of objects, or as JSON each with its number of pixels,\n"
-        "area, and the smallest upright rectangle around it.");
+        "Objects are what is lighter than a threshold, by Otsu without --threshold, and their holes. Their\n"
+        "middles are where the distance from the background has peaks, and from these they grow by a\n"
+        "watershed. What has a waist counts as two objects if the distance falls by more than DEPTH from\n"
+        "both middles to the waist, and what is not wider than twice DEPTH does not count. Prints the\n"
+        "number of objects, or as JSON each with its number of pixels, area, and the smallest upright\n"
+        "rectangle around it.");
     const auto options = std::make_shared<Options>();
     addGreyInput(*command, options->input);
     command->add_option("OUT", options->output, "Where IN goes with green outlines (.png, .jpg)")->required();

@@ -150,10 +150,9 @@ void track(const Options& options) {
 void addTrack(CLI::App& app) {
     CLI::App* const command = app.add_subcommand("track", "Corners followed from frame to frame, with their trails");
     command->footer(
-        "Follows the strongest corners of the first frame by optical flow, and draws where each has been in the last "
-        "30\n"
-        "frames. Corners are lost where they leave the picture, and where the way back from the next frame does not\n"
-        "lead to them. When fewer than half are left, new ones join.");
+        "Follows the strongest corners of the first frame by optical flow, and draws where each has been in the last\n"
+        "30 frames. Corners are lost where they leave the picture, and where the way back from the next frame does\n"
+        "not lead to them. When fewer than half are left, new ones join.");
     const auto options = std::make_shared<Options>();
     addFrames(*command, options->frames, options->color);
     command

@@ -57,10 +57,9 @@ void addUndistort(CLI::App& app) {
         "The pixel of OUT in column x and row y is what IN shows at\n\n"
         "  x + (x - CX) * f, y + (y - CY) * f    with    f = K1 * r2 + K2 * r2 * r2\n"
         "                                        and     r2 = ((x - CX) / FX)^2 + ((y - CY) / FY)^2\n\n"
-        "between four pixels, and black where IN shows nothing, as in its last column and row. K1 is negative where a\n"
-        "lens bends lines outwards like a barrel, and positive where it bends them inwards. A calibration of the "
-        "camera\n"
-        "gives all of these numbers.");
+        "between four pixels, and black where IN shows nothing, as in its last column and row. K1 is\n"
+        "negative where a lens bends lines outwards like a barrel, and positive where it bends them inwards.\n"
+        "A calibration of the camera gives all of these numbers.");
     const auto options = std::make_shared<Options>();
     command->add_option("IN", options->input, "A picture")->required();
     command->add_option("OUT", options->output, "Where the result goes (.png, .jpg)")->required();
