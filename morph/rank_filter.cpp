@@ -11,17 +11,16 @@ Status rankFilter(const T* source, int32_t sourceStep, T* destination, int32_t d
                   RoiSize maskSize, ImagePoint anchor, uint8_t* buffer) {
     const Image<const T, kChannels> from{source, sourceStep};
     const Image<T, kChannels> to{destination, destinationStep};
-    if (Status status =
-            Check()
-                .pointers(from, to, buffer)
-                .roi(roi)
-                .require(maskSize.width >= 1 && maskSize.height >= 1, StatusMaskSizeError)
-                .require(anchor.x >= 0 && anchor.x < maskSize.width && anchor.y >= 0 && anchor.y < maskSize.height,
-                         StatusAnchorError)
-                .steps(roi.width, from, to))
+    const Window window{maskSize, anchor};
+    if (Status status = Check()
+                            .pointers(from, to, buffer)
+                            .roi(roi)
+                            .require(window.hasPixels(), StatusMaskSizeError)
+                            .require(window.hasAnchor(), StatusAnchorError)
+                            .steps(roi.width, from, to))
         return status;
     const int64_t bytes = rectangleFilterBytes(int64_t{roi.width} * Image<T, kChannels>::kPixelBytes, maskSize.height);
-    RectangleFilter<Rank, T> filter(Scratch(buffer, bytes), roi, kChannels, {maskSize, anchor});
+    RectangleFilter<Rank, T> filter(Scratch(buffer, bytes), roi, kChannels, window);
     filter.filter(Rows<const T>::of(from), 0, roi.height, Rows<T>::of(to));
     return StatusOk;
 }
@@ -31,7 +30,7 @@ Status rankFilterBufferSize(int32_t roiWidth, RoiSize maskSize, int32_t* bufferS
     if (Status status = Check()
                             .pointers(bufferSize)
                             .require(roiWidth >= 1, StatusSizeError)
-                            .require(maskSize.width >= 1 && maskSize.height >= 1, StatusMaskSizeError))
+                            .require(Window{maskSize, {}}.hasPixels(), StatusMaskSizeError))
         return status;
     const int64_t rowBytes = int64_t{roiWidth} * kChannels * int64_t{sizeof(T)};
     if (rowBytes > INT32_MAX / maskSize.height)  // the size is larger still, and may not fit 64 bits

@@ -12,6 +12,11 @@ struct Window {
     RoiSize size;
     ImagePoint anchor;
 
+    constexpr bool hasPixels() const { return size.width >= 1 && size.height >= 1; }
+    constexpr bool hasAnchor() const {
+        return anchor.x >= 0 && anchor.x < size.width && anchor.y >= 0 && anchor.y < size.height;
+    }
+
     /** The window without what lies beyond the borders of the region wherever it stands. The results are the same. */
     Window trimmed(RoiSize roi) const {
         Window window = *this;

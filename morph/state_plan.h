@@ -19,13 +19,11 @@ struct StatePlan {
     StatePlan(const StateKind& stateKind, const void* result, RoiSize greatestRoi, const void* mask,
               const Window& element)
         : kind(stateKind), roi(greatestRoi), window(element) {
-        const auto [size, anchor] = window;
         status = Check()
                      .pointers(result, mask)
                      .roi(roi)
-                     .require(size.width >= 1 && size.height >= 1, StatusMaskSizeError)
-                     .require(anchor.x >= 0 && anchor.x < size.width && anchor.y >= 0 && anchor.y < size.height,
-                              StatusAnchorError)
+                     .require(window.hasPixels(), StatusMaskSizeError)
+                     .require(window.hasAnchor(), StatusAnchorError)
                      .require(isModest(), StatusSizeError);
     }
 
