@@ -30,7 +30,7 @@ struct LayerImages {
 
 /** Writes a stripe of rows. */
 template <Direction kDirection, typename T, int32_t kChannels>
-void writeLayer(const LayerImages<T, kChannels>& images, const LayerState& state, int32_t thread, int32_t first,
+void writeLayer(const LayerImages<T, kChannels>& images, const LayerRecord& state, int32_t thread, int32_t first,
                 int32_t rows) {
     const int32_t columns = images.destinationRoi.width, sourceHeight = images.sourceRoi.height;
     const ptrdiff_t length = ptrdiff_t{columns} * kChannels;
@@ -65,7 +65,7 @@ Status layer(const T* source, int32_t sourceStep, RoiSize sourceRoi, T* destinat
                             .stepLengths(destinationRoi.width, images.destination)
                             .stepMultiples(images.source, images.destination))
         return status;
-    const auto& state = *reinterpret_cast<const LayerState*>(memory);
+    const auto& state = *reinterpret_cast<const LayerRecord*>(memory);
     if (Status status =
             Check()
                 .require(state.self == &state && state.kind == LayerKind{kDirection, sizeof(T), kChannels},

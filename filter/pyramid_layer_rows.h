@@ -51,7 +51,7 @@ struct NeighboursInColumn {
 };
 
 template <typename Neighbours>
-void writeSmoothed(Neighbours neighbours, const LayerState& state, float* out, ptrdiff_t length) {
+void writeSmoothed(Neighbours neighbours, const LayerRecord& state, float* out, ptrdiff_t length) {
     withKernelSize(
         state.kernelSize, [&](auto size) __attribute__((always_inline)) {
             writeFloatSums(neighbours, state.taps, size, out, length);
@@ -88,8 +88,8 @@ HWY_NOINLINE void writeSums(const float* sums, T* out, ptrdiff_t length) {
 }
 
 /** Interpolates along a row of `sourceLength` elements. */
-HWY_NOINLINE inline void interpolateAlong(const float* row, ptrdiff_t sourceLength, const LayerState& state, float* out,
-                                          ptrdiff_t length) {
+HWY_NOINLINE inline void interpolateAlong(const float* row, ptrdiff_t sourceLength, const LayerRecord& state,
+                                          float* out, ptrdiff_t length) {
     const ptrdiff_t channels = state.kind.channels;
     const int32_t* const elements = state.elements;
     const float* const fractions = state.fractions;
@@ -125,7 +125,7 @@ template <Direction kDirection, typename T, int32_t kChannels>
 class LayerRow {
   public:
     /** `width` and `columns` are the widths of the source and of the interpolated image. */
-    LayerRow(Scratch& scratch, const LayerState& state, Image<const T, kChannels> source, int32_t width,
+    LayerRow(Scratch& scratch, const LayerRecord& state, Image<const T, kChannels> source, int32_t width,
              int32_t columns)
         : state_(state),
           source_(source),
@@ -161,7 +161,7 @@ class LayerRow {
         writeSmoothed(NeighboursInRow{extended_, kChannels}, state_, out, length);
     }
 
-    const LayerState& state_;
+    const LayerRecord& state_;
     Image<const T, kChannels> source_;
     ptrdiff_t sourceLength_, length_, reach_;  // in elements
     ExtendedRow<float, kChannels> ends_;
@@ -172,7 +172,7 @@ class LayerRow {
 template <typename Source>
 class SmoothedRows {
   public:
-    SmoothedRows(Scratch& scratch, const LayerState& state, Source& source, int32_t height, ptrdiff_t length)
+    SmoothedRows(Scratch& scratch, const LayerRecord& state, Source& source, int32_t height, ptrdiff_t length)
         : state_(state),
           source_(source),
           height_(height),
@@ -199,7 +199,7 @@ class SmoothedRows {
     }
 
   private:
-    const LayerState& state_;
+    const LayerRecord& state_;
     Source& source_;
     int32_t height_;
     ptrdiff_t length_;
@@ -212,7 +212,7 @@ class SmoothedRows {
 template <Direction kDirection, typename Source>
 class InterpolatedRows {
   public:
-    InterpolatedRows(Scratch& scratch, const LayerState& state, Source& source, int32_t height, ptrdiff_t length)
+    InterpolatedRows(Scratch& scratch, const LayerRecord& state, Source& source, int32_t height, ptrdiff_t length)
         : rate_(state.rate),
           source_(source),
           height_(height),

@@ -23,7 +23,7 @@ void normalise(const Tap* kernel, int32_t kernelSize, float* taps) {
 
 /** Makes a state. Its sizes are computed in 64 bits: those that are too large give an error. */
 template <typename Tap>
-Status makeState(LayerState** result, const LayerKind& kind, RoiSize roi, float rate, const Tap* kernel,
+Status makeState(LayerRecord** result, const LayerKind& kind, RoiSize roi, float rate, const Tap* kernel,
                  int32_t kernelSize) {
     const int32_t columns =
         kind.direction == Direction::kDown ? reducedLength(roi.width, rate) : ExpandedSizes::of(roi, rate).most.width;
@@ -35,14 +35,14 @@ Status makeState(LayerState** result, const LayerKind& kind, RoiSize roi, float 
     const int64_t scratchBytes = alignUp(layerScratchBytes(kind, roi.width, columns, kernelSize), kBlockAlignment);
     constexpr int64_t kAlignments = 4 * kBlockAlignment;
     if (scratchBytes > INT32_MAX ||
-        int64_t{sizeof(LayerState)} + kAlignments + tapBytes + tableBytes + threads * scratchBytes > INT32_MAX)
+        int64_t{sizeof(LayerRecord)} + kAlignments + tapBytes + tableBytes + threads * scratchBytes > INT32_MAX)
         return StatusSizeError;
 
-    Owned<LayerState> state;
-    if (Status status = newState(state, StateArray{&LayerState::taps, kernelSize},
-                                 StateArray{&LayerState::elements, static_cast<int32_t>(elements)},
-                                 StateArray{&LayerState::fractions, static_cast<int32_t>(elements)},
-                                 StateArray{&LayerState::scratch, static_cast<int32_t>(threads * scratchBytes)}))
+    Owned<LayerRecord> state;
+    if (Status status = newState(state, StateArray{&LayerRecord::taps, kernelSize},
+                                 StateArray{&LayerRecord::elements, static_cast<int32_t>(elements)},
+                                 StateArray{&LayerRecord::fractions, static_cast<int32_t>(elements)},
+                                 StateArray{&LayerRecord::scratch, static_cast<int32_t>(threads * scratchBytes)}))
         return status;
     state->self = state.get();
     state->kind = kind;
@@ -78,7 +78,7 @@ Status initAllocLayer(PyramidLayerState** result, RoiSize source, float rate, co
                             .require(kernelSize >= 3 && kernelSize % 2 == 1, StatusBadArgument))
         return status;
     Status status = StatusOk;
-    LayerState* state = nullptr;
+    LayerRecord* state = nullptr;
     inUsualModes([&] {
         status = makeState(&state, {kDirection, sizeof(T), kChannels}, source, rate, kernel, kernelSize);
     });

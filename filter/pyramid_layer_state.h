@@ -33,9 +33,9 @@ struct LayerPosition {
     }
 };
 
-/** The object behind a PyramidLayerState. */
-struct LayerState {
-    const LayerState* self;  // its address; a copy of a state elsewhere is refused
+/** The record behind a PyramidLayerState. */
+struct LayerRecord {
+    const LayerRecord* self;  // its address; a copy of a state elsewhere is refused
     LayerKind kind;
     RoiSize roi;  // of the largest source
     float rate;

@@ -12,7 +12,7 @@ using Lanes = hn::Full128<float>;
 using Vector = hn::Vec<Lanes>;
 constexpr ptrdiff_t kLanes = 4;
 
-/** The object behind an SrhnState. */
+/** The record behind an SrhnState. */
 struct SrhnRecord {
     int32_t size;  // of the blocks, in columns and rows
     float* psfs;   // entries of kEntryLength floats

@@ -17,7 +17,7 @@ HWY_INLINE V raised(V pixels, V height) {
 
 /** out[x] = the rank of all rows[k][x], raised in a dilation and lowered in an erosion by the height of the member. */
 template <typename Rank, bool kIsDilation, typename T>
-HWY_NOINLINE void joinRaised(const T* const* rows, const GrayState<T>& state, ptrdiff_t length, T* out) {
+HWY_NOINLINE void joinRaised(const T* const* rows, const GrayRecord<T>& state, ptrdiff_t length, T* out) {
     const T* const heights = state.heights;
     const int32_t raising = state.raisingCount, count = state.memberCount;
     forElements<kVectorsAtOnce, T>(
@@ -42,7 +42,7 @@ HWY_NOINLINE void joinRaised(const T* const* rows, const GrayState<T>& state, pt
 constexpr RunLengths kSinglePixels{1, {1}};
 
 template <typename Rank, typename T>
-void filterGray(Image<const T> source, Image<T> out, RoiSize roi, const GrayState<T>& state, int32_t first,
+void filterGray(Image<const T> source, Image<T> out, RoiSize roi, const GrayRecord<T>& state, int32_t first,
                 int32_t rows, Scratch scratch) {
     constexpr bool kIsDilation = std::is_same_v<Rank, Maximum>;
     RunRows<Rank, T> windows(scratch, roi, 1, state.window, {kSinglePixels, {}, 1});
@@ -69,7 +69,7 @@ Status gray(const T* source, int32_t sourceStep, T* destination, int32_t destina
                             .steps(roi.width, from, to)
                             .require(borderType == BorderReplicate, StatusBadArgument))
         return status;
-    const auto& state = *recordOf<GrayState<T>>(memory);
+    const auto& state = *recordOf<GrayRecord<T>>(memory);
     if (Status status = checkState(state, kGrayKind<T>, roi))
         return status;
     forThreadStripes(

@@ -55,16 +55,16 @@ struct GrayPlan : StatePlan {
             if constexpr (std::is_floating_point_v<T>)
                 hasInfinite |= mask[i] > FLT_MAX;
         }
-        heights = int64_t{sizeof(GrayState<T>)} + memberCount * int64_t{sizeof(MaskRun)};
+        heights = int64_t{sizeof(GrayRecord<T>)} + memberCount * int64_t{sizeof(MaskRun)};
         const int64_t pointers = memberCount * int64_t{sizeof(T*)} + Scratch::kAlignment;
         finish(heights + memberCount * int64_t{sizeof(T)}, RunRows<Maximum, T>::bytes(roi.width, 1, size, 1) + pointers,
                memberCount > 0);
     }
 
     void make(void* memory) const {
-        auto* const state = newRecord<GrayState<T>>(memory);
+        auto* const state = newRecord<GrayRecord<T>>(memory);
         auto* const parts = reinterpret_cast<uint8_t*>(state);
-        auto* const members = reinterpret_cast<MaskRun*>(parts + sizeof(GrayState<T>));
+        auto* const members = reinterpret_cast<MaskRun*>(parts + sizeof(GrayRecord<T>));
         auto* const magnitudes = reinterpret_cast<T*>(parts + heights);
         state->members = members;
         state->heights = magnitudes;

@@ -6,11 +6,11 @@
 namespace VEKCV_VARIANT {
 
 /**
- * The record of grey elements. A dilation raises pixels by the heights of the first members, and lowers them by those
- * of the others, which are the negative ones of integers; an erosion does the opposite.
+ * The record behind a GrayMorphologyState. A dilation raises pixels by the heights of the first members, and lowers
+ * them by those of the others, which are the negative ones of integers; an erosion does the opposite.
  */
 template <typename T>
-struct GrayState : StateHead {
+struct GrayRecord : StateHead {
     const MaskRun* members;  // of length 1
     const T* heights;        // magnitudes of integers
     int32_t memberCount, raisingCount;

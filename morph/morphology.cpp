@@ -117,7 +117,7 @@ HWY_NOINLINE Status operate(const StateKind& kind, Stripe<T> stripe, const T* so
                             .steps(int64_t{roi.width} * kind.channels, from, to)
                             .require(borderType == BorderReplicate, StatusBadArgument))
         return status;
-    const auto& state = *recordOf<FlatState>(memory);
+    const auto& state = *recordOf<FlatRecord>(memory);
     if (Status status = checkState(state, kind, roi))
         return status;
     const Operands<T> operands{Rows<const T>::of(from), Rows<T>::of(to), roi, kind.channels, state.element};

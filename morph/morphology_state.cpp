@@ -19,19 +19,19 @@ struct FlatPlan : StatePlan {
         const RoiSize size = window.size;
         summary = MaskSummary::of(mask, size);
         const int64_t runs = summary.isFull ? 0 : summary.runs;
-        strands = int64_t{sizeof(FlatState)} + runs * int64_t{sizeof(MaskRun)};
+        strands = int64_t{sizeof(FlatRecord)} + runs * int64_t{sizeof(MaskRun)};
         marks = strands + runs / kLeastStrand * int64_t{sizeof(Strand)};
         finish(marks + (summary.isFull ? 0 : int64_t{size.width} * size.height),
                kind.elementBytes == 1 ? threadBytes<uint8_t>() : threadBytes<float>(), !summary.isEmpty);
     }
 
     void make(void* memory) const {
-        auto* const state = newRecord<FlatState>(memory);
+        auto* const state = newRecord<FlatRecord>(memory);
         auto* const parts = reinterpret_cast<uint8_t*>(state);
         state->element = {window, summary.isFull, {}};
         if (!summary.isFull)
             state->element.runs =
-                splitMask(mask, window.size, summary, reinterpret_cast<MaskRun*>(parts + sizeof(FlatState)),
+                splitMask(mask, window.size, summary, reinterpret_cast<MaskRun*>(parts + sizeof(FlatRecord)),
                           reinterpret_cast<Strand*>(parts + strands), parts + marks);
     }
 

@@ -30,8 +30,8 @@ struct StateHead {
     Scratch scratchOf(int32_t thread) const { return {scratch + thread * scratchBytes, scratchBytes}; }
 };
 
-/** The record of flat elements. */
-struct FlatState : StateHead {
+/** The record behind a MorphologyState. */
+struct FlatRecord : StateHead {
     FlatElement element;
 };
 

@@ -5,7 +5,7 @@
 
 namespace VEKCV_VARIANT {
 
-/** The object behind an OpticalFlowState. */
+/** The record behind an OpticalFlowState. */
 struct FlowRecord {
     int32_t elementBytes;  // of the functions that take it
     RoiSize roi;           // no level 0 is larger

@@ -34,7 +34,7 @@ struct Unknown {
 enum class Method : int32_t { kDirection = 0, kDistance = 1 };
 
 /**
- * The object behind an InpaintState. Its planes hold the part of the region that the pixels to restore depend on, in a
+ * The record behind an InpaintState. Its planes hold the part of the region that the pixels to restore depend on, in a
  * margin as wide as a neighbourhood reaches.
  */
 struct InpaintRecord {
