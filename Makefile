@@ -7,7 +7,8 @@
 #   make valgrind   the quick tests of the 64-bit library under valgrind, which sees values that were never set
 #   make demo       the tool on the pictures of the repository, as build/demo/index.html
 #   make bench      benchmarks and sizes of both widths, into docs/performance.md; PEER=1 compares with OpenCV,
-#                   FILTER=text takes the exports whose names contain the text, QUICK=1 fewer sizes and rounds
+#                   FILTER=text takes the exports whose names contain the text, QUICK=1 fewer sizes and rounds,
+#                   RESUME=1 goes on with a run that was interrupted
 #   make fuzz       calls all exports with random arguments for SECONDS=60; what it finds lies in build/fuzz
 #   make docs       the manual of every function as pages: build/docs/html/index.html
 #   make pictures   the pictures of README.md and docs/tool.md, in docs/pictures
@@ -83,7 +84,8 @@ bench:
 	    cmake --preset $$width $(OPTIONS) -DVEKCV_BUILD_BENCHMARKS=ON >/dev/null && \
 	    cmake --build --preset $$width --target vekcv_bench || exit 1; \
 	done
-	@bench/run.sh build/x86_64 build/i386 $(if $(FILTER),--filter $(FILTER)) $(if $(QUICK),--quick)
+	@bench/run.sh build/x86_64 build/i386 $(if $(FILTER),--filter $(FILTER)) $(if $(QUICK),--quick) \
+	    $(if $(RESUME),--resume)
 	@$(if $(PEER),cmake --build --preset x86_64 --target vekcv_detect_bench && \
 	    build/x86_64/bench/detect/vekcv_detect_bench $(CASCADE) examples/pictures/astronaut.png)
 

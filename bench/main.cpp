@@ -1,10 +1,12 @@
 // vekcv_bench: times every export, the peer and memcpy or reading at several sizes, and writes the results as JSON.
 #include <algorithm>
+#include <chrono>
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
 #include <fstream>
 #include <regex>
+#include <set>
 
 #include "measure.h"
 #include "peer.h"
@@ -18,6 +20,8 @@ namespace {
 struct Options {
     std::string output = "bench.json";
     std::regex filter{""};
+    std::string family;  // empty for all
+    bool listFamilies = false;
     bool quick = false;
     bool checkOnly = false;
 };
@@ -31,32 +35,45 @@ Options parse(int argc, char** argv) {
             options.output = value();
         else if (argument == "--filter")
             options.filter = value();
+        else if (argument == "--family")
+            options.family = value();
+        else if (argument == "--list-families")
+            options.listFamilies = true;
         else if (argument == "--quick")
             options.quick = true;
         else if (argument == "--check")
             options.checkOnly = true;
         else
             fail(
-                "usage: vekcv_bench [--out FILE] [--filter REGEX] [--quick] [--check]\n"
-                "  --out     where to write the results (bench.json)\n"
-                "  --filter  only the exports whose names match\n"
-                "  --quick   fewer sizes and rounds, one thread\n"
-                "  --check   only call every export, and compare the results with those of the peer");
+                "usage: vekcv_bench [--out FILE] [--filter REGEX] [--family NAME] [--list-families] [--quick] "
+                "[--check]\n"
+                "  --out            where to write the results (bench.json)\n"
+                "  --filter         only the exports whose names match\n"
+                "  --family         only the exports of a family\n"
+                "  --list-families  only print the families of these exports\n"
+                "  --quick          fewer sizes and rounds, one thread\n"
+                "  --check          only call every export, and compare the results with those of the peer");
     }
     return options;
 }
 
-/** The side of a square whose 8-bit image alone is twice the largest cache, as far as the address space allows it. */
-int32_t sideBeyondCache() {
+/**
+ * A square at which the images of a call take twice the largest cache together, at least 4096 x 4096. The side has
+ * bounds above, too: the bytes of the largest images, floats in four channels, fit an int, and all of them an address
+ * space of 32 bits.
+ */
+RoiSize sizeBeyondCache(const Row& row) {
+    constexpr int32_t kLeastSide = 4096, kMostSide = 11520, kSideUnit = 512;
+    constexpr int64_t kMostBytes = int64_t{512} << 20;
+    constexpr RoiSize kSample{640, 480};
     int cacheBytes = 0;
     vekGetMaxCacheSizeB(&cacheBytes);
-    // The bytes of the largest images, floats in four channels, have to fit an int, and a few of them the address
-    // space.
-    constexpr int32_t kMostSide = sizeof(void*) == 4 ? 7168 : 11520;
-    int32_t side = 1024;
-    while (side < kMostSide && int64_t{side} * side < int64_t{2} * cacheBytes)
-        side *= 2;
-    return std::min(side, kMostSide);
+    const double bytesOfPixel =
+        static_cast<double>(row.prepare(kSample).data.bytes()) / (kSample.width * kSample.height);
+    const double pixels = static_cast<double>(std::min(int64_t{2} * cacheBytes, kMostBytes)) / bytesOfPixel;
+    const double units = std::ceil(std::sqrt(pixels) / kSideUnit);
+    const auto side = static_cast<int32_t>(std::clamp<double>(units * kSideUnit, kLeastSide, kMostSide));
+    return {side, side};
 }
 
 /**
@@ -89,53 +106,101 @@ void check(const Row& row) {
     }
 }
 
-void setThreads(int threads) {
-    vekSetNumThreads(threads);
-    if (peer::setThreads)
-        peer::setThreads(threads);
+/** What is measured at a size: what the page on performance has of it, and ours. */
+struct Comparison {
+    RoiSize size;
+    bool withPeer = false;
+    bool withReference = false;
+    bool withThreads = false;
+};
+
+/**
+ * 11 rounds, or as many as fit half a second where calls take long, but at least 5, and 3 where a round takes more than
+ * a second. Short calls find their images in the cache, as far as these fit there.
+ */
+Effort effortFor(const std::vector<Contestant>& contestants, bool quick) {
+    constexpr double kSeconds = 0.5, kSecondsPerRound = 0.003;
+    using Clock = std::chrono::steady_clock;
+    double round = 0;
+    bool warmUp = false;
+    for (const Contestant& contestant : contestants) {
+        const Clock::time_point begin = Clock::now();
+        contestant.call();
+        const double call = std::chrono::duration<double>(Clock::now() - begin).count();
+        round += std::max(call, kSecondsPerRound);
+        warmUp = warmUp || call < kSecondsPerRound;
+    }
+    const int fitting = static_cast<int>(std::min(kSeconds / round, 11.0));
+    const int least = round > 1 ? 3 : 5;
+    return {quick ? least : std::max(fitting, least), kSecondsPerRound, warmUp};
 }
 
-void measureRow(const TableEntry& entry, RoiSize size, int mostThreads, Effort effort, std::vector<Result>& results) {
-    const Work work = entry.row.prepare(size);
+Result measureRow(const TableEntry& entry, const Comparison& comparison, bool quick) {
+    const Work work = entry.row.prepare(comparison.size);
     work.data.fill();
-    std::vector<Contestant> contestants{{"vekcv", work.vekcv}, reference(work.data)};
-    if (work.peer)
+    // The first call may make a model that has to learn. Copies of the call share it.
+    work.vekcv();
+    std::vector<Contestant> contestants{{"vekcv", work.vekcv}};
+    if (comparison.withPeer && work.peer) {
+        work.peer();
         contestants.push_back({"peer", work.peer});
-    for (int threads = 1; threads <= mostThreads; ++threads) {
-        setThreads(threads);
-        Result result{entry.family, entry.row.name, size, threads, work.data.bytesTouched(), {}};
-        const auto times = measure(contestants, effort);
-        for (size_t i = 0; i < contestants.size(); ++i)
-            result.times[contestants[i].name] = Time::of(times[i]);
-        results.push_back(result);
     }
+    if (comparison.withReference)
+        contestants.push_back(reference(work.data));
+    if (comparison.withThreads)
+        contestants.push_back({"threads", [&] {
+                                   vekSetNumThreads(kMostThreads);
+                                   work.vekcv();
+                                   vekSetNumThreads(1);
+                               }});
+    Result result{entry.family, entry.row.name, comparison.size, {}};
+    const auto times = measure(contestants, effortFor(contestants, quick));
+    for (size_t i = 0; i < contestants.size(); ++i)
+        result.times[contestants[i].name] = Time::of(times[i]);
+    return result;
+}
+
+/** The sizes of a row. The largest of them is compared with the bandwidth of memory. */
+std::vector<Comparison> comparisons(const Row& row, bool quick) {
+    std::vector<Comparison> chosen;
+    for (const Comparison& comparison :
+         {Comparison{{16, 16}}, {{640, 480}, true}, {{1920, 1080}, true}, {{3840, 2160}}, {sizeBeyondCache(row)}}) {
+        const auto [width, height] = comparison.size;
+        const bool skipped = quick && (width == 1920 || width == 3840);
+        if (!skipped && int64_t{width} * height <= row.mostPixels)
+            chosen.push_back(comparison);
+    }
+    chosen.back().withReference = true;
+    chosen.back().withThreads = !quick;
+    return chosen;
 }
 
 void run(const Options& options) {
     std::vector<TableEntry> entries = table();
-    std::erase_if(entries, [&](const TableEntry& entry) { return !std::regex_search(entry.row.name, options.filter); });
+    std::erase_if(entries, [&](const TableEntry& entry) {
+        return !std::regex_search(entry.row.name, options.filter) ||
+               (!options.family.empty() && options.family != entry.family);
+    });
+    if (options.listFamilies) {
+        std::set<std::string> listed;
+        for (const TableEntry& entry : entries)
+            if (listed.insert(entry.family).second)
+                std::puts(entry.family.c_str());
+        return;
+    }
     for (const TableEntry& entry : entries)
         check(entry.row);
     if (options.checkOnly)
         return;
 
-    const int32_t large = sideBeyondCache();
-    std::vector<RoiSize> sizes{{16, 16}, {640, 480}, {1920, 1080}, {3840, 2160}, {large, large}};
-    if (options.quick)
-        sizes = {{16, 16}, {640, 480}, {large, large}};
-    int cacheBytes = 0;
-    vekGetMaxCacheSizeB(&cacheBytes);
+    vekSetNumThreads(1);
+    if (peer::setThreads)
+        peer::setThreads(1);
     std::vector<Result> results;
     for (const TableEntry& entry : entries) {
         std::fprintf(stderr, "%s\n", entry.row.name.c_str());
-        for (const RoiSize size : sizes) {
-            if (int64_t{size.width} * size.height > entry.row.mostPixels)
-                continue;
-            const bool small = size.width * size.height < 16384;  // never shared among threads
-            const bool inCache = int64_t{size.width} * size.height < cacheBytes / 2;
-            const int mostThreads = small || options.quick ? 1 : kMostThreads;
-            measureRow(entry, size, mostThreads, {options.quick || !inCache ? 5 : 11, 0.003, inCache}, results);
-        }
+        for (const Comparison& comparison : comparisons(entry.row, options.quick))
+            results.push_back(measureRow(entry, comparison, options.quick));
     }
     std::ofstream file(options.output);
     writeJson(file, results);

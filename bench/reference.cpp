@@ -5,30 +5,8 @@
 #include <iterator>
 #include <numeric>
 
-#include "vekcore.h"
-
 namespace bench {
 namespace {
-
-/** The part of every operand that one of the threads has. */
-struct Share {
-    int index, count;
-
-    size_t begin(size_t size) const { return static_cast<size_t>(static_cast<uint64_t>(index) * size / count); }
-    size_t end(size_t size) const { return Share{index + 1, count}.begin(size); }
-};
-
-template <typename Body>
-void forShares(Body body) {
-    const int threads = ownGetNumThreads();
-    if (threads == 1) {
-        body(Share{0, 1});
-        return;
-    }
-#pragma omp parallel for num_threads(threads)
-    for (int t = 0; t < threads; ++t)
-        body(Share{t, threads});
-}
 
 /** Copies as many bytes as a case touches: one half is read, the other half written. */
 Call copyOf(size_t bytesTouched) {
@@ -37,13 +15,7 @@ Call copyOf(size_t bytesTouched) {
     const Operand to = Operand::make(Role::kDestination, Element::k8u, 1, {half, 1});
     from.fill(1);
     to.fill(2);
-    return [=] {
-        forShares([&](Share share) {
-            const size_t begin = share.begin(from.bytes());
-            std::memcpy(static_cast<char*>(to.memory.get()) + begin,
-                        static_cast<const char*>(from.memory.get()) + begin, share.end(from.bytes()) - begin);
-        });
-    };
+    return [=] { std::memcpy(to.memory.get(), from.memory.get(), from.bytes()); };
 }
 
 constexpr size_t kLineWords = 16;  // a cache line; as many running sums keep one vector from waiting for another
@@ -70,15 +42,11 @@ uint32_t sumOfLines(const uint32_t* words, size_t lines) {
 /** Reads every whole cache line of the operands. */
 Call readOf(const Case& work) {
     return [operands = work.operands] {
-        forShares([&](Share share) {
-            for (const Operand& operand : operands) {
-                const auto* const words = static_cast<const uint32_t*>(operand.memory.get());
-                const size_t lines = operand.bytes() / (kLineWords * sizeof *words);
-                const size_t begin = share.begin(lines), end = share.end(lines);
-                // Without a place to go to the compiler would leave out the sum.
-                [[maybe_unused]] volatile uint32_t sum = sumOfLines(words + begin * kLineWords, end - begin);
-            }
-        });
+        for (const Operand& operand : operands) {
+            const auto* const words = static_cast<const uint32_t*>(operand.memory.get());
+            // Without a place to go to the compiler would leave out the sum.
+            [[maybe_unused]] volatile uint32_t sum = sumOfLines(words, operand.bytes() / (kLineWords * sizeof *words));
+        }
     };
 }
 

@@ -1,16 +1,16 @@
 #!/usr/bin/env python3
-"""Writes the page on performance from the results of vekcv_bench: report.py PAGE RESULTS [RESULTS]
+"""Writes the page on performance: report.py PAGE BUILD [BUILD]
 
-The results lie in the folders of the builds, whose sizes the page has too. They are those of a 64-bit build, of a 32-bit build, or of both. A 32-bit build, which has no peer, is compared
-with the peer of the 64-bit results.
+The builds are a 64-bit build, a 32-bit build, or both, with the results of vekcv_bench in BUILD/bench/results. A 32-bit
+build, which has no peer, is compared with the peer of the 64-bit results. The last line that is printed sums up the
+comparison with the peer.
 """
 import itertools
-import json
 import math
-import os
 import statistics
 import sys
 
+from results import LARGE, PEER_SIZES, SIZES, geometric_mean, load
 from size import size_section
 
 INTRODUCTION = """# Performance
@@ -26,32 +26,28 @@ Code variants: {variants}.
   Masks select stretches of 1 to 128 pixels, half of all. Filters have masks of 3 x 3 pixels and replicate the border;
   pipeline filters have 5 taps, the Gaussian filter 9. Windows of local deviations have 24 x 24 pixels; stages of Haar
   classifiers have 20 features of two rectangles.
-- The contestants take turns, several rounds each. A time is the median of the rounds; the spread is the range of the
-  middle half of the rounds as a share of the median, at the worst size.
+- The builds of both widths take turns, family by family; within a family the contestants of an export do, 11 rounds
+  at each size, of 3 ms or one call each. Where these would take more than half a second there are fewer rounds, 5 at
+  least, or 3 of more than a second. A time is the median of the rounds; the spread is the range of the middle half of
+  the rounds as a share of the median, at the worst size.
 - **Peer** is the time of the peer divided by ours, the mean of {inside}: above 1, ours is faster.
-{width_note}  The peer extracts a channel of interest into an image of its own, as its functions look at all channels or at one.
-  It has no reconstruction: that of the benchmark is the algorithm as it stands in Vincent's paper, with 8 neighbours, for
-  domes of 40 of 256 greys in dilations and for holes in erosions.
-- **Copy or read** is the share of the bandwidth of memory at {outside}, which exceeds the cache. For operations that
-  write an image it is the time of a `memcpy` that moves as many bytes as the operation has to (sources and destination
-  once, an image that is changed in place twice), divided by ours. For operations that only read it is the time of a
-  plain sum over the bytes of the same images, read in eight places at once, divided by ours. Pixels that a mask leaves
-  out count too, though whole vectors of them are skipped, and so do the channels beside that of interest.
-- **2 threads** is the time with one thread divided by that with two, at {outside}: 1 for what always runs on the
+{width_note}  The peer extracts a channel of interest into an image of its own, as its functions look at all channels or
+  at one. It has no reconstruction: that of the benchmark is the algorithm as it stands in Vincent's paper, with 8
+  neighbours, for domes of 40 of 256 greys in dilations and for holes in erosions.
+- **Beyond the cache** is a square at which the images of the call take twice the last-level cache together; the tables
+  give its side. A few exports, whose models take much memory for each pixel, end at 1920 x 1080.
+- **Copy or read** is the share of the bandwidth of memory at the largest size. For operations that write an image it
+  is the time of a `memcpy` that moves as many bytes as the operation has to (sources and destination once, an image
+  that is changed in place twice), divided by ours. For operations that only read it is the time of a plain sum over
+  the bytes of the same images, read in eight places at once, divided by ours. Pixels that a mask leaves out count too,
+  though whole vectors of them are skipped, and so do the channels beside that of interest.
+- **2 threads** is the time with one thread divided by that with two, at the largest size: 1 for what always runs on the
   calling thread, as the header tells, and less than 2 where memory is the limit.
 """
 
 
-def size_of(result):
-    return (result["width"], result["height"])
-
-
 def size_name(size):
-    return f"{size[0]} x {size[1]}"
-
-
-def geometric_mean(values):
-    return math.exp(statistics.fmean(map(math.log, values)))
+    return LARGE.capitalize() if size == LARGE else f"{size[0]} x {size[1]}"
 
 
 def number(value, digits=2):
@@ -66,50 +62,11 @@ def duration(nanoseconds):
             return f"{value:.{max(0, 2 - int(math.log10(max(value, 1))))}f} {unit}"
 
 
-class Build:
-    """The results of one build; `first` is the build that has the peer, where this one has none."""
-
-    def __init__(self, data, first):
-        self.name = f"{data['bits']} bits"
-        self.results = {(r["name"], size_of(r), r["threads"]): r for r in data["results"]}
-        self.peers = first.results if first else self.results
-        self.sizes = sorted({size_of(r) for r in data["results"]})
-        self.families = list(dict.fromkeys(r["family"] for r in data["results"]))
-        self.inside = [size for size in self.sizes if size in ((640, 480), (1920, 1080))]
-
-    def exports(self, family=None):
-        return list(dict.fromkeys(r["name"] for r in self.results.values() if family in (None, r["family"])))
-
-    def sizes_of(self, export):
-        """Not all sizes: models of large images take more memory than a block may have."""
-        return [size for size in self.sizes if (export, size, 1) in self.results]
-
-    def time(self, export, size, threads=1):
-        return self.results[export, size, threads]["vekcv"]["ns"]
-
-    def cell(self, export, size):
-        return duration(self.time(export, size)) if size in self.sizes_of(export) else ""
-
-    def peer(self, export):
-        """Ratio to the peer at the two sizes that most caches hold, or None."""
-        pairs = [(self.peers.get((export, size, 1), {}).get("peer"), self.time(export, size))
-                 for size in self.inside if size in self.sizes_of(export)]
-        ratios = [peer["ns"] / time for peer, time in pairs if peer]
-        return geometric_mean(ratios) if ratios else None
-
-    def bandwidth(self, export):
-        """Share of the bandwidth of a copy or, where nothing is written, of reading."""
-        result = self.results[export, self.sizes_of(export)[-1], 1]
-        return (result.get("memcpy") or result["read"])["ns"] / result["vekcv"]["ns"]
-
-    def threads(self, export):
-        largest = self.sizes_of(export)[-1]
-        if (export, largest, 2) not in self.results:
-            return None
-        return self.time(export, largest) / self.time(export, largest, 2)
-
-    def spread(self, export):
-        return max(self.results[export, size, 1]["vekcv"]["spread"] for size in self.sizes_of(export))
+def cell(build, export, size):
+    if size not in build.sizes_of(export):
+        return ""
+    side = f"{build.results[export, size]['width']}: " if size == LARGE else ""
+    return side + duration(build.time(export, size))
 
 
 def table(header, rows):
@@ -125,15 +82,29 @@ def mean_and_least(values):
 def summary(builds):
     rows = []
     for build, family in itertools.product(builds, [None, *builds[0].families]):
-        exports = build.exports(family)
-        calls = [build.time(export, build.sizes[0]) for export in exports]
-        rows.append([f"{build.name}, {family or 'all'}", str(len(exports)), mean_and_least(map(build.peer, exports)),
-                     mean_and_least(map(build.bandwidth, exports)),
+        rows_of = build.exports(family)
+        if not rows_of:  # a run that was interrupted between the widths
+            continue
+        calls = [build.time(row, SIZES[0]) for row in rows_of]
+        exports = {row.split()[0] for row in rows_of}
+        rows.append([f"{build.name}, {family or 'all'}", str(len(exports)), mean_and_least(map(build.peer, rows_of)),
+                     mean_and_least(map(build.bandwidth, rows_of)),
                      f"{statistics.median(calls):.0f} ({max(calls):.0f})",
-                     mean_and_least(map(build.threads, exports))])
+                     mean_and_least(map(build.threads, rows_of))])
     header = ["Build and family", "Exports", "Peer: mean (least)", "Copy or read: mean (least)",
-              f"ns a call at {size_name(builds[0].sizes[0])}: median (most)", "2 threads: mean (least)"]
+              f"ns a call at {size_name(SIZES[0])}: median (most)", "2 threads: mean (least)"]
     return "## Summary\n\n" + table(header, rows)
+
+
+def summary_line(builds):
+    """What README quotes."""
+    parts = []
+    for build in builds:
+        ratios = build.peer_ratios()
+        if ratios:
+            parts.append(f"{build.name}: geometric mean {geometric_mean(ratios):.2f}, least {min(ratios):.2f}, "
+                         f"most {max(ratios):.2f}, of {len(ratios)} rows")
+    return "Speed as a multiple of the peer's. " + "; ".join(parts or ["nothing was compared"])
 
 
 def family_section(family, builds):
@@ -141,31 +112,28 @@ def family_section(family, builds):
     for build in builds:
         header = ["Export"] + [size_name(size) for size in build.sizes]
         header += ["Peer", "Copy or read", "2 threads", "Spread"]
-        rows = [[f"`{export}`"] + [build.cell(export, size) for size in build.sizes] +
+        rows = [[f"`{export}`"] + [cell(build, export, size) for size in build.sizes] +
                 [number(build.peer(export)), number(build.bandwidth(export)), number(build.threads(export)),
                  f"{100 * build.spread(export):.0f} %"] for export in build.exports(family)]
         text += f"\n{build.name}:\n\n" + table(header, rows)
     return text
 
 
-def main(page, *paths):
-    data = []
-    for path in paths:
-        with open(path, encoding="utf-8") as file:
-            data.append(json.load(file))
-    data.sort(key=lambda d: -d["bits"])
-    first = Build(data[0], None)
-    builds = [first] + [Build(d, first) for d in data[1:]]
+def main(page, *folders):
+    builds = load(folders)
+    first = builds[0].machine
     introduction = INTRODUCTION.format(
-        peer=next((d["peer"] for d in data if d["peer"]), "no other library"),
-        processor=data[0]["processor"], processors=data[0]["processors"], cache=data[0]["cacheBytes"] >> 20,
-        compiler=data[0]["compiler"], variants="; ".join(f"{d['bits']} bits {d['library']}" for d in data),
-        inside=" and ".join(map(size_name, first.inside)), outside=" or ".join(dict.fromkeys(size_name(build.sizes[-1]) for build in builds)),
+        peer=next((build.machine["peer"] for build in builds if build.machine["peer"]), "no other library"),
+        processor=first["processor"], processors=first["processors"], cache=first["cacheBytes"] >> 20,
+        compiler=first["compiler"],
+        variants="; ".join(f"{build.name} {build.machine['library']}" for build in builds),
+        inside=" and ".join(map(size_name, PEER_SIZES)),
         width_note="  The 32-bit build is compared with the peer in 64 bits.\n" if len(builds) > 1 else "")
-    sections = [introduction, summary(builds), size_section([os.path.dirname(path) for path in paths], table)]
-    sections += [family_section(family, builds) for family in first.families]
+    sections = [introduction, summary(builds), size_section(folders, table)]
+    sections += [family_section(family, builds) for family in builds[0].families]
     with open(page, "w", encoding="utf-8") as file:
         file.write("\n".join(sections))
+    print(summary_line(builds))
 
 
 if __name__ == "__main__":

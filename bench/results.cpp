@@ -44,8 +44,7 @@ void writeJson(std::ostream& out, const std::vector<Result>& results) {
     const char* separator = "\n";
     for (const Result& result : results) {
         out << separator << "    {\"family\": \"" << result.family << "\", \"name\": \"" << result.name
-            << "\", \"width\": " << result.size.width << ", \"height\": " << result.size.height
-            << ", \"threads\": " << result.threads << ", \"bytes\": " << result.bytesTouched;
+            << "\", \"width\": " << result.size.width << ", \"height\": " << result.size.height;
         for (const auto& [contestant, time] : result.times)
             out << ", \"" << contestant << "\": {\"ns\": " << time.median << ", \"spread\": " << time.spread << "}";
         out << "}";

@@ -21,9 +21,7 @@ struct Time {
 struct Result {
     std::string family, name;
     RoiSize size;
-    int threads;
-    size_t bytesTouched;
-    std::map<std::string, Time> times;  // "vekcv", "memcpy" or "read", and perhaps "peer"
+    std::map<std::string, Time> times;  // "vekcv", and perhaps "peer", "memcpy" or "read", and "threads"
 };
 
 /** The results with the machine and the builds that they belong to. */

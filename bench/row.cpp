@@ -156,11 +156,19 @@ bool Case::writesImages() const {
     });
 }
 
-size_t Case::bytesTouched() const {
+size_t Case::bytes() const {
     size_t bytes = 0;
     for (const Operand& operand : operands)
         if (operand.role != Role::kBuffer)
-            bytes += operand.bytes() * (operand.role == Role::kInPlace ? 2 : 1);
+            bytes += operand.bytes();
+    return bytes;
+}
+
+size_t Case::bytesTouched() const {
+    size_t bytes = this->bytes();
+    for (const Operand& operand : operands)
+        if (operand.role == Role::kInPlace)
+            bytes += operand.bytes();
     return bytes;
 }
 

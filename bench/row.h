@@ -56,6 +56,9 @@ struct Case {
     void fill() const;
     bool writesImages() const;
 
+    /** Bytes of the images and results. */
+    size_t bytes() const;
+
     /** Bytes that have to move: sources, masks and destinations once, images that are changed in place twice. */
     size_t bytesTouched() const;
 };

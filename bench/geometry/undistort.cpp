@@ -1,4 +1,5 @@
 #include <cmath>
+#include <vector>
 
 #include "export_row.h"
 #include "geometry/peer.h"
@@ -14,12 +15,18 @@ std::vector<double> cameraFor(RoiSize size) {
 
 /** Waves: a result depends little on how places are rounded. */
 void drawWaves(const Operand& picture) {
+    std::vector<double> waves(static_cast<size_t>(picture.size.width));
+    for (size_t x = 0; x < waves.size(); ++x)
+        waves[x] = 60 * std::sin(static_cast<double>(x) / 17);
     const auto draw = [&]<typename T>(T) {
-        for (ptrdiff_t y = 0; y < picture.size.height; ++y)
-            for (ptrdiff_t x = 0; x < ptrdiff_t{picture.size.width} * picture.channels; ++x)
-                pointerTo<T>(picture)[y * picture.step / ptrdiff_t{sizeof(T)} + x] =
-                    static_cast<T>(128 + 60 * std::sin(static_cast<double>(x / picture.channels) / 17) +
-                                   50 * std::cos(static_cast<double>(y) / 23 + static_cast<double>(x % 3)));
+        T* pixel = pointerTo<T>(picture);
+        for (int32_t y = 0; y < picture.size.height; ++y) {
+            double wavesOfRow[3];
+            for (int phase = 0; phase < 3; ++phase)
+                wavesOfRow[phase] = 50 * std::cos(static_cast<double>(y) / 23 + phase);
+            for (int32_t x = 0; x < picture.size.width * picture.channels; ++x)
+                *pixel++ = static_cast<T>(128 + waves[static_cast<size_t>(x / picture.channels)] + wavesOfRow[x % 3]);
+        }
     };
     picture.element == Element::k8u    ? draw(uint8_t())
     : picture.element == Element::k16u ? draw(uint16_t())
