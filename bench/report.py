@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Writes the page on performance: report.py PAGE BUILD [BUILD]
+"""Writes the page on performance and its plot: report.py PAGE BUILD [BUILD]
 
 The builds are a 64-bit build, a 32-bit build, or both, with the results of vekcv_bench in BUILD/bench/results. A 32-bit
 build, which has no peer, is compared with the peer of the 64-bit results. The last line that is printed sums up the
@@ -7,16 +7,18 @@ comparison with the peer.
 """
 import itertools
 import math
+import os
 import statistics
 import sys
 
+from plot import plot
 from results import LARGE, PEER_SIZES, SIZES, geometric_mean, load
 from size import size_section
 
 INTRODUCTION = """# Performance
 
 What one call takes, against {peer} and against `memcpy` or reading. This page is written by `bench/run.sh`.
-
+{picture}
 Machine: {processor}, {processors} processors, {cache} MiB of last-level cache; a virtual machine that others share, so
 single numbers vary by the spread that the tables give. Compiler: {compiler}.
 
@@ -43,6 +45,12 @@ Code variants: {variants}.
   though whole vectors of them are skipped, and so do the channels beside that of interest.
 - **2 threads** is the time with one thread divided by that with two, at the largest size: 1 for what always runs on the
   calling thread, as the header tells, and less than 2 where memory is the limit.
+"""
+
+PICTURE = """
+![Speed of every export as a multiple of the peer's, by family and width]({name})
+
+A dot is a row of the tables below, a bar the geometric mean of a family; families that the peer lacks are left out.
 """
 
 
@@ -122,8 +130,11 @@ def family_section(family, builds):
 def main(page, *folders):
     builds = load(folders)
     first = builds[0].machine
+    picture = os.path.splitext(page)[0] + ".svg"
+    has_picture = plot(picture, builds)
     introduction = INTRODUCTION.format(
         peer=next((build.machine["peer"] for build in builds if build.machine["peer"]), "no other library"),
+        picture=PICTURE.format(name=os.path.basename(picture)) if has_picture else "",
         processor=first["processor"], processors=first["processors"], cache=first["cacheBytes"] >> 20,
         compiler=first["compiler"],
         variants="; ".join(f"{build.name} {build.machine['library']}" for build in builds),

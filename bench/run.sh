@@ -1,5 +1,5 @@
 #!/bin/bash
-# Runs the benchmarks of both widths and writes the page on performance:
+# Runs the benchmarks of both widths and writes the page on performance with its plot:
 #
 #     bench/run.sh [--quick] [--filter REGEX] [--resume] BUILD64 [BUILD32]
 #

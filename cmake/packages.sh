@@ -10,7 +10,7 @@ declare -A packages=(
         nlohmann-json3-dev libpugixml-dev"
     [test]="googletest binutils qemu-user ffmpeg opencv-data python3"
     [demo]="ffmpeg opencv-data"
-    [bench]="libbenchmark-dev python3"
+    [bench]="libbenchmark-dev python3 python3-matplotlib"
     [peer]="libopencv-dev libopencv-objdetect-dev opencv-data"
     [docs]="doxygen python3-pycparser gcc"
     [clang]="clang libclang-rt-dev libomp-dev"
