@@ -82,16 +82,16 @@ class Moments<float> {
 };
 
 /** Counts the pixels that a mask selects. Without a mask nothing is counted. */
-template <ptrdiff_t kChunk>
+template <ptrdiff_t kPixels>
 class Count {
-    using D = hn::CappedTag<uint8_t, kChunk>;
+    using D = hn::CappedTag<uint8_t, kPixels>;
     static constexpr auto kLanes = static_cast<ptrdiff_t>(hn::MaxLanes(D()));
     using Wide = hn::Repartition<uint64_t, D>;
 
   public:
     HWY_INLINE void add(NoMask /*mask*/) {}
     HWY_INLINE void add(MaskBytes mask) {
-        for (ptrdiff_t i = 0; i < kChunk; i += kLanes)
+        for (ptrdiff_t i = 0; i < kPixels; i += kLanes)
             count_ = hn::Add(count_, hn::SumsOf8((mask + i).selectOrZero(D(), hn::Set(D(), 1))));
     }
     int64_t total() const { return static_cast<int64_t>(hn::GetLane(hn::SumOfLanes(Wide(), count_))); }
@@ -108,7 +108,7 @@ class StatisticsReduction {
     static constexpr auto kLanes = static_cast<ptrdiff_t>(hn::MaxLanes(D()));
 
   public:
-    static constexpr ptrdiff_t kChunk = kChunkPixels<T>;
+    using Pixel = T;
     static constexpr ptrdiff_t kSectionPixels = hwy::IsFloat<T>() ? PTRDIFF_MAX : kSumSectionPixels<T>;
 
     struct Totals {
@@ -121,11 +121,14 @@ class StatisticsReduction {
 
     static T neutral() { return 0; }
 
-    template <int32_t kStride, typename Mask>
+    template <ptrdiff_t kPixels, int32_t kStride, typename Mask>
     HWY_INLINE void add(Pixels<T, kStride> pixels, Mask mask) {
-        count_.add(mask);
+        if constexpr (kPixels == kChunkPixels<T>)
+            chunkCount_.add(mask);
+        else
+            restCount_.add(mask);
 #pragma GCC unroll 4  // accumulators are registers then
-        for (ptrdiff_t i = 0; i < kChunkVectors<T>; ++i, pixels = pixels + kLanes, mask = mask + kLanes) {
+        for (ptrdiff_t i = 0; i < kPixels / kLanes; ++i, pixels = pixels + kLanes, mask = mask + kLanes) {
             const auto v = mask.selectOrZero(D(), pixels.load(D()));
             moments_.add(i, v);
             if constexpr (kResults == Results::kMeanAndDeviation)
@@ -137,12 +140,13 @@ class StatisticsReduction {
     }
 
     Totals totals() const {
-        return {moments_.sum(), moments_.squares(), count_.total()};
+        return {moments_.sum(), moments_.squares(), chunkCount_.total() + restCount_.total()};
     }
 
   private:
     Moments<T> moments_;
-    Count<kChunk> count_;
+    Count<kChunkPixels<T>> chunkCount_;
+    Count<kRestPixels<T>> restCount_;
 };
 
 /** The sums of the pixels that take part. */

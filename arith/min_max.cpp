@@ -39,8 +39,8 @@ class ExtremaReduction {
     static constexpr auto kLanes = static_cast<ptrdiff_t>(hn::MaxLanes(D()));
 
   public:
-    static constexpr ptrdiff_t kChunk = kChunkPixels<T>;
-    static constexpr ptrdiff_t kSectionPixels = 32 * kChunk;
+    using Pixel = T;
+    static constexpr ptrdiff_t kSectionPixels = 32 * kChunkPixels<T>;
 
     /** Begins with a pixel that is not NaN, and a section that begins there. */
     HWY_INLINE ExtremaReduction(T pixel, Section section)
@@ -50,10 +50,10 @@ class ExtremaReduction {
 
     T neutral() const { return pixel_; }
 
-    template <int32_t kStride, typename Mask>
+    template <ptrdiff_t kPixels, int32_t kStride, typename Mask>
     HWY_INLINE void add(Pixels<T, kStride> pixels, Mask mask) {
 #pragma GCC unroll 4  // accumulators are registers then
-        for (ptrdiff_t i = 0; i < kChunkVectors<T>; ++i, pixels = pixels + kLanes, mask = mask + kLanes) {
+        for (ptrdiff_t i = 0; i < kPixels / kLanes; ++i, pixels = pixels + kLanes, mask = mask + kLanes) {
             const V v = mask.selectOr(Ordered(), ordered(pixels.load(D())), start_);
             // The minimum of NaN and another value is the second operand on x86, so that a NaN is passed over.
             minima_[i % 2] = hn::Min(v, minima_[i % 2]);

@@ -93,7 +93,7 @@ class NormReduction {
     static constexpr auto kLanes = static_cast<ptrdiff_t>(hn::MaxLanes(D()));
 
   public:
-    static constexpr ptrdiff_t kChunk = kChunkPixels<T>;
+    using Pixel = T;
     // A row of floats is one section.
     static constexpr ptrdiff_t kSectionPixels = hwy::IsFloat<T>() ? PTRDIFF_MAX : kSumSectionPixels<M>;
 
@@ -107,17 +107,17 @@ class NormReduction {
 
     static T neutral() { return 0; }
 
-    template <int32_t kStride>
+    template <ptrdiff_t kPixels, int32_t kStride>
     HWY_INLINE void add(Pixels<T, kStride> a, MaskBytes mask) {
 #pragma GCC unroll 4  // accumulators are registers then
-        for (ptrdiff_t i = 0; i < kChunkVectors<T>; ++i, a = a + kLanes, mask = mask + kLanes)
+        for (ptrdiff_t i = 0; i < kPixels / kLanes; ++i, a = a + kLanes, mask = mask + kLanes)
             difference_.add(i, mask.selectOrZero(hn::ScalableTag<M>(), magnitude<T>(a.load(D()))));
     }
-    template <int32_t kStride>
+    template <ptrdiff_t kPixels, int32_t kStride>
     HWY_INLINE void add(Pixels<T, kStride> a, Pixels<T, kStride> b, MaskBytes mask) {
         const hn::ScalableTag<M> d;
 #pragma GCC unroll 4  // accumulators are registers then
-        for (ptrdiff_t i = 0; i < kChunkVectors<T>; ++i, a = a + kLanes, b = b + kLanes, mask = mask + kLanes) {
+        for (ptrdiff_t i = 0; i < kPixels / kLanes; ++i, a = a + kLanes, b = b + kLanes, mask = mask + kLanes) {
             const auto second = b.load(D());
             difference_.add(i, mask.selectOrZero(d, absoluteDifference(a.load(D()), second)));
             if constexpr (kRelative)

@@ -27,7 +27,14 @@ template <typename T>
 constexpr ptrdiff_t kChunkVectors = kChunkPixels<T> / static_cast<ptrdiff_t>(hn::MaxLanes(hn::ScalableTag<T>()));
 
 /**
- * Copies `count` elements, and fills the rest of the chunk with the neutral one. The code calls nothing, as no
+ * Pixels in each step of the rest of a row, which is shorter than a chunk. Integers may be added in any order, so one
+ * vector is enough.
+ */
+template <typename T>
+constexpr ptrdiff_t kRestPixels = kChunkPixels<T> / (hwy::IsFloat<T>() ? 1 : kChunkVectors<T>);
+
+/**
+ * Copies `count` elements, and fills the rest of the room with the neutral one. The code calls nothing, as no
  * accumulator stays in a register across a call, and is short, as it is inlined in every reduction.
  */
 template <typename T, size_t kRoom>
@@ -86,9 +93,9 @@ struct Pixels {
             return loadEveryThird(d, first);
     }
 
-    /** Memory for a chunk: the last pixels of a row, with a neutral value in the place of those that it lacks. */
+    /** Memory for a step: the last pixels of a row, with a neutral value in the place of those that it lacks. */
     struct Rest {
-        alignas(64) T elements[kChunkPixels<T> * kStride];
+        alignas(64) T elements[kRestPixels<T> * kStride];
 
         Rest() {}  // leaves them uninitialised
 
@@ -181,30 +188,41 @@ struct Cursor {
 
 template <typename Op, typename... Sources>
 HWY_INLINE void reduceRow(Op& op, ptrdiff_t width, Cursor<Sources>... cursors) {
-    constexpr ptrdiff_t kChunk = Op::kChunk;
+    using T = typename Op::Pixel;
+    constexpr ptrdiff_t kChunk = kChunkPixels<T>, kRest = kRestPixels<T>;
+    const auto prefetch = [&](ptrdiff_t x) __attribute__((always_inline)) {
+        if constexpr ((std::is_same_v<Sources, NoMask> || ...))
+            ((cursors.at + x).prefetch(kPrefetchBytes), ...);
+    };
+    const auto addUntil = [&]<ptrdiff_t kPixels>(ptrdiff_t & x, ptrdiff_t end) __attribute__((always_inline)) {
+        for (; x < end; x += kPixels) {
+            if constexpr (kPixels == kChunk)
+                prefetch(x);
+            op.template add<kPixels>((cursors.at + x)...);
+        }
+    };
     for (ptrdiff_t x = 0; x < width; op.endSection()) {
         const bool isLast = width - x <= Op::kSectionPixels;
-        ptrdiff_t end = x + (isLast ? (width - x) / kChunk * kChunk : Op::kSectionPixels);
-        for (;;) {
-            for (; x < end; x += kChunk) {
-                if constexpr ((std::is_same_v<Sources, NoMask> || ...))
-                    ((cursors.at + x).prefetch(kPrefetchBytes), ...);
-                op.add((cursors.at + x)...);
-            }
-            if (!isLast || x >= width)
+        // Where the rest has steps of a chunk, too, they are all in one loop.
+        if (kRest < kChunk || !isLast)
+            addUntil.template operator()<kChunk>(x, x + (isLast ? (width - x) / kChunk * kChunk : Op::kSectionPixels));
+        if (!isLast)
+            continue;
+        for (ptrdiff_t end = x + (width - x) / kRest * kRest;; end = width = kRest) {
+            addUntil.template operator()<kRest>(x, end);
+            if (x >= width)
                 break;
-            // The rest, as a whole chunk, goes through the same loop, as if the row began there.
+            // What is left, as a whole step, goes through the same loop, as if the row began there.
             ((cursors.at = cursors.rest->copy(cursors.at + x, width - x, op.neutral())), ...);
             x = 0;
-            end = width = kChunk;
         }
     }
 }
 
 /**
- * Reduces a row: op.add(sources + x...) for each chunk, the last one with op.neutral() in the place of the pixels that
- * it lacks, and op.endSection() at the end of each section. A section has Op::kSectionPixels pixels, a whole number of
- * chunks; the last one ends with the row.
+ * Reduces a row: op.add<pixels>(sources + x...) for each chunk, for each step of the rest, and at last for a step with
+ * op.neutral() in the place of the pixels that it lacks; op.endSection() at the end of each section. A section has
+ * Op::kSectionPixels pixels, a whole number of chunks; the last one ends with the row.
  */
 template <typename Op, typename... Sources>
 HWY_INLINE void reduceRow(Op& op, ptrdiff_t width, Sources... sources) {
