@@ -54,8 +54,9 @@ class Numbers {
         }
         const uint32_t kind = input_.below(32);
         const auto from1 = [&](uint32_t count) { return 1 + static_cast<int32_t>(input_.below(count)); };
-        const bool isSlow =
-            std::ranges::any_of(call_.states, [](const auto& state) { return state != nullptr && state->isSlow(); });
+        const bool isSlow = call_.rules->isSlow || std::ranges::any_of(call_.states, [](const auto& state) {
+                                return state != nullptr && state->isSlow();
+                            });
         if (kind == 31 && !isSlow) {  // large enough for threads, by the thresholds of the families
             constexpr int32_t kPixels[] = {16384, 65536, 98304, 16384, 65536, 262144, 393216, 393216};
             const int32_t width = 127 + from1(600);

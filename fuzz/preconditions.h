@@ -42,6 +42,7 @@ struct Precondition {
     bool hasAnyZero = false;           // a result of 0 may be -0 or +0
     bool checksFirstStepOnly = false;  // of several
     bool hasTiltedWindow = false;      // which must not begin left of the image
+    bool isSlow = false;               // large regions take seconds
     std::string_view optional{};       // results and buffers whose pointers may be null
 
     std::vector<NumberRule> numbers{};  // those that mean something else in other families

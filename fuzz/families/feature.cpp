@@ -63,6 +63,7 @@ const Precondition kFamilies[] = {
      .checkedColumns = oneColumn,
      .arrayLength = houghLength,
      .query = "vekiHoughLineGetSize_8u_C1R",
+     .isSlow = true,
      .numbers = {{"deltaRho", {1, 2, 0.5, 0.01, 3.7, 20}, NumberRule::kBelowOne},
                  {"deltaTheta", {0.017453292, 0.1, 0.7, 1.57, 3.14159, 0.001}, NumberRule::kBelowOne},
                  {"threshold", {1, 2, 5, 10, 100}},
