@@ -70,11 +70,10 @@ class Faults {
         if (call_.rules->checksFirstStepOnly)
             steps.resize(1);
         const size_t i = steps[input_.below(static_cast<uint32_t>(steps.size()))];
-        const auto checked = static_cast<int32_t>(checkedRowBytes(call_, i - 1));
-        const int32_t element = static_cast<int32_t>(bytesOf(target_.parameters[i - 1].element));
-        const int32_t bad[] = {
-            checked - 1, checked - element, 0, -1, INT_MIN, -checked, -call_.plainValues[i].as<int32_t>()};
-        call_.values[i].set(bad[input_.below(7)]);
+        const int64_t checked = checkedRowBytes(call_, i - 1), step = call_.plainValues[i].as<int32_t>();
+        const auto element = static_cast<int64_t>(bytesOf(target_.parameters[i - 1].element));
+        const int64_t bad[] = {checked - 1, checked - element, 0, -1, INT_MIN, -checked, -step};
+        call_.values[i].set(static_cast<int32_t>(bad[input_.below(7)]));
         mustFail("a short step");
     }
 

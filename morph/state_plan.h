@@ -54,8 +54,8 @@ struct StatePlan {
     /** Whether the products that make up the size of a state are small enough to compute with. */
     bool isModest() const {
         const int64_t rowBytes = int64_t{roi.width} * kind.channels * kind.elementBytes;
-        return rowBytes <= INT32_MAX && rowBytes * window.size.height <= INT32_MAX &&
-               int64_t{window.size.width} * window.size.height <= INT32_MAX;
+        return window.hasPixels() && rowBytes <= INT32_MAX / window.size.height &&
+               window.size.width <= INT32_MAX / window.size.height;
     }
 };
 
