@@ -22,16 +22,13 @@ constexpr int64_t kPixelsPerThread = 131072;
 template <typename T>
 constexpr ptrdiff_t kChunkPixels = 64 / sizeof(T);
 
-/** Vectors of a chunk. */
-template <typename T>
-constexpr ptrdiff_t kChunkVectors = kChunkPixels<T> / static_cast<ptrdiff_t>(hn::MaxLanes(hn::ScalableTag<T>()));
-
 /**
  * Pixels in each step of the rest of a row, which is shorter than a chunk. Integers may be added in any order, so one
  * vector is enough.
  */
 template <typename T>
-constexpr ptrdiff_t kRestPixels = kChunkPixels<T> / (hwy::IsFloat<T>() ? 1 : kChunkVectors<T>);
+constexpr ptrdiff_t kRestPixels = hwy::IsFloat<T>() ? kChunkPixels<T>
+                                                    : static_cast<ptrdiff_t>(hn::MaxLanes(hn::ScalableTag<T>()));
 
 /**
  * Copies `count` elements, and fills the rest of the room with the neutral one. The code calls nothing, as no
