@@ -1,6 +1,9 @@
 // Pictures of scenes that shift, with pyramids of them, and points to follow.
 #pragma once
 
+#include <algorithm>
+#include <iterator>
+
 #include "flow_reference.h"
 
 namespace flow {
@@ -85,6 +88,14 @@ inline Points pointsAround(RoiSize roi, uint32_t seed) {
     for (int i = 0; i < 6; ++i)
         points.push_back(
             {float(random.below(uint32_t(roi.width) * 64)) / 64, float(random.below(uint32_t(roi.height) * 64)) / 64});
+    return points;
+}
+
+/** Such points for seeds from 0 on. */
+inline Points manyPointsAround(RoiSize roi, uint32_t seeds) {
+    Points points;
+    for (uint32_t seed = 0; seed < seeds; ++seed)
+        std::ranges::copy(pointsAround(roi, seed), std::back_inserter(points));
     return points;
 }
 

@@ -19,10 +19,7 @@ TYPED_TEST_SUITE(OpticalFlowStates, flow::Forms);
 
 TYPED_TEST(OpticalFlowStates, ServeAnyNumberOfThreads) {
     auto [previous, next] = this->shiftedPair({96, 80}, 3.5, 1.5);
-    Points from;
-    for (uint32_t seed = 0; seed < 40; ++seed)
-        for (const ImagePoint32f point : pointsAround({96, 80}, seed))
-            from.push_back(point);
+    const Points from = flow::manyPointsAround({96, 80}, 40);
     for (const int window : {3, 21, 63}) {
         SCOPED_TRACE(window);
         const Options options{window, 3, 10, 0.01f};

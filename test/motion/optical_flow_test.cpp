@@ -215,10 +215,7 @@ TYPED_TEST(OpticalFlow, TakesOneArrayOfPoints) {
 
 TYPED_TEST(OpticalFlow, IgnoresTheModesOfTheCaller) {
     auto [previous, next] = this->shiftedPair({96, 80}, 3.5, 1.5);
-    Points from;
-    for (uint32_t seed = 0; seed < 5; ++seed)
-        for (const ImagePoint32f point : pointsAround({96, 80}, seed))
-            from.push_back(point);
+    const Points from = flow::manyPointsAround({96, 80}, 5);
     const Results expected = this->followed(previous, next, from, from, {});
     forCallerModes([&, &before = previous, &after = next] {
         EXPECT_TRUE(areSame(expected, this->followed(before, after, from, from, {})));

@@ -35,10 +35,7 @@ TEST_F(Vek, SubtractsPicturesOfEveryKind) {
 TEST_F(Vek, RefusesWrongUseOfDiff) {
     for (const std::string arguments : {"diff", "diff a.png"})
         expectFailure(arguments, 2, "(see vek --help)");
-    writePicture("grey.png", picture(16, 8, 1, 8, 1));
-    writePicture("color.png", picture(16, 8, 3, 8, 1));
-    writePicture("deep.png", picture(16, 8, 1, 16, 1));
-    writePicture("large.png", picture(17, 8, 1, 8, 1));
+    writeMisfits();
     expectFailure("diff grey.png large.png x.png", 1, "large.png: is 17 x 8");
     expectFailure("diff grey.png color.png x.png", 1, "color.png: is 16 x 8, 8-bit colour");
     expectFailure("diff deep.png grey.png x.png", 1, "grey.png: is 16 x 8, 8-bit grey, but deep.png is");

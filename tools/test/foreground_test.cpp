@@ -102,9 +102,7 @@ TEST_F(Vek, FindsTheForegroundOfVideos) {
 }
 
 TEST_F(Vek, RefusesWrongUseOfForeground) {
-    writePicture("grey.png", picture(16, 8, 1, 8, 1));
-    writePicture("color.png", picture(16, 8, 3, 8, 1));
-    writePicture("deep.png", picture(16, 8, 1, 16, 1));
+    writeMisfits();
     for (const std::string arguments :
          {"", "grey.png", "-o x%d.png", "grey.png -o x%d.png --model", "grey.png -o x%d.png --model median"})
         expectFailure("foreground " + arguments, 2, "");

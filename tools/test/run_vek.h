@@ -120,6 +120,14 @@ class Vek : public ::testing::Test {
         std::filesystem::remove_all(folder_);
     }
 
+    /** Pictures that do not go together: grey.png, and others in colour, of 16 bits, and of another size. */
+    static void writeMisfits() {
+        writePicture("grey.png", picture(16, 8, 1, 8, 1));
+        writePicture("color.png", picture(16, 8, 3, 8, 1));
+        writePicture("deep.png", picture(16, 8, 1, 16, 1));
+        writePicture("large.png", picture(17, 8, 1, 8, 1));
+    }
+
   private:
     std::filesystem::path folder_;
 };

@@ -97,9 +97,7 @@ TEST_F(Vek, RefusesWrongUseOfSequences) {
          {"background -o x.png --alpha 1", "background a.png -o x.png", "background a.png -o x.png --alpha fast",
           "background a.png -o x.png --alpha NaN", "background a.png -o x.png --alpha -inf"})
         expectFailure(arguments, 2, "(see vek --help)");
-    writePicture("grey.png", picture(16, 8, 1, 8, 1));
-    writePicture("color.png", picture(16, 8, 3, 8, 1));
-    writePicture("large.png", picture(17, 8, 1, 8, 1));
+    writeMisfits();
     expectFailure("background grey.png color.png -o x.png --alpha 1", 1, "color.png: is 16 x 8, 8-bit colour");
     expectFailure("background grey.png grey.png -o x.png --alpha 1 --mask color.png", 1,
                   "color.png: is 16 x 8, 8-bit colour; the mask must be");

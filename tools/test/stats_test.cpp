@@ -111,10 +111,7 @@ TEST_F(Vek, PrintsStatisticsAsATable) {
 TEST_F(Vek, RefusesWrongUseOfStats) {
     for (const std::string arguments : {"stats", "stats --json"})
         expectFailure(arguments, 2, "(see vek --help)");
-    writePicture("grey.png", picture(16, 8, 1, 8, 1));
-    writePicture("color.png", picture(16, 8, 3, 8, 1));
-    writePicture("deep.png", picture(16, 8, 1, 16, 1));
-    writePicture("large.png", picture(17, 8, 1, 8, 1));
+    writeMisfits();
     std::ofstream("text.png") << "no picture at all";
     expectFailure("stats grey.png missing.png", 1, "missing.png: cannot be opened");
     expectFailure("stats grey.png text.png --json", 1, "text.png: is not a PNG or JPEG");

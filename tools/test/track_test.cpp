@@ -185,9 +185,7 @@ TEST_F(Vek, FindsNoCornersInFlatPictures) {
 }
 
 TEST_F(Vek, RefusesWrongUseOfTrack) {
-    writePicture("grey.png", picture(16, 8, 1, 8, 1));
-    writePicture("large.png", picture(17, 8, 1, 8, 1));
-    writePicture("deep.png", picture(16, 8, 1, 16, 1));
+    writeMisfits();
     for (const std::string arguments :
          {"track", "track grey.png", "track -o x%d.png", "track grey.png -o x%d.png --corners 0",
           "track grey.png -o x%d.png --corners 10001", "track grey.png -o x%d.png --window 1",
