@@ -7,11 +7,11 @@ python=${PYTHON:-/usr/bin/python3}
 mkdir -p "$2"
 build=$(realpath "$1") output=$(realpath "$2") environment=${3:+$(realpath -m "$3")}
 cd "$(dirname "$0")"
-rm -rf "$output"/{work,*.whl}
-mkdir "$output/work"
-VEKCV_LIBRARIES=$build "$python" -W ignore setup.py -q egg_info --egg-base "$output/work" \
-    build --build-base "$output/work/build" \
-    bdist_wheel --bdist-dir "$output/work/wheel" --dist-dir "$output" >"$output/log.txt" 2>&1 ||
+rm -rf "$output"/{intermediate,*.whl}
+mkdir "$output/intermediate"
+VEKCV_LIBRARIES=$build "$python" -W ignore setup.py -q egg_info --egg-base "$output/intermediate" \
+    build --build-base "$output/intermediate/build" \
+    bdist_wheel --bdist-dir "$output/intermediate/wheel" --dist-dir "$output" >"$output/log.txt" 2>&1 ||
     { cat "$output/log.txt"; exit 1; }
 [ -n "$environment" ] || { ls "$output"/*.whl; exit 0; }
 rm -rf "$environment"
