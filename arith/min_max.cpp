@@ -46,7 +46,7 @@ class ExtremaReduction {
     HWY_INLINE ExtremaReduction(T pixel, Section section)
         : pixel_(pixel), start_(ordered(hn::Set(D(), pixel))), leastSection_(section), greatestSection_(section) {}
 
-    HWY_INLINE void beginRow(int32_t y) { section_ = {y, 0}; }
+    HWY_INLINE void beginRows(int32_t y) { section_ = {y, 0}; }
 
     T neutral() const { return pixel_; }
 
@@ -153,17 +153,30 @@ template <typename T, int32_t kChannels, typename Mask>
 Extrema<T> extremaOf(Image<const T, kChannels> source, Mask mask, RoiSize roi, int32_t firstRow, int32_t rows) {
     using Reduction = ExtremaReduction<T>;
     const PixelRows lines = PixelRows::of(roi, firstRow, rows, source, mask);
-    const auto valueAt = [&](int32_t y, ptrdiff_t x) {
-        T value;  // may begin at any address
-        __builtin_memcpy(&value, (pixelRow(source, y) + x).first, sizeof(T));
-        return value;
+    const int32_t atOnce = rowsAtOnce<T>(lines);
+    const auto countAt = [=](int32_t y) { return HWY_MIN(atOnce, lines.end - y); };
+    auto pixels = pixelRows(source);
+    auto masks = maskRows(mask);
+    // The first pixel from x on, in the rows from y on that are reduced at once, for which holds() is true.
+    const auto find = [&](int32_t y, ptrdiff_t x, ptrdiff_t most, auto holds) {
+        const int32_t count = countAt(y);
+        return findFirst(HWY_MIN(most, count * lines.width - x), pixels.at(y, count, lines.width) + x,
+                         masks.at(y, count, lines.width) + x, holds);
+    };
+    const auto at = [&](int32_t y, ptrdiff_t x) {
+        const auto row = static_cast<int32_t>(y + x / lines.width);
+        x %= lines.width;
+        Extreme<T> pixel{};
+        // It may begin at any address.
+        __builtin_memcpy(&pixel.value, source.row(row) + x * kChannels, sizeof(T));
+        pixel.point = {static_cast<int32_t>(x % roi.width), row + static_cast<int32_t>(x / roi.width)};
+        return pixel;
     };
 
     int32_t y = lines.first;
     ptrdiff_t start = -1;
-    for (; y < lines.end; ++y) {
-        start = findFirst(lines.width, pixelRow(source, y), maskRow(mask, y),
-                          [](auto v) { return hn::Eq(ordered(v), ordered(v)); });  // false for NaN
+    for (; y < lines.end; y += countAt(y)) {
+        start = find(y, 0, PTRDIFF_MAX, [](auto v) { return hn::Eq(ordered(v), ordered(v)); });  // false for NaN
         if (start >= 0)
             break;
     }
@@ -171,19 +184,16 @@ Extrema<T> extremaOf(Image<const T, kChannels> source, Mask mask, RoiSize roi, i
         return {};
 
     constexpr ptrdiff_t kSection = Reduction::kSectionPixels;
-    Reduction reduction(valueAt(y, start), {y, start});
-    for (; y < lines.end; ++y) {
-        reduction.beginRow(y);
-        reduceRow(reduction, lines.width, pixelRow(source, y), maskRow(mask, y));
+    Reduction reduction(at(y, start).value, {y, start});
+    for (int32_t count; y < lines.end; y += count) {
+        count = countAt(y);
+        reduction.beginRows(y);
+        reduceRow(reduction, count * lines.width, pixels.at(y, count, lines.width), masks.at(y, count, lines.width));
     }
 
-    const auto locate = [&](auto value, Section section) -> Extreme<T> {
-        const ptrdiff_t x =
-            section.x + findFirst(HWY_MIN(kSection, lines.width - section.x), pixelRow(source, section.y) + section.x,
-                                  maskRow(mask, section.y) + section.x,
-                                  [=](auto v) { return hn::Eq(ordered(v), value); });
-        return {valueAt(section.y, x),
-                {static_cast<int32_t>(x % roi.width), section.y + static_cast<int32_t>(x / roi.width)}};
+    const auto locate = [&](auto value, Section section) {
+        const ptrdiff_t x = find(section.y, section.x, kSection, [=](auto v) { return hn::Eq(ordered(v), value); });
+        return at(section.y, section.x + x);
     };
     return {true, locate(reduction.least(), reduction.leastSection()),
             locate(reduction.greatest(), reduction.greatestSection())};

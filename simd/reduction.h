@@ -31,17 +31,11 @@ constexpr ptrdiff_t kRestPixels = hwy::IsFloat<T>() ? kChunkPixels<T>
                                                     : static_cast<ptrdiff_t>(hn::MaxLanes(hn::ScalableTag<T>()));
 
 /**
- * Copies `count` elements, and fills the rest of the room with the neutral one. The code calls nothing, as no
- * accumulator stays in a register across a call, and is short, as it is inlined in every reduction.
+ * Copies `count` elements. The code calls nothing, as no accumulator stays in a register across a call, and is short,
+ * as it is inlined in every reduction.
  */
-template <typename T, size_t kRoom>
-HWY_INLINE void copyRest(T (&to)[kRoom], const T* from, ptrdiff_t count, T neutral) {
-    const hn::ScalableTag<T> d;
-    constexpr auto kLanes = static_cast<ptrdiff_t>(hn::MaxLanes(hn::ScalableTag<T>()));
-#pragma GCC unroll 1
-    for (ptrdiff_t i = count / kLanes * kLanes; i < static_cast<ptrdiff_t>(kRoom); i += kLanes)
-        hn::Store(hn::Set(d, neutral), d, to + i);
-
+template <typename T>
+HWY_INLINE void copyElements(T* to, const T* from, ptrdiff_t count) {
     auto* out = reinterpret_cast<uint8_t*>(to);
     asm("" : "+r"(out));  // or the compiler warns of negative offsets, which there are none of
     const auto* const in = reinterpret_cast<const uint8_t*>(from);
@@ -66,6 +60,17 @@ HWY_INLINE void copyRest(T (&to)[kRoom], const T* from, ptrdiff_t count, T neutr
             keepLoop(i);
         }
     }
+}
+
+/** Copies `count` elements, and fills the rest of the room with the neutral one. */
+template <typename T, size_t kRoom>
+HWY_INLINE void copyRest(T (&to)[kRoom], const T* from, ptrdiff_t count, T neutral) {
+    const hn::ScalableTag<T> d;
+    constexpr auto kLanes = static_cast<ptrdiff_t>(hn::MaxLanes(hn::ScalableTag<T>()));
+#pragma GCC unroll 1
+    for (ptrdiff_t i = count / kLanes * kLanes; i < static_cast<ptrdiff_t>(kRoom); i += kLanes)
+        hn::Store(hn::Set(d, neutral), d, to + i);
+    copyElements(to, from, count);
 }
 
 /** Pixels of one channel: every kStride-th element. */
@@ -163,14 +168,59 @@ struct NoMask {
     };
 };
 
+/** Pixels that short rows are gathered in: two of these rows at least. */
+template <typename T>
+constexpr ptrdiff_t kGatheredPixels = 2 * kChunkPixels<T>;
+
+/**
+ * How many rows are reduced at once. Rows of integers that are shorter than a chunk and would end with a step that
+ * lacks pixels are copied one behind the other: loads of such a step wait until its parts, stored a moment ago, are in
+ * the cache.
+ */
+template <typename T>
+int32_t rowsAtOnce(PixelRows rows) {
+    const bool areGathered = !hwy::IsFloat<T>() && rows.width < kChunkPixels<T> && rows.width % kRestPixels<T> != 0;
+    return areGathered ? static_cast<int32_t>(kGatheredPixels<T> / rows.width) : 1;
+}
+
+/** Copies rows one behind the other. A function of its own, as every reduction needs it for short rows only. */
+template <typename T, int32_t kStride>
+HWY_NOINLINE void gatherRows(T* to, Image<const T, kStride> image, int32_t y, int32_t rows, ptrdiff_t width) {
+    for (; rows > 0; --rows, ++y, to += width * kStride)
+        copyElements(to, image.row(y), (width - 1) * kStride + 1);
+}
+
+/** The rows of an image as sources, and memory to gather short ones. */
+template <typename Source, typename T, int32_t kStride>
+class SourceRows {
+  public:
+    explicit SourceRows(Image<const T, kStride> image) : image_(image) {}  // leaves the memory uninitialised
+
+    /** Row y or, where there are several, copies of the rows from y on. */
+    HWY_INLINE Source at(int32_t y, int32_t rows, ptrdiff_t width) {
+        if (rows == 1)
+            return {image_.row(y)};
+        gatherRows(gathered_, image_, y, rows, width);
+        return {gathered_};
+    }
+
+  private:
+    Image<const T, kStride> image_;
+    alignas(64) T gathered_[kGatheredPixels<T> * kStride];
+};
+
+struct NoMaskRows {
+    HWY_INLINE NoMask at(int32_t /*y*/, int32_t /*rows*/, ptrdiff_t /*width*/) { return {}; }
+};
+
 template <typename T, int32_t kChannels>
-Pixels<T, kChannels> pixelRow(Image<const T, kChannels> image, ptrdiff_t y) {
-    return {image.row(y)};
+SourceRows<Pixels<T, kChannels>, T, kChannels> pixelRows(Image<const T, kChannels> image) {
+    return SourceRows<Pixels<T, kChannels>, T, kChannels>(image);
 }
-inline MaskBytes maskRow(Image<const uint8_t> mask, ptrdiff_t y) {
-    return {mask.row(y)};
+inline SourceRows<MaskBytes, uint8_t, 1> maskRows(Image<const uint8_t> mask) {
+    return SourceRows<MaskBytes, uint8_t, 1>(mask);
 }
-inline NoMask maskRow(NoImage /*mask*/, ptrdiff_t /*y*/) {
+inline NoMaskRows maskRows(NoImage /*mask*/) {
     return {};
 }
 
@@ -237,8 +287,14 @@ auto reducePixels(RoiSize roi, ParallelFrom threshold, int32_t channel, Mask mas
             const PixelRows lines = kInOrder ? PixelRows{first, first + rows, roi.width}
                                              : PixelRows::of(roi, first, rows, sources..., mask);
             Reduction reduction;
-            for (int32_t y = lines.first; y < lines.end; ++y)
-                reduceRow(reduction, lines.width, pixelRow(sources.from(channel), y)..., maskRow(mask, y));
+            const auto reduce = [&](auto&&... sourceRows) {
+                const int32_t atOnce = rowsAtOnce<typename Reduction::Pixel>(lines);
+                for (int32_t y = lines.first, count; y < lines.end; y += count) {
+                    count = HWY_MIN(atOnce, lines.end - y);
+                    reduceRow(reduction, count * lines.width, sourceRows.at(y, count, lines.width)...);
+                }
+            };
+            reduce(pixelRows(sources.from(channel))..., maskRows(mask));
             return reduction.totals();
         },
         Reduction::Totals::join);

@@ -7,8 +7,9 @@ from pathlib import Path
 
 # The header promises 16 KiB. The calls of an export are no more than eight deep.
 LIMIT = 2048
-# But for the strips of integral images, in a function that is called by two small ones and calls none.
-LIMITS = {"integral_stream.h": 15 * 1024}
+# But for the strips of integral images and the short rows that reductions gather, in functions that are called by a few
+# small ones and call none that needs as much.
+LIMITS = {"integral_stream.h": 15 * 1024, "reduction.h": 3 * 1024}
 
 failures = []
 folder = Path(sys.argv[1])
