@@ -114,8 +114,8 @@ fuzz:
 	@cmake/packages.sh build clang
 	@cmake --preset fuzz >/dev/null && cmake --build --preset fuzz
 	@mkdir -p build/fuzz/corpus
-	@build/fuzz/fuzz/vekcv_fuzz -max_total_time=$(SECONDS) -timeout=20 -entropic=0 -artifact_prefix=build/fuzz/ \
-	    build/fuzz/corpus fuzz/corpus
+	@OMP_WAIT_POLICY=passive build/fuzz/fuzz/vekcv_fuzz -max_total_time=$(SECONDS) -timeout=60 -entropic=0 \
+	    -artifact_prefix=build/fuzz/ build/fuzz/corpus fuzz/corpus
 
 install:
 	@cmake/packages.sh build

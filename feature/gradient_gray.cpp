@@ -1,8 +1,8 @@
 // Images of three channels to one by a norm of their channels.
 #include "bind.h"
-#include "blocks.h"
 #include "check.h"
 #include "pixelwise.h"
+#include "strided_groups.h"
 
 namespace VEKCV_VARIANT {
 namespace {
@@ -79,7 +79,7 @@ struct Mean {
     HWY_INLINE static hn::Vec<D> ofBytes(D d, const uint8_t* pixels) {
         const hn::Repartition<int16_t, D> wide;
         const auto at = [=](ptrdiff_t byte) __attribute__((always_inline)) {
-            return loadBlocks(d, pixels + byte, 48);  // 16 pixels for each
+            return loadGroups(d, pixels + byte, 48);  // 16 pixels for each
         };
         // The last four pixels of a group are at the end of what is loaded, and the pixels end there, too.
         const auto lower = thirdOf(wide, sumsOfGroups<0, 0>(d, at(0), at(12)));

@@ -7,6 +7,7 @@
 #include "promote.h"
 #include "rounding.h"
 #include "stores.h"
+#include "tap_elements.h"
 
 namespace VEKCV_VARIANT {
 
@@ -14,22 +15,6 @@ namespace VEKCV_VARIANT {
 template <typename D>
 struct PairVectors {
     hn::Vec<D> first, second;
-};
-
-/** The elements of tap k lie kStride elements behind those of tap k - 1. */
-template <typename T, ptrdiff_t kStride>
-struct StridedTaps {
-    const T* elements;
-
-    HWY_INLINE const T* operator()(int32_t k) const { return elements + k * kStride; }
-};
-
-/** The elements of tap k lie in row k. */
-template <typename T>
-struct RowTaps {
-    const T* const* rows;
-
-    HWY_INLINE const T* operator()(int32_t k) const { return rows[k]; }
 };
 
 /** Pairs of the elements of two taps, wherever these lie. */

@@ -8,6 +8,7 @@
 #include "pyramid_layer_state.h"
 #include "rounding.h"
 #include "row_ring.h"
+#include "tap_elements.h"
 
 namespace VEKCV_VARIANT {
 
@@ -37,25 +38,12 @@ HWY_NOINLINE void copyAsFloats(const T* row, ptrdiff_t length, float* out) {
         out, length, [=](auto d, ptrdiff_t x) __attribute__((always_inline)) { return loadFloats(d, row + x); });
 }
 
-/** The elements under the taps of a kernel: neighbours in a row, or in columns. */
-struct NeighboursInRow {
-    const float* first;
-    ptrdiff_t distance;
-
-    const float* operator()(int32_t k) const { return first + k * distance; }
-};
-struct NeighboursInColumn {
-    const float* const* rows;
-
-    const float* operator()(int32_t k) const { return rows[k]; }
-};
-
-template <typename Neighbours>
-void writeSmoothed(Neighbours neighbours, const LayerRecord& state, float* out, ptrdiff_t length) {
+/** Writes a row of sums of products with the taps of the layer's kernel. */
+template <typename Taps>
+void writeSmoothed(Taps taps, const LayerRecord& state, float* out, ptrdiff_t length) {
     withKernelSize(
-        state.kernelSize, [&](auto size) __attribute__((always_inline)) {
-            writeFloatSums(neighbours, state.taps, size, out, length);
-        });
+        state.kernelSize, [&](auto size)
+                              __attribute__((always_inline)) { writeFloatSums(taps, state.taps, size, out, length); });
 }
 
 /** left * (1 - fraction) + right * fraction */
@@ -158,7 +146,7 @@ class LayerRow {
         const float* const middle = extended_ + reach_;
         ends_.copyLeft(middle, extended_);
         ends_.copyRight(middle, extended_ + reach_ + length);
-        writeSmoothed(NeighboursInRow{extended_, kChannels}, state_, out, length);
+        writeSmoothed(AnyStrideTaps<float>{extended_, kChannels}, state_, out, length);
     }
 
     const LayerRecord& state_;
@@ -189,11 +177,11 @@ class SmoothedRows {
             source_.write(borderIndex(BorderReflect, row, height_), ring_.bottom());
         }
         end_ = end;
-        const NeighboursInColumn neighbours{ring_.rows()};
+        const RowTaps<float> taps{ring_.rows()};
         if constexpr (std::is_same_v<T, float>) {
-            writeSmoothed(neighbours, state_, out, length_);
+            writeSmoothed(taps, state_, out, length_);
         } else {
-            writeSmoothed(neighbours, state_, sums_, length_);
+            writeSmoothed(taps, state_, sums_, length_);
             writeSums(sums_, out, length_);
         }
     }

@@ -5,12 +5,12 @@
 // is one of them times a power of two.
 #pragma once
 
-#include "blocks.h"
 #include "border.h"
 #include "byte_pairs.h"
 #include "rest.h"
 #include "signed_bytes.h"
 #include "stores.h"
+#include "strided_groups.h"
 #include "work_buffer.h"
 
 namespace VEKCV_VARIANT {
@@ -99,7 +99,7 @@ HWY_INLINE void forWholeVectors(ptrdiff_t length, T* out, const Vector& vector) 
         vector(x, out + kTimes * x);
     if (x == length)
         return;
-    T last[kTimes * kElements + kBlockElements<T>];
+    T last[kTimes * kElements + kGroupElements<T>];
     if (length >= kElements) {
         x = length - kElements;
         vector(x, last);
@@ -118,19 +118,19 @@ HWY_NOINLINE void halveRow(const uint8_t* line, ptrdiff_t length, uint16_t* sums
     // Pairs of an element of an even pixel and that of the odd pixel behind it.
     constexpr uint8_t kNone = 0x80;
     alignas(16) static constexpr uint8_t kPairs[] = {0, 3, 1, 4, 2, 5, 6, 9, 7, 10, 8, 11, kNone, kNone, kNone, kNone};
-    constexpr ptrdiff_t kResults = kChannels == 1 ? 8 : 6;  // of a block
+    constexpr ptrdiff_t kResults = kChannels == 1 ? 8 : 6;  // of a 128-bit group
     const auto pairs = [=](const uint8_t* from) __attribute__((always_inline)) {
         if constexpr (kChannels == 1)
             return hn::LoadU(d, from);
         else
-            return hn::TableLookupBytesOr0(loadBlocks(d, from, 2 * kResults), hn::LoadDup128(d, kPairs));
+            return hn::TableLookupBytesOr0(loadGroups(d, from, 2 * kResults), hn::LoadDup128(d, kPairs));
     };
-    for (ptrdiff_t x = 0; x < length; x += kBlocks<Sums> * kResults) {
+    for (ptrdiff_t x = 0; x < length; x += kGroups<Sums> * kResults) {
         const uint8_t* const from = line + 2 * x;
         const auto left = sumBytePairs(Sums(), pairs(from), 1, 4);
         const auto middle = sumBytePairs(Sums(), pairs(from + 2 * kChannels), 6, 4);
         const auto right = sumBytePairs(Sums(), pairs(from + 4 * kChannels), 1, 0);
-        storeBlocks(Sums(), hn::Add(hn::Add(left, middle), right), sums + x, kResults);
+        storeGroups(Sums(), hn::Add(hn::Add(left, middle), right), sums + x, kResults);
     }
 }
 
@@ -145,7 +145,7 @@ HWY_NOINLINE void joinFive(const Sum* const (&rows)[5], ptrdiff_t length, T* out
         });
 }
 
-/** A vector of results, of blocks of kChannels floats where these are three; a float behind the last is overwritten. */
+/** A vector of results, of groups of kChannels floats where these are three; a float behind the last is overwritten. */
 template <int32_t kChannels>
 HWY_INLINE void halveVector(const float* line, float* out) {
     const hn::ScalableTag<float> d;
@@ -157,8 +157,8 @@ HWY_INLINE void halveVector(const float* line, float* out) {
                                hn::ConcatOdd(d, e, c), hn::ConcatEven(d, g, f));
         hn::StoreU(scaleSum<8>(sum), d, out);
     } else {
-        const auto at = [=](int32_t k) { return loadBlocks(d, line + k * kChannels, 2 * kChannels); };
-        storeBlocks(d, scaleSum<8>(weigh(at(0), at(1), at(2), at(3), at(4))), out, kChannels);
+        const auto at = [=](int32_t k) { return loadGroups(d, line + k * kChannels, 2 * kChannels); };
+        storeGroups(d, scaleSum<8>(weigh(at(0), at(1), at(2), at(3), at(4))), out, kChannels);
     }
 }
 
@@ -166,7 +166,7 @@ HWY_INLINE void halveVector(const float* line, float* out) {
 template <int32_t kChannels>
 HWY_NOINLINE void halveRow(const float* line, ptrdiff_t length, float* out) {
     constexpr ptrdiff_t kResults = kChannels == 1 ? ptrdiff_t{hn::MaxLanes(hn::ScalableTag<float>())}
-                                                  : kBlocks<hn::ScalableTag<float>> * kChannels;
+                                                  : kGroups<hn::ScalableTag<float>> * kChannels;
     forWholeVectors<kChannels, kResults, 1>(
         length, out, [=](ptrdiff_t x, float* results) __attribute__((always_inline)) {
             halveVector<kChannels>(line + 2 * x, results);
@@ -204,18 +204,18 @@ constexpr int32_t log2Of(int32_t scale) {
 /** Elements of a line that a vector of sums enlarges. */
 template <int32_t kChannels, typename T, typename D = hn::ScalableTag<PyramidSum<T>>>
 constexpr ptrdiff_t kEnlargedAtOnce = kChannels == 1 ? ptrdiff_t{hn::MaxLanes(D())}
-                                                     : kBlocks<D>*(kBlockElements<PyramidSum<T>> / 3 * 3);
+                                                     : kGroups<D>*(kGroupElements<PyramidSum<T>> / 3 * 3);
 
 /** Stores pixels of three floats in turn; a float behind the last one is overwritten. */
 template <typename D>
 HWY_INLINE void storeInTurn(D d, hn::Vec<D> even, hn::Vec<D> odd, float* out) {
-    if constexpr (kBlocks<D> == 1) {
+    if constexpr (kGroups<D> == 1) {
         hn::StoreU(even, d, out);
         hn::StoreU(odd, d, out + 3);
     } else {
         const hn::Half<D> half;
         storeInTurn(half, hn::LowerHalf(half, even), hn::LowerHalf(half, odd), out);
-        storeInTurn(half, hn::UpperHalf(half, even), hn::UpperHalf(half, odd), out + kBlocks<D> / 2 * 6);
+        storeInTurn(half, hn::UpperHalf(half, even), hn::UpperHalf(half, odd), out + kGroups<D> / 2 * 6);
     }
 }
 
@@ -239,7 +239,7 @@ HWY_INLINE void storeEnlarged(D /*d*/, hn::Vec<D> even, hn::Vec<D> odd, T* out) 
         hn::StoreU(hn::BitCast(pixels, pairs), pixels, out);
     } else {
         alignas(16) static constexpr uint8_t kInTurn[] = {0, 2, 4, 1, 3, 5, 6, 8, 10, 7, 9, 11, 12, 13, 14, 15};
-        storeBlocks(pixels, hn::BitCast(pixels, hn::TableLookupBytes(pairs, hn::LoadDup128(bytes, kInTurn))), out, 12);
+        storeGroups(pixels, hn::BitCast(pixels, hn::TableLookupBytes(pairs, hn::LoadDup128(bytes, kInTurn))), out, 12);
     }
 }
 
@@ -250,7 +250,7 @@ HWY_INLINE void enlargeVector(const PyramidSum<T>* line, T* out) {
         if constexpr (kChannels == 1)
             return hn::LoadU(d, line + k);
         else
-            return loadBlocks(d, line + k * kChannels, kBlockElements<PyramidSum<T>> / 3 * 3);
+            return loadGroups(d, line + k * kChannels, kGroupElements<PyramidSum<T>> / 3 * 3);
     };
     const auto middle = at(1), last = at(2);
     storeEnlarged<kChannels>(d, scaleSum<log2Of(8 * kScale)>(weigh(at(0), middle, last)),

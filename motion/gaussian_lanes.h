@@ -1,8 +1,8 @@
 // The same component of the mixtures of several pixels, in vectors with a lane for each pixel.
 #pragma once
 
-#include "blocks.h"
 #include "gaussian_model.h"
+#include "strided_groups.h"
 
 namespace VEKCV_VARIANT {
 
@@ -18,15 +18,15 @@ using LaneMask = hn::Mask<PixelLanes>;
  */
 HWY_INLINE void loadFields(const double* first, ptrdiff_t stride, LaneVec& a, LaneVec& b) {
     const PixelLanes d;
-    const auto even = loadBlocks(d, first, 2 * stride), odd = loadBlocks(d, first + stride, 2 * stride);
+    const auto even = loadGroups(d, first, 2 * stride), odd = loadGroups(d, first + stride, 2 * stride);
     a = hn::InterleaveLower(d, even, odd);
     b = hn::InterleaveUpper(d, even, odd);
 }
 
 HWY_INLINE void storeFields(double* first, ptrdiff_t stride, LaneVec a, LaneVec b) {
     const PixelLanes d;
-    storeBlocks(d, hn::InterleaveLower(d, a, b), first, 2 * stride);
-    storeBlocks(d, hn::InterleaveUpper(d, a, b), first + stride, 2 * stride);
+    storeGroups(d, hn::InterleaveLower(d, a, b), first, 2 * stride);
+    storeGroups(d, hn::InterleaveUpper(d, a, b), first + stride, 2 * stride);
 }
 
 /** A component of each pixel of a group. */

@@ -1,10 +1,10 @@
 // Chamfer distances in floats: a front that moves over an image.
 #pragma once
 
-#include "blocks.h"
 #include "chamfer_front.h"
 #include "image.h"
 #include "promote.h"
+#include "strided_groups.h"
 
 namespace VEKCV_VARIANT {
 
@@ -132,7 +132,7 @@ class FrontPass {
                 }
                 transpose(v);
                 for (ptrdiff_t i = 0; i < 4; ++i)
-                    storeBlocks(D(), v[i], fronts + (first + i) * Front::kRows + row, 4 * Front::kRows);
+                    storeGroups(D(), v[i], fronts + (first + i) * Front::kRows + row, 4 * Front::kRows);
             }
     }
     template <bool kIsEdge>
@@ -141,7 +141,7 @@ class FrontPass {
             for (ptrdiff_t first = 0; first < kColumns; first += kLanes) {
                 V v[4];
                 for (ptrdiff_t i = 0; i < 4; ++i)
-                    v[i] = loadBlocks(D(), fronts + (first + i) * Front::kRows + row, 4 * Front::kRows);
+                    v[i] = loadGroups(D(), fronts + (first + i) * Front::kRows + row, 4 * Front::kRows);
                 transpose(v);
                 for (ptrdiff_t i = 0; i < 4; ++i) {
                     const ptrdiff_t x = imageColumn(column, row + i) + first;
