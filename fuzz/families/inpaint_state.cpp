@@ -1,4 +1,5 @@
 #include <array>
+#include <limits>
 
 #include "call.h"
 #include "state.h"
