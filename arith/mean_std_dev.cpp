@@ -127,12 +127,22 @@ class StatisticsReduction {
             chunkCount_.add(mask);
         else
             restCount_.add(mask);
-#pragma GCC unroll 4  // accumulators are registers then
-        for (ptrdiff_t i = 0; i < kPixels / kLanes; ++i, pixels = pixels + kLanes, mask = mask + kLanes) {
-            const auto v = mask.selectOrZero(D(), pixels.load(D()));
+        const auto addVector = [&](ptrdiff_t i) __attribute__((always_inline)) {
+            const auto v = (mask + i * kLanes).selectOrZero(D(), (pixels + i * kLanes).load(D()));
             moments_.add(i, v);
             if constexpr (kResults == Results::kMeanAndDeviation)
                 moments_.addSquares(i, v);
+        };
+        // Unrolled, each vector of a chunk has accumulators of its own, where they are floats, and 16-bit pixels
+        // overlap; bytes have all that they need in 8 registers as long as there is one vector at a time.
+        if constexpr (sizeof(void*) == 4 && sizeof(T) == 1) {
+#pragma GCC unroll 1
+            for (ptrdiff_t i = 0; i < kPixels / kLanes; ++i)
+                addVector(i);
+        } else {
+#pragma GCC unroll 4
+            for (ptrdiff_t i = 0; i < kPixels / kLanes; ++i)
+                addVector(i);
         }
     }
     HWY_INLINE void endSection() {
