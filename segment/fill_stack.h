@@ -30,7 +30,8 @@ class RunStack {
 
     /** Those of a work buffer that are for the stack; of more pixels than an int32_t counts, more than that. */
     static int64_t bytes(RoiSize roi) {
-        return 6 * HWY_MIN(int64_t{roi.width} * roi.height, int64_t{1} << 31) + kSpareBytes;
+        constexpr int64_t kMost = int64_t{1} << 31;  // sizes that are wrong come here, too
+        return 6 * HWY_MAX(-kMost, HWY_MIN(int64_t{roi.width} * roi.height, kMost)) + kSpareBytes;
     }
 
     RunStack(uint8_t* memory, int64_t bytes) {

@@ -32,7 +32,8 @@ inline constexpr void* kNull = nullptr;
 
 /** What all families refuse of a size. */
 inline FaultRule badSize(std::string_view parameter) {
-    return {parameter, StatusSizeError, std::initializer_list<RoiSize>{{0, 4}, {-1, 4}, {9, 0}, {9, INT32_MIN}},
+    return {parameter, StatusSizeError,
+            std::initializer_list<RoiSize>{{0, 4}, {-1, 4}, {9, 0}, {9, INT32_MIN}, {INT32_MIN, INT32_MAX}},
             Behind::kSizes};
 }
 /** Widths whose rows are longer than any step. Three bytes for each pixel of the second one are 2 modulo 2^32. */
