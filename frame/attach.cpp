@@ -8,6 +8,7 @@
 namespace vekcv {
 
 int32_t VariantIndex = 0;
+bool RegistersHaveUpperHalves = false;
 
 namespace {
 
@@ -25,8 +26,11 @@ int32_t selectVariant(uint64_t features) {
 constexpr uint32_t kProcessAttach = 1;
 
 int32_t attach(uint32_t reason) {
-    if (reason == kProcessAttach)
-        VariantIndex = selectVariant(vekGetEnabledCpuFeatures());
+    if (reason == kProcessAttach) {
+        const uint64_t features = vekGetEnabledCpuFeatures();
+        VariantIndex = selectVariant(features);
+        RegistersHaveUpperHalves = (features & VekCpuAvx2) != 0;
+    }
     return 1;
 }
 

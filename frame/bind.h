@@ -1,6 +1,7 @@
 #pragma once
 
 #include "entry.h"
+#include "upper_halves.h"
 
 VEKCV_DECLARE_ENTRIES(VEKCV_VARIANT)
 
@@ -19,6 +20,7 @@ struct Implementation;
 
 template <auto Export, typename Result, typename... Arguments>
 VEKCV_ALIGN_STACK Result VEKCV_CALL Entry<Export, Result(VEKCV_CALL*)(Arguments...)>::call(Arguments... arguments) {
+    clearUpperHalves();
     return Implementation<Export>::function(arguments...);
 }
 

@@ -8,6 +8,7 @@
 #include "allocation.h"
 #include "configured_threads.h"
 #include "float_modes.h"
+#include "upper_halves.h"
 
 namespace VEKCV_VARIANT {
 
@@ -67,6 +68,7 @@ template <size_t kWorks>
 #pragma omp barrier
         const auto stripes = RowStripes::of(work.height, threads);
         if (stripes.rowCount(thread) > 0) {
+            clearUpperHalves();
             const FloatModesGuard guard(modes);
             work.body(work.context, thread, stripes.firstRow(thread), stripes.rowCount(thread));
         }

@@ -12,4 +12,7 @@ extern const Table VariantTable __asm__("vekcvVariantTable");
 /** The variant in use; set once when the library is loaded. */
 extern int32_t VariantIndex __asm__("vekcvVariantIndex");
 
+/** Whether the vector registers of the processor are longer than 16 bytes; set at the same time. */
+extern bool RegistersHaveUpperHalves;
+
 }  // namespace vekcv

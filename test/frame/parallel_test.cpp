@@ -11,6 +11,9 @@
 
 #include "modes_guard.h"
 #include "standin_core.h"
+#include "upper_half.h"
+
+bool vekcv::RegistersHaveUpperHalves = __builtin_cpu_supports("avx2") != 0;
 
 namespace {
 
@@ -90,6 +93,23 @@ TEST(RowStripes, AreComputedInTheFloatingPointModesOfTheCaller) {
     EXPECT_EQ(std::vector(kThreads, expected), ofRows);
     EXPECT_EQ(expected, after);
     EXPECT_EQ(ofTeam, floatModesOfTeam(kThreads));  // the threads have their own again
+}
+
+TEST(RowStripes, BeginWithClearUpperHalvesOnAllThreads) {
+    if (!vekcv::RegistersHaveUpperHalves)
+        GTEST_SKIP() << "the processor has no upper halves";
+    constexpr int kThreads = 3;
+    vekSetNumThreads(kThreads);
+    std::vector<int> wasSet(kThreads), isSet(kThreads);
+    forThreadStripes(
+        true, kThreads,
+        [&](int32_t thread, int32_t, int32_t) {
+            setUpperHalf();
+            wasSet[static_cast<size_t>(thread)] = upperHalfIsSet();
+        },
+        kThreads, [&](int32_t thread, int32_t, int32_t) { isSet[static_cast<size_t>(thread)] = upperHalfIsSet(); });
+    EXPECT_EQ(std::vector(kThreads, 1), wasSet);
+    EXPECT_EQ(std::vector(kThreads, 0), isSet);
 }
 
 TEST(FloatModes, AreTheUsualOnesOnRequest) {
