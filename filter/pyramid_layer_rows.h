@@ -46,6 +46,25 @@ void writeSmoothed(Taps taps, const LayerRecord& state, float* out, ptrdiff_t le
                               __attribute__((always_inline)) { writeFloatSums(taps, state.taps, size, out, length); });
 }
 
+/** Copies every step-th one of the pixels of a row, the first one included. */
+template <int32_t kChannels>
+HWY_NOINLINE void copyEvery(ptrdiff_t step, const float* row, ptrdiff_t pixels, float* out) {
+    ptrdiff_t x = 0;
+    if (kChannels == 1 && step == 2) {
+        const hn::ScalableTag<float> d;
+        constexpr auto kLanes = static_cast<ptrdiff_t>(hn::MaxLanes(d));
+        for (; x + 2 * kLanes <= pixels; x += 2 * kLanes, out += kLanes)
+            hn::StoreU(hn::ConcatEven(d, hn::LoadU(d, row + x + kLanes), hn::LoadU(d, row + x)), d, out);
+    }
+    if (kChannels == 3) {  // with a float of the next pixel, which is overwritten
+        const hn::Full128<float> d;
+        for (; x + step < pixels; x += step, out += kChannels)
+            hn::StoreU(hn::LoadU(d, row + x * kChannels), d, out);
+    }
+    for (; x < pixels; x += step, out += kChannels)
+        __builtin_memcpy(out, row + x * kChannels, kChannels * sizeof(float));
+}
+
 /** left * (1 - fraction) + right * fraction */
 template <typename D, typename V = hn::Vec<D>>
 HWY_INLINE V interpolate(D d, V left, V right, V fraction) {
@@ -64,14 +83,14 @@ HWY_NOINLINE void writeInterpolated(const float* above, const float* below, floa
         });
 }
 
-/** Writes a row of sums. */
+/** Writes a row of floats. */
 template <typename T>
-HWY_NOINLINE void writeSums(const float* sums, T* out, ptrdiff_t length) {
+HWY_NOINLINE void writeFloats(const float* floats, T* out, ptrdiff_t length) {
     writeRow<Stores::kCached>(
         out, length, [=](auto results, ptrdiff_t begin) __attribute__((always_inline)) {
             return resultsOf(
                 results,
-                begin, [=](auto d, ptrdiff_t x) __attribute__((always_inline)) { return hn::LoadU(d, sums + x); });
+                begin, [=](auto d, ptrdiff_t x) __attribute__((always_inline)) { return hn::LoadU(d, floats + x); });
         });
 }
 
@@ -85,17 +104,19 @@ HWY_NOINLINE inline void interpolateAlong(const float* row, ptrdiff_t sourceLeng
     while (inside > 0 && elements[inside - 1] + channels >= sourceLength)
         --inside;
     const auto single = [=](ptrdiff_t left, ptrdiff_t right, ptrdiff_t x) __attribute__((always_inline)) {
-        out[x] = row[left] * (1.0f - fractions[x]) + row[right] * fractions[x];
+        const float fraction = fractions[x];
+        out[x] = fraction == 0 ? row[left] : row[left] * (1.0f - fraction) + row[right] * fraction;
     };
     ptrdiff_t x = 0;
 #if HWY_TARGET != HWY_SSSE3  // which has no gathers
     const hn::ScalableTag<float> d;
     const hn::RebindToSigned<decltype(d)> integers;
     for (constexpr auto kLanes = static_cast<ptrdiff_t>(hn::MaxLanes(d)); x + kLanes <= inside; x += kLanes) {
-        const auto left = hn::LoadU(integers, elements + x);
-        hn::StoreU(interpolate(d, hn::GatherIndex(d, row, left), hn::GatherIndex(d, row + channels, left),
-                               hn::LoadU(d, fractions + x)),
-                   d, out + x);
+        const auto places = hn::LoadU(integers, elements + x);
+        const auto left = hn::GatherIndex(d, row, places), right = hn::GatherIndex(d, row + channels, places);
+        const auto fraction = hn::LoadU(d, fractions + x);
+        hn::StoreU(hn::IfThenElse(hn::Eq(fraction, hn::Zero(d)), left, interpolate(d, left, right, fraction)), d,
+                   out + x);
     }
 #endif
     for (; x < inside; ++x)
@@ -108,7 +129,10 @@ HWY_NOINLINE inline void interpolateAlong(const float* row, ptrdiff_t sourceLeng
 
 constexpr Border<float> kMirror{BorderReflect, false, false, false, false, 0};
 
-/** Rows of the source, smoothed and interpolated along the row in the order of the direction. */
+/**
+ * Rows of the source, smoothed and interpolated along the row in the order of the direction. Where every n-th smoothed
+ * pixel is a result, only these are computed: each tap meets pixels n apart, which are copied together first.
+ */
 template <Direction kDirection, typename T, int32_t kChannels>
 class LayerRow {
   public:
@@ -122,12 +146,18 @@ class LayerRow {
           reach_(ptrdiff_t{state.kernelSize / 2} * kChannels),
           ends_(scratch, kMirror, smoothedWidth(width, columns), state.kernelSize / 2, state.kernelSize / 2),
           extended_(scratch.take<float>(2 * reach_ + smoothedWidth(width, columns) * ptrdiff_t{kChannels})),
-          plain_(scratch.take<float>(sourceLength_)) {}
+          plain_(scratch.take<float>(sourceLength_ + (2 * reach_ + kMostRate * kChannels))),
+          tapRows_(scratch.take<const float*>(state.kernelSize)) {
+        for (int32_t k = 0; k < state.kernelSize && state.wholeRate > 0; ++k)
+            tapRows_[k] = everyFrom(k % state.wholeRate) + ptrdiff_t{k / state.wholeRate} * kChannels;
+    }
 
     HWY_NOINLINE void write(int32_t y, float* out) const {
         float* const middle = extended_ + reach_;
         if constexpr (kDirection == Direction::kDown) {
             copyAsFloats(source_.row(y), sourceLength_, middle);
+            if (state_.wholeRate > 0)
+                return smoothEvery(out);
             smooth(sourceLength_, plain_);
             interpolateAlong(plain_, sourceLength_, state_, out, length_);
         } else {
@@ -142,11 +172,31 @@ class LayerRow {
         return kDirection == Direction::kDown ? width : columns;
     }
 
-    void smooth(ptrdiff_t length, float* out) const {
+    void extend(ptrdiff_t length) const {
         const float* const middle = extended_ + reach_;
         ends_.copyLeft(middle, extended_);
         ends_.copyRight(middle, extended_ + reach_ + length);
+    }
+
+    void smooth(ptrdiff_t length, float* out) const {
+        extend(length);
         writeSmoothed(AnyStrideTaps<float>{extended_, kChannels}, state_, out, length);
+    }
+
+    /** Smooths at every n-th pixel, from the row in the middle of extended_. */
+    void smoothEvery(float* out) const {
+        extend(sourceLength_);
+        for (int32_t first = 0; first < state_.wholeRate; ++first)
+            if (const ptrdiff_t pixels = extendedPixels() - first; pixels > 0)
+                copyEvery<kChannels>(state_.wholeRate, extended_ + first * kChannels, pixels, everyFrom(first));
+        writeSmoothed(RowTaps<float>{tapRows_}, state_, out, length_);
+    }
+
+    ptrdiff_t extendedPixels() const { return (sourceLength_ + 2 * reach_) / kChannels; }
+
+    /** Where every n-th pixel from this one on is copied to. */
+    float* everyFrom(int32_t first) const {
+        return plain_ + first * (extendedPixels() / state_.wholeRate + 1) * ptrdiff_t{kChannels};
     }
 
     const LayerRecord& state_;
@@ -154,6 +204,7 @@ class LayerRow {
     ptrdiff_t sourceLength_, length_, reach_;  // in elements
     ExtendedRow<float, kChannels> ends_;
     float *extended_, *plain_;
+    const float** tapRows_;
 };
 
 /** Smooths across rows, of which a source gives `height`. */
@@ -182,7 +233,7 @@ class SmoothedRows {
             writeSmoothed(taps, state_, out, length_);
         } else {
             writeSmoothed(taps, state_, sums_, length_);
-            writeSums(sums_, out, length_);
+            writeFloats(sums_, out, length_);
         }
     }
 
@@ -210,11 +261,15 @@ class InterpolatedRows {
     template <typename T>
     void write(int32_t y, T* out) {
         const auto [whole, fraction] = LayerPosition::of(kDirection, y, rate_, height_);
-        // The row below has no effect where the fraction is 0, but for infinities and NaN.
-        const bool takesNext = std::is_floating_point_v<T> || fraction != 0;
-        const float* const above = row(whole);
-        const float* const below = takesNext && whole < height_ - 1 ? row(whole + 1) : above;
-        writeInterpolated(above, below, fraction, out, length_);
+        if (fraction != 0) {
+            const float* const above = row(whole);
+            const float* const below = whole < height_ - 1 ? row(whole + 1) : above;
+            return writeInterpolated(above, below, fraction, out, length_);
+        }
+        if constexpr (kDirection == Direction::kDown)
+            if (inPlace_[whole & 1] != whole)
+                return source_.write(whole, out);  // the results below take other rows
+        writeFloats(row(whole), out, length_);
     }
 
   private:
@@ -240,7 +295,8 @@ constexpr int64_t layerScratchBytes(const LayerKind& kind, int32_t width, int32_
     constexpr int64_t kFloat = sizeof(float), kSpare = Scratch::kAlignment;
     const auto row = [&](int64_t pixels) { return pixels * kind.channels * kFloat + kSpare; };
     const int64_t wider = HWY_MAX(width, columns), taps = kernelSize;
-    const int64_t alongRows = taps * int64_t{sizeof(int32_t)} + kSpare + row(wider + taps) + row(width);
+    const int64_t alongRows = taps * int64_t{sizeof(int32_t)} + kSpare + row(wider + taps) +
+                              row(width + taps + int64_t{kMostRate}) + taps * int64_t{sizeof(float*)} + kSpare;
     const int64_t smoothed = taps * (int64_t{sizeof(float*)} + row(columns)) + kSpare + row(columns);
     return kSpare + alongRows + smoothed + 2 * row(columns);
 }

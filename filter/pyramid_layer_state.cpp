@@ -48,6 +48,10 @@ Status makeState(LayerRecord** result, const LayerKind& kind, RoiSize roi, float
     state->kind = kind;
     state->roi = roi;
     state->rate = rate;
+    constexpr int32_t kMostExact = 1 << 24;
+    const auto wholeRate = static_cast<int32_t>(rate);
+    const bool isWhole = kind.direction == Direction::kDown && rate == static_cast<float>(wholeRate);
+    state->wholeRate = isWhole && roi.width <= kMostExact ? wholeRate : 0;
     state->kernelSize = kernelSize;
     state->threads = threads;
     state->scratchBytes = scratchBytes;

@@ -39,6 +39,7 @@ struct LayerRecord {
     LayerKind kind;
     RoiSize roi;  // of the largest source
     float rate;
+    int32_t wholeRate;  // of a smaller level the rate, if it is an integer and all positions in a row are exact; else 0
     int32_t kernelSize;
     int32_t threads;       // for which there is scratch memory
     int64_t scratchBytes;  // of a thread

@@ -5,9 +5,11 @@
 
 namespace VEKCV_VARIANT {
 
+constexpr int32_t kMostRate = 10;
+
 /** False for NaN, too. */
 constexpr bool isPyramidRate(float rate) {
-    return rate > 1 && rate <= 10;
+    return rate > 1 && rate <= kMostRate;
 }
 
 /** A size or a position without its fraction. Lengths times rates need more than 32 bits. */

@@ -1695,7 +1695,7 @@ VEKCV_API Status VEKCV_CALL vekiPyramidFree(Pyramid* pyramid);
  * size, along rows and along columns, and interpolation between neighbouring pixels. With r = kernelSize / 2,
  *
  *     smooth(s, x) = w(0) * s(x - r) + w(1) * s(x - r + 1) + ... + w(kernelSize - 1) * s(x + r)
- *     at(s, p)     = s(i) * (1 - f) + s(i + 1) * f,   i = p without its fraction, f = p - i
+ *     at(s, p)     = s(i) * (1 - f) + s(i + 1) * f,   i = p without its fraction, f = p - i;   s(i) where f is 0
  *
  *     Down         rows: t = smooth(source, x),  u = at(t, x * rate);  then the columns of u likewise
  *     Up           rows: t = at(source, x / rate),  u = smooth(t, x);  then the columns of u likewise

@@ -47,7 +47,8 @@ Line interpolated(const Line& line, Direction direction, float rate, int length)
         const float position = direction == Direction::kDown ? float(x) * rate : float(x) / rate;
         const float fraction = position - std::trunc(position);
         const auto i = size_t(position);
-        result.push_back(line[std::min(i, last)] * (1 - fraction) + line[std::min(i + 1, last)] * fraction);
+        const float left = line[std::min(i, last)], right = line[std::min(i + 1, last)];
+        result.push_back(fraction == 0 ? left : left * (1 - fraction) + right * fraction);
     }
     return result;
 }
