@@ -77,7 +77,10 @@ TYPED_TEST(CompoundMorphology, MatchesItsDefinition) {
 }
 
 TYPED_TEST(CompoundMorphology, TakesAnyMask) {
-    morph::forMasks([&](const Mask& mask, int turn) { this->expectAll(mask, morph::imageSize(turn), turn); });
+    morph::forMasks([&](const Mask& mask, int turn) {
+        if (turn % 3 == 0)  // single steps are tested with all of them
+            this->expectAll(mask, morph::imageSize(turn / 3), turn / 3);
+    });
 }
 
 // The rows between the two steps are kept in a ring, and come in blocks of up to 64 rows.

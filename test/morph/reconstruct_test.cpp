@@ -273,7 +273,7 @@ typename MemberType::Image waves(RoiSize roi) {
 TYPED_TEST(Reconstruction, HasItsProperties) {
     using Image = typename TypeParam::Image;
     using T = typename TypeParam::Pixel;
-    const RoiSize roi{521, 301};
+    const RoiSize roi{521, 151};
     const Image source = waves<TypeParam>(roi);
     const auto peaksOff = Image::filled(
         roi, {}, [&](int x, int y) { return T(source.at(x, y) + TypeParam::level(0) - TypeParam::level(40)); });
@@ -292,7 +292,7 @@ TYPED_TEST(Reconstruction, HasItsProperties) {
                     ASSERT_EQ(value, TypeParam::larger(marker.at(x, y), value));
                     changed += value != marker.at(x, y) && value != source.at(x, y);
                 }
-            EXPECT_GT(changed, 10000);  // the marker spread, and not everywhere as far as the source
+            EXPECT_GT(changed, 5000);  // the marker spread, and not everywhere as far as the source
             EXPECT_TRUE(samePixels(result, TypeParam::reconstruct(source, result, norm)));
             for (const auto& [isMirrored, isTurned] : {std::pair{true, false}, {false, true}, {true, true}}) {
                 const auto flipped = [&, isMirrored = isMirrored, isTurned = isTurned](const Image& image) {
