@@ -2,6 +2,8 @@
 // arguments of a call. A type of object is a file of families/ with a class that derives from State and a StateType.
 #pragma once
 
+#include <cmath>
+#include <limits>
 #include <memory>
 #include <optional>
 #include <span>
@@ -15,6 +17,11 @@
 namespace fuzz {
 
 struct Call;
+
+/** A float in what is observed of an object: a NaN is the same as any other. */
+inline float observed(float value) {
+    return std::isnan(value) ? std::numeric_limits<float>::quiet_NaN() : value;
+}
 
 /** What an object is made from. A call that is made several times makes a new object each time. */
 class State {

@@ -1,5 +1,4 @@
 #include <algorithm>
-#include <cmath>
 
 #include "call.h"
 #include "families/structuring_element.h"
@@ -17,7 +16,7 @@ void unifyFloats(std::vector<uint8_t>& bytes) {
     for (size_t at = 0; at < bytes.size(); at += sizeof(float)) {
         float value;
         std::memcpy(&value, &bytes[at], sizeof value);
-        value = std::isnan(value) ? std::numeric_limits<float>::quiet_NaN() : value + 0.0f;
+        value = observed(value) + 0.0f;
         std::memcpy(&bytes[at], &value, sizeof value);
     }
 }

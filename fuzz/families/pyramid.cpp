@@ -1,6 +1,5 @@
 #include <algorithm>
 #include <array>
-#include <cmath>
 
 #include "call.h"
 #include "flow_pyramid.h"
@@ -174,7 +173,7 @@ std::vector<uint8_t> PyramidLayerStateOfCall::observe(const Call& call, void* ob
     for (size_t at = 0; hasFloats() && at < bytes.size(); at += sizeof(float)) {
         float value;
         std::memcpy(&value, &bytes[at], sizeof value);
-        value = std::isnan(value) ? std::numeric_limits<float>::quiet_NaN() : value;
+        value = observed(value);
         std::memcpy(&bytes[at], &value, sizeof value);
     }
     bytes.push_back(static_cast<uint8_t>(status));
