@@ -3,6 +3,7 @@
 #pragma once
 
 #include <cmath>
+#include <cstring>
 #include <limits>
 #include <memory>
 #include <optional>
@@ -18,9 +19,22 @@ namespace fuzz {
 
 struct Call;
 
-/** A float in what is observed of an object: a NaN is the same as any other. */
+// What is observed of an object is bytes. Of the floats among them a NaN is the same as any other.
 inline float observed(float value) {
     return std::isnan(value) ? std::numeric_limits<float>::quiet_NaN() : value;
+}
+inline void appendObserved(std::vector<uint8_t>& bytes, float value) {
+    value = observed(value);
+    for (const std::byte byte : std::as_bytes(std::span(&value, 1)))
+        bytes.push_back(static_cast<uint8_t>(byte));
+}
+inline void unifyFloats(std::vector<uint8_t>& bytes, float (*unify)(float) = observed) {
+    for (size_t at = 0; at < bytes.size(); at += sizeof(float)) {
+        float value;
+        std::memcpy(&value, &bytes[at], sizeof value);
+        value = unify(value);
+        std::memcpy(&bytes[at], &value, sizeof value);
+    }
 }
 
 /** What an object is made from. A call that is made several times makes a new object each time. */

@@ -11,16 +11,6 @@ namespace {
 constexpr std::string_view kLayouts[] = {"8u_C1R", "32f_C1R", "8u_C3R", "8u_C4R", "32f_C3R", "32f_C4R"};
 constexpr uint32_t kGrayLayouts = 2;
 
-/** Floats of which all zeros and all NaNs are the same. */
-void unifyFloats(std::vector<uint8_t>& bytes) {
-    for (size_t at = 0; at < bytes.size(); at += sizeof(float)) {
-        float value;
-        std::memcpy(&value, &bytes[at], sizeof value);
-        value = observed(value) + 0.0f;
-        std::memcpy(&bytes[at], &value, sizeof value);
-    }
-}
-
 class MorphologyStateOfCall : public State {
   public:
     MorphologyStateOfCall(Input& input, const Export& target);
@@ -155,7 +145,7 @@ std::vector<uint8_t> MorphologyStateOfCall::observe(const Call& call, void* obje
     const Status status = operation.call(values.data());
     std::vector<uint8_t> result = destination.elements();
     if (functions_.hasFloats())
-        unifyFloats(result);
+        unifyFloats(result, [](float value) { return observed(value) + 0.0f; });  // zeros are the same, too
     result.push_back(static_cast<uint8_t>(status));
     return result;
 }

@@ -141,14 +141,9 @@ std::vector<uint8_t> FlowStateOfCall::observe(const Call& call, void* object) co
                                                    valueOf(argumentOf("windowSize", windowSize_)), valueOf(int32_t{1}),
                                                    valueOf(int32_t{2}), valueOf(0.0f), valueOf(object)}
                                             .data());
-    // A NaN is the same as any other.
-    const auto isNumber = [](float value) { return value == value; };
-    if (!isNumber(to.x) || !isNumber(to.y) || !isNumber(error))
-        to = {}, error = -1;
     std::vector<uint8_t> all{static_cast<uint8_t>(status), static_cast<uint8_t>(found)};
     for (const float value : {to.x, to.y, error})
-        for (const std::byte byte : std::as_bytes(std::span(&value, 1)))
-            all.push_back(static_cast<uint8_t>(byte));
+        appendObserved(all, value);
     return all;
 }
 

@@ -170,12 +170,8 @@ std::vector<uint8_t> PyramidLayerStateOfCall::observe(const Call& call, void* ob
                               valueOf(result), valueOf(object)}
                        .data());
     std::vector<uint8_t> bytes = destination.elements();
-    for (size_t at = 0; hasFloats() && at < bytes.size(); at += sizeof(float)) {
-        float value;
-        std::memcpy(&value, &bytes[at], sizeof value);
-        value = observed(value);
-        std::memcpy(&bytes[at], &value, sizeof value);
-    }
+    if (hasFloats())
+        unifyFloats(bytes);
     bytes.push_back(static_cast<uint8_t>(status));
     return bytes;
 }

@@ -78,10 +78,7 @@ std::vector<uint8_t> Samples::observe(const Call& /*call*/, void* object) const 
             float residual = 0;
             result.push_back(static_cast<uint8_t>(calcResidual(block.data(), kStep, &lowRes, &offset, &entry, &residual,
                                                                1, static_cast<const SrhnState*>(object))));
-            residual = observed(residual);
-            const auto bytes = std::as_bytes(std::span(&residual, 1));
-            for (const std::byte byte : bytes)
-                result.push_back(static_cast<uint8_t>(byte));
+            appendObserved(result, residual);
         }
     return result;
 }
