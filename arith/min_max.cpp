@@ -99,17 +99,29 @@ class ExtremaReduction {
 template <typename T, int32_t kStride, typename Mask, typename Condition>
 HWY_INLINE ptrdiff_t findFirst(ptrdiff_t width, Pixels<T, kStride> pixels, Mask mask, Condition holds) {
     const hn::ScalableTag<T> d;
+    const hn::DFromV<decltype(ordered(pixels.load(d)))> lanes;
     constexpr auto kLanes = static_cast<ptrdiff_t>(hn::MaxLanes(hn::ScalableTag<T>()));
+    const auto select = [&](Pixels<T, kStride> from, Mask fromMask) __attribute__((always_inline)) {
+        return fromMask.select(lanes, holds(from.load(d)));
+    };
     const auto find = [&](Pixels<T, kStride> from, Mask fromMask) {
-        const auto condition = holds(from.load(d));
-        const hn::DFromV<decltype(ordered(from.load(d)))> lanes;
         // The search is one of bytes: with AVX2 that of 16-bit lanes needs instructions that the variant does without.
         const hn::Repartition<uint8_t, decltype(d)> bytes;
-        const auto selected = hn::BitCast(bytes, hn::VecFromMask(lanes, fromMask.select(lanes, condition)));
+        const auto selected = hn::BitCast(bytes, hn::VecFromMask(lanes, select(from, fromMask)));
         const intptr_t byte = hn::FindFirstTrue(bytes, hn::MaskFromVec(selected));
         return byte < 0 ? byte : byte / static_cast<intptr_t>(sizeof(T));
     };
-    for (ptrdiff_t x = 0; x < width; x += kLanes) {
+    ptrdiff_t x = 0;
+    // One test for a chunk passes over it; in the others a vector has one.
+    for (constexpr ptrdiff_t kChunk = kChunkPixels<T>; x + kChunk <= width; x += kChunk) {
+        auto inChunk = select(pixels + x, mask + x);
+#pragma GCC unroll 4
+        for (ptrdiff_t i = kLanes; i < kChunk; i += kLanes)
+            inChunk = hn::Or(inChunk, select(pixels + (x + i), mask + (x + i)));
+        if (!hn::AllFalse(lanes, inChunk))
+            break;
+    }
+    for (; x < width; x += kLanes) {
         const ptrdiff_t count = HWY_MIN(kLanes, width - x);
         const bool isInside = x + kLanes <= width;
         typename Pixels<T, kStride>::Rest pixelRest;
