@@ -225,7 +225,7 @@ void* ExportCall::addStateOfForm() {
     std::string function = name.substr(0, name.size() - form.size());
     for (const std::string_view purpose : {"Free", "Update"})
         if (function.ends_with(purpose))
-            function.resize(function.size() - purpose.size());
+            function.erase(function.size() - purpose.size());
     return addState(*fuzz::findExport(function + "InitAlloc" + form), *fuzz::findExport(function + "Free" + form));
 }
 
