@@ -17,15 +17,15 @@ struct Range {
     template <typename ValueOf>
     static Range ofValues(int32_t count, float least, float largest, const ValueOf& valueOf) {
         const auto firstWhere = [&](auto condition) {
-            int32_t begin = 0, end = count;
-            while (begin < end) {
-                const int32_t middle = begin + (end - begin) / 2;
+            int32_t low = 0, high = count;
+            while (low < high) {
+                const int32_t middle = low + (high - low) / 2;
                 if (condition(valueOf(middle)))
-                    end = middle;
+                    high = middle;
                 else
-                    begin = middle + 1;
+                    low = middle + 1;
             }
-            return begin;
+            return low;
         };
         return {firstWhere([=](float value) { return value >= least; }),
                 firstWhere([=](float value) { return value > largest; })};
